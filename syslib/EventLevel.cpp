@@ -1,8 +1,8 @@
 #include "EventLevel.h"
 
-#include <strings.h>
+#include <iterator>
 
-#include <array>
+#include "StringRoutines.h"
 
 namespace {
 
@@ -38,9 +38,9 @@ const LevelText& TextOf(unsigned level) {
 
 }  // namespace
 
-EventLevel ParseEventLevel(const std::string& text, UnknownLevel unknown) {
+EventLevel ParseEventLevel(std::string_view text, UnknownLevel unknown) {
     for (const auto& spelling : kSpellings) {
-        if (strcasecmp(text.c_str(), spelling.text) == 0) return spelling.level;
+        if (EqualNoCase(text, spelling.text)) return spelling.level;
     }
     return unknown == UnknownLevel::None ? EventLevel::None : EventLevel::Warn;
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <string>
 #include <string_view>
 
 /// How important a log entry is; also the threshold below which a module writes nothing.
@@ -13,7 +12,7 @@ enum class UnknownLevel { Warn, None };
 
 /// Parses a level's name in any case, with the short forms operators use ("info", "warning", "criti").
 /// "none" names no level here.
-EventLevel ParseEventLevel(const std::string& text, UnknownLevel unknown);
+EventLevel ParseEventLevel(std::string_view text, UnknownLevel unknown);
 
 /// "INFO"; "NONE" for every number outside the range.
 std::string_view EventLevelName(unsigned level);
