@@ -21,6 +21,7 @@ std::string Joined(const std::vector<std::string>& parts) {
 template <class Value, class ToText>
 std::string List(const std::vector<Value>& values, ToText toText) {
     std::vector<std::string> texts;
+    texts.reserve(values.size());
     for (const auto& value : values) texts.push_back(toText(value));
     return Joined(texts);
 }
