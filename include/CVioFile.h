@@ -77,7 +77,7 @@ private:
     };
 
     [[noreturn]] void Fail(int line, const char* message) const;
-    [[noreturn]] void FailClosed(int line, const char* message) const;
+    std::FILE* Stream(int line, const char* closedMessage) const;
     int Descriptor(int line) const;
 
     std::string path_;
