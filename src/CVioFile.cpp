@@ -1,7 +1,6 @@
 #include "CVioFile.h"
 
 #include <fcntl.h>
-#include <stdio_ext.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utime.h>
@@ -98,10 +97,7 @@ void CVioFile::Write(const void* data, std::size_t size) {
     // The language wants a positioning call between reading and writing.
     if (std::exchange(lastWasRead_, false)) std::fseek(stream, 0, SEEK_CUR);
     if (std::fwrite(data, 1, size, stream) == size && std::fflush(stream) == 0) return;
-    const int code = errno;
-    __fpurge(stream);  // or closing the file would write the rest after all
-    std::clearerr(stream);
-    errno = code;
+    std::clearerr(stream);  // or each later read would report this failure
     Fail(__LINE__, "File Write Failed");
 }
 

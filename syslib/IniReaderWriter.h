@@ -53,11 +53,11 @@ public:
 
     /// Finds the header `name`, brackets included, or appends it to the file.
     Section section(std::string_view name);
-    /// Finds the value of a key, or adds the key with an empty value after the section's last line. The
-    /// reference stays valid until the next load.
+    /// Finds the value of a key, or adds the key with an empty value after the section's last line. `section`
+    /// must not be NoSection(). The reference stays valid until the next load.
     std::string& key(Section section, std::string_view key);
 
-    /// The same without creating anything: `NoSection()`, null when there is none.
+    // The same without creating anything: NoSection() or null when there is none. NoSection() has no keys.
     Section FindSection(std::string_view name);
     std::string* FindKey(Section section, std::string_view key);
     Section NoSection() { return lines_.end(); }
@@ -71,16 +71,17 @@ public:
 
 protected:
     const std::string& Path() const { return path_; }
-    void Clear();
-    bool LoadFrom(CVioFile& file);
-    bool SaveTo(CVioFile& file);
-    bool Failed();
+    /// False, and LastError set, when the step throws CVioException.
+    bool Try(const std::function<void()>& step);
+    // They open the file with `mode`; null: it is open already.
+    bool LoadFrom(CVioFile& file, const char* mode);
+    bool SaveTo(CVioFile& file, const char* mode);
 
 private:
     void TakeLock(CVioFile& file, char kind);
-    void AddLine(std::string line);
+    void ReadLines(CVioFile& file);
+    /// The line after the section's last one.
     Section EndOf(Section section);
-    std::string Text() const;
 
     std::string path_;
     bool lock_;
