@@ -2,8 +2,8 @@
 
 #include <utility>
 
-GuardedWriter::GuardedWriter(std::unique_ptr<CVsysEventLogWriterInterface> writer)
-    : writer_(std::move(writer)) {}
+GuardedWriter::GuardedWriter(std::unique_ptr<CVsysEventLogWriterInterface> writer, std::string name)
+    : writer_(std::move(writer)), name_(std::move(name)) {}
 
 int GuardedWriter::Write(const std::string& module, unsigned level, const std::string& message, int extra,
                          const char* userText, std::time_t time) {

@@ -13,14 +13,17 @@
 /// under a thread that is still inside it.
 class GuardedWriter {
 public:
-    explicit GuardedWriter(std::unique_ptr<CVsysEventLogWriterInterface> writer);
+    explicit GuardedWriter(std::unique_ptr<CVsysEventLogWriterInterface> writer, std::string name = {});
 
     /// See CVsysEventLogWriterInterface::DoWork.
     int Write(const std::string& module, unsigned level, const std::string& message, int extra,
               const char* userText, std::time_t time);
     bool IsReady();
+    /// The logger's name, different for each writer of the process: "SOAP_logger".
+    const std::string& Name() const { return name_; }
 
 private:
     CVconLock lock_;
     std::unique_ptr<CVsysEventLogWriterInterface> writer_;
+    const std::string name_;
 };

@@ -62,7 +62,8 @@ public:
     /// Makes statements possible. Unless forced, only when the file can be read as a database; one that is
     /// locked at the moment passes.
     bool Initialize(bool force);
-    /// Loses a transaction in progress. Throws CVDBexception.
+    /// Loses a transaction in progress, and what was set on the connection (functions, the synchronous mode).
+    /// Throws CVDBexception.
     void Reopen();
 
     bool IsOpen();
@@ -146,7 +147,7 @@ private:
     static bool Begins(Statement statement);
     bool RunTransactionStatement(Statement statement, const std::string& name, const TransactionRetry& retry);
     bool RepeatWhileBusy(Statement statement, const std::string& sql, const TransactionRetry& retry);
-    void ReopenAfter(const LastError& error);
+    void ReopenAfter(LastError error);
     void RollBackKeepingError(const TransactionRetry& retry);
 
     std::string path_;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <iterator>
+#include <utility>
 
 #include "BusyCode.h"
 #include "CVDBexception.h"
@@ -77,7 +78,8 @@ bool CVSQLite3Database::RepeatWhileBusy(Statement statement, const std::string& 
             if (Begins(statement) && IsReadOnly(failure.GetErrorCode())) {
                 ReopenAfter(error);
             } else if (!CountsAsBusy(failure.GetErrorCode())) {
-                Quietly([&] { ReopenAfter(error); });
+                Quietly([this] { Reopen(); });
+                lastError_ = error;
                 throw;
             }
         }
@@ -88,10 +90,9 @@ bool CVSQLite3Database::RepeatWhileBusy(Statement statement, const std::string& 
     return false;
 }
 
-void CVSQLite3Database::ReopenAfter(const LastError& error) {
-    const LastError kept = error;  // Reopen forgets the last error, which may be what `error` refers to
+void CVSQLite3Database::ReopenAfter(LastError error) {
     Reopen();
-    lastError_ = kept;
+    lastError_ = std::move(error);
 }
 
 bool CVSQLite3Database::InTransaction(TransactionKind kind, const TransactionRetry& retry,

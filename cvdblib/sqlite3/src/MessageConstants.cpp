@@ -20,7 +20,7 @@ std::string Trim(std::string_view text) {
 std::string CutWord(std::string_view& rest) {
     const auto start = std::find_if_not(rest.begin(), rest.end(), IsSpace);
     const auto end = std::find_if(start, rest.end(), IsSpace);
-    const std::string word(start, end);
+    std::string word(start, end);
     rest.remove_prefix(static_cast<std::size_t>(end - rest.begin()));
     return word;
 }
