@@ -27,7 +27,7 @@ public:
     /// The single-threaded form is ready on return, or registered and not ready when its writer could not be
     /// set up (see IsReady); the multi-threaded one waits for Start. Null when there is no writer at all:
     /// `cvlogs.ini` is there and cannot be read, or names an unknown writer. `furtherName` names the logger
-    /// instead of the module.
+    /// instead of the module. An empty `configDirectory` stands for the program's own.
     static std::unique_ptr<CVsysEventLogInterface> Create(const std::string& module, LogThreading threading,
                                                           const std::string& configDirectory,
                                                           const std::string& furtherName = {});
