@@ -104,8 +104,8 @@ private:
 
     microseconds::rep next_ = kShortest;
     // Not rand(): its sequence is the caller's.
-    std::minstd_rand random_{static_cast<unsigned>(
-        std::chrono::steady_clock::now().time_since_epoch().count() ^ (static_cast<long>(getpid()) << 16))};
+    std::minstd_rand random_{
+        static_cast<unsigned>(std::chrono::steady_clock::now().time_since_epoch().count())};
 };
 
 void Sleep(const LockRetry& retry, microseconds wait) {
