@@ -29,8 +29,13 @@ public:
     [[gnu::format(printf, 3, 4)]] int CriticalSystem(const char* context, const char* format, ...);
     [[gnu::format(printf, 3, 4)]] int FatalSystem(const char* context, const char* format, ...);
 
+    /// For callers that hold a numeric code instead of a level: 17 is an error, 18 a warning, 19 information,
+    /// any other code a trace entry.
+    [[gnu::format(printf, 4, 5)]] int LogByCode(int code, const char* context, const char* format, ...);
+
 protected:
-    /// One entry to be formatted and written; systemError is 0, or the code whose text is appended.
+    /// One entry to be formatted and written; systemError is kNoSystemError, or the `errno` whose text is
+    /// appended.
     struct Entry {
         EventLevel level;
         const char* context;

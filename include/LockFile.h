@@ -1,0 +1,50 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <string>
+
+class LockedPath;
+
+/// How long a LockFile keeps trying: this many attempts, each lasting `pause`.
+///
+/// Within an attempt the lock is probed several times, first at short distances, so that a short wait costs
+/// little. An attempt with no pause is a single probe.
+struct LockRetry {
+    int attempts = 2000;
+    std::chrono::milliseconds pause{30};
+    /// Waits between two probes; null sleeps. May throw, which ends the attempts.
+    std::function<void(std::chrono::microseconds)> sleep;
+};
+
+/// Holds the write lock that keeps other processes and threads out of one log file, for the object's
+/// lifetime.
+///
+/// The kernel ties such a lock to the process, and closing any other descriptor of the same file drops it:
+/// nothing else may open `path`. Threads are kept out by a process-wide table of the paths that are locked; a
+/// second object for the same path waits even in the same thread. A crash releases the lock; the file stays
+/// behind and does no harm. The file may be deleted at any time by RemoveDeadLockFiles: a lock counts only
+/// while the path still names the locked file.
+class LockFile {
+public:
+    /// Throws CVException "LockFile Creation Failed" after the last attempt, and at once when waiting cannot
+    /// help: no rights, no such directory, a full disk.
+    explicit LockFile(const std::string& path, const LockRetry& retry = {});
+    ~LockFile();
+
+    LockFile(const LockFile&) = delete;
+    LockFile& operator=(const LockFile&) = delete;
+
+private:
+    LockedPath* path_;
+    int descriptor_;
+};
+
+/// True when a LockFile on `path` would fail at once. A lock that is merely taken is no reason. Creates the
+/// file like LockFile and takes the lock for a moment when it is free.
+bool IsLockHopeless(const std::string& path);
+
+/// Deletes the files "*.lock" in `directory` that no process and no thread holds, as processes that died
+/// leave them behind. A file that cannot be opened or deleted stays. Throws CVioException when the directory
+/// cannot be listed.
+void RemoveDeadLockFiles(const std::string& directory);

@@ -1,0 +1,7 @@
+#include "AdminRecords.h"
+
+AdminInfo g_tAdminInfo;
+DepartmentInfo g_tDept;
+UserInfo g_tUser;
+UserGroupInfo g_tUserGroup;
+ScheduleInfo g_tSchd;

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string_view>
+
+// Writes the answer to standard output, which the web server relays to the client. All output of the program
+// goes through here. Once a fault is written the run has its answer: every later call writes nothing, so a
+// client never sees a second document behind a fault.
+
+/// The CGI header and the empty line behind it. From here on everything written is the HTTP body.
+void WriteHeader();
+
+/// The SOAP response of the current method (g_szCommand) with the server's reply.
+void WriteResponse(std::string_view reply);
+
+/// A SOAP fault whose text is `code`, a blank and `text`; the code is put in as it is, the text escaped.
+void WriteFault(std::string_view code, std::string_view text);
+
+/// A SOAP fault for a text that begins with its number.
+void WriteFault(std::string_view text);
+
+/// Forgets that a fault was written, for tests that write several answers in one process.
+void ForgetAnswer();

@@ -1,0 +1,9 @@
+#include "RequestGlobals.h"
+
+#include "MethodTable.h"
+
+char g_szCommand[256];
+int g_nMethodCode = kNoMethod;
+char m_szHostName[256];
+char m_szPath[1024];
+StartArguments gArguments;

@@ -1,0 +1,176 @@
+#include "LockFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <random>
+#include <thread>
+
+#include "CVException.h"
+#include "CVioDirectory.h"
+#include "LockedPath.h"
+#include "NoCancellation.h"
+#include "RecordLock.h"
+
+namespace {
+
+using std::chrono::microseconds;
+
+void CloseKeepingErrno(int descriptor) {
+    const int code = errno;
+    close(descriptor);
+    errno = code;
+}
+
+int OpenOrCreate(const char* path) {
+    constexpr int kFlags = O_RDWR | O_SYNC | O_CLOEXEC;
+    constexpr mode_t kMode = 0664;
+    int descriptor = open(path, kFlags);
+    if (descriptor >= 0 || errno != ENOENT) return descriptor;
+    descriptor = open(path, kFlags | O_CREAT | O_EXCL, kMode);
+    if (descriptor < 0 && errno == EEXIST) descriptor = open(path, kFlags | O_CREAT, kMode);
+    // Past the umask: programs of other users share the log.
+    if (descriptor >= 0) fchmod(descriptor, kMode);
+    return descriptor;
+}
+
+/// False when the file was deleted, and perhaps created anew, since it was opened: a lock on it keeps out
+/// nobody.
+bool StillNames(const char* path, int descriptor) {
+    struct stat named = {};
+    struct stat opened = {};
+    return stat(path, &named) == 0 && fstat(descriptor, &opened) == 0 && named.st_dev == opened.st_dev &&
+           named.st_ino == opened.st_ino;
+}
+
+enum class Answer { Granted, Busy, Hopeless };
+
+/// Asks the kernel once; `errno` tells the cause unless it grants the lock.
+Answer AskKernel(const char* path, int& descriptor) {
+    constexpr int kRounds = 100;
+    for (int round = 0; round < kRounds; ++round) {
+        descriptor = OpenOrCreate(path);
+        if (descriptor < 0) {
+            const bool passing = errno == EINTR || errno == EMFILE || errno == ENFILE;
+            return passing ? Answer::Busy : Answer::Hopeless;
+        }
+        if (RequestRecordLock(descriptor, F_SETLK, F_WRLCK) != 0) {
+            CloseKeepingErrno(descriptor);
+            return errno == EAGAIN || errno == EACCES ? Answer::Busy : Answer::Hopeless;
+        }
+        if (StillNames(path, descriptor)) return Answer::Granted;
+        close(descriptor);
+    }
+    errno = EAGAIN;
+    return Answer::Busy;
+}
+
+/// One try for the lock, against threads first: while one of them holds it, opening and closing the file
+/// would drop its lock. A granted one is to be given to Release.
+Answer TryOnce(LockedPath& taken, const std::string& path, int& descriptor) {
+    const NoCancellation shield;
+    if (!taken.TryTake()) {
+        errno = EAGAIN;
+        return Answer::Busy;
+    }
+    const Answer answer = AskKernel(path.c_str(), descriptor);
+    if (answer != Answer::Granted) taken.Free();
+    return answer;
+}
+
+void Release(LockedPath& taken, int descriptor) noexcept {
+    const NoCancellation shield;
+    CloseKeepingErrno(descriptor);
+    taken.Free();  // not earlier: the close would drop the next thread's lock
+}
+
+/// The waits between the probes of one attempt: growing, so that a short wait costs little and a long one
+/// little work, and uneven, so that processes that wait together do not ask together.
+class Waits {
+public:
+    microseconds Next(microseconds left) {
+        std::uniform_int_distribution<microseconds::rep> spread(next_ / 2, next_ * 3 / 2);
+        const microseconds wait{spread(random_)};
+        next_ = std::min(next_ * 2, kLongest);
+        return std::min(wait, left);
+    }
+
+private:
+    static constexpr microseconds::rep kShortest = 150;
+    static constexpr microseconds::rep kLongest = 1400;
+
+    microseconds::rep next_ = kShortest;
+    // Not rand(): its sequence is the caller's.
+    std::minstd_rand random_{
+        static_cast<unsigned>(std::chrono::steady_clock::now().time_since_epoch().count())};
+};
+
+void Sleep(const LockRetry& retry, microseconds wait) {
+    if (retry.sleep) {
+        retry.sleep(wait);
+    } else {
+        std::this_thread::sleep_for(wait);
+    }
+}
+
+/// Probes for the length of one pause, at least once.
+Answer Attempt(LockedPath& taken, const std::string& path, const LockRetry& retry, int& descriptor) {
+    Waits waits;
+    for (microseconds left = retry.pause;;) {
+        const Answer answer = TryOnce(taken, path, descriptor);
+        if (answer != Answer::Busy || left == microseconds::zero()) return answer;
+        const microseconds wait = waits.Next(left);
+        Sleep(retry, wait);
+        left -= wait;
+    }
+}
+
+void RemoveIfDead(const std::string& path) {
+    const NoCancellation shield;
+    struct stat status = {};
+    if (lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return;
+    LockedPath& taken = LockedPath::Of(path);
+    if (!taken.TryTake()) return;
+    const int descriptor = open(path.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor >= 0 && RequestRecordLock(descriptor, F_SETLK, F_WRLCK) == 0 &&
+        StillNames(path.c_str(), descriptor)) {
+        unlink(path.c_str());  // while it is held: whoever waits for it will see that the path is gone
+    }
+    if (descriptor >= 0) close(descriptor);
+    taken.Free();
+}
+
+}  // namespace
+
+LockFile::LockFile(const std::string& path, const LockRetry& retry)
+    : path_(&LockedPath::Of(path)), descriptor_(-1) {
+    Answer answer = Answer::Busy;
+    for (int attempt = 0; attempt < retry.attempts && answer == Answer::Busy; ++attempt) {
+        answer = Attempt(*path_, path, retry, descriptor_);
+    }
+    if (answer != Answer::Granted) {
+        throw CVException("LockFile", __LINE__, "LockFile Creation Failed", GetSystemErrorText());
+    }
+}
+
+LockFile::~LockFile() {
+    Release(*path_, descriptor_);
+}
+
+bool IsLockHopeless(const std::string& path) {
+    LockedPath& taken = LockedPath::Of(path);
+    int descriptor = -1;
+    const Answer answer = TryOnce(taken, path, descriptor);
+    if (answer == Answer::Granted) Release(taken, descriptor);
+    return answer == Answer::Hopeless;
+}
+
+void RemoveDeadLockFiles(const std::string& directory) {
+    const std::string prefix = directory + "/";
+    for (const std::string& name : CVioDirectory(directory).List()) {
+        if (name.ends_with(".lock")) RemoveIfDead(prefix + name);
+    }
+}

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <string>
+
+#include "CVsysEventLogWriterInterface.h"
+#include "LockFile.h"
+#include "LogArchive.h"
+
+/// Appends entries to a text file that any number of processes share, and turns it into numbered archives by
+/// size. docs/log-files.md describes the files.
+///
+/// Every entry takes the lock "<file>.lock", opens the file, writes one whole line and closes it again:
+/// nothing is held between entries, so the file may be moved or deleted at any time. An entry waits for the
+/// lock for about a minute; after one such failure the later ones wait a second, until one succeeds.
+class CVsysEventLogFileWriter : public CVsysEventLogWriterInterface {
+public:
+    /// `identity` is the name that failures are listed under in the system log. `retry` is how long an entry
+    /// waits for the lock.
+    explicit CVsysEventLogFileWriter(std::string identity, LockRetry retry = {});
+
+    /// Keys: numFiles, bytesPerFiles, filePath, autoAppend (present means on, whatever the value),
+    /// perProcessFile.
+    bool setProperty(const std::string& key, const std::string& value) override;
+    int DoWork(const std::string& module, unsigned level, const std::string& message, int extra,
+               const char* userText, std::time_t time) override;
+    bool isReady() override;
+
+    /// Creates the file when it is not there. A path whose directory takes no new files is refused, and the
+    /// old path stays.
+    bool setFilePath(const std::string& value);
+
+    /// Deletes the lock files that dead processes left in the log directory, and makes sure that the log
+    /// file's own lock can be had: the writer is not ready otherwise. To be called once all keys are set.
+    void PrepareDirectory();
+
+private:
+    void Append(const std::string& module, unsigned level, const std::string& message, std::time_t time);
+    std::string TargetOf(const std::string& module) const;
+
+    std::string directory_;
+    std::string path_;
+    bool perProcessFile_ = false;
+    bool autoAppend_ = false;
+    ArchiveRule archive_;
+    const std::string identity_;
+    const LockRetry retry_;
+    bool lockWasRefused_ = false;
+    bool initialised_ = true;
+};

@@ -1,0 +1,147 @@
+#include "CVsysEventLogInterface.h"
+
+#include <cstdio>
+#include <utility>
+
+#include "CVsysEventLogSingleThreaded.h"
+#include "EventMessage.h"
+#include "LogConfiguration.h"
+#include "LogLocations.h"
+#include "LogRegistry.h"
+#include "LogReport.h"
+#include "LogWriterFactory.h"
+#include "SpoolDirectories.h"
+
+namespace {
+
+std::unique_ptr<CVsysEventLogInterface> MakeForm(LogThreading threading, const std::string& module,
+                                                 const std::string& configDirectory,
+                                                 const std::string& furtherName) {
+    switch (threading) {
+        case LogThreading::Single:
+            return std::make_unique<CVsysEventLogSingleThreaded>(module, configDirectory, furtherName);
+        case LogThreading::Multi:
+            break;
+    }
+    return nullptr;
+}
+
+// Handlers catch a character string, which has to outlive every frame between here and there.
+[[noreturn]] void ThrowUsedBeforeCreation(const std::string& object, const std::string& identity, int line,
+                                          const char* file) {
+    thread_local char text[1024];
+    if (line != -1 && file != nullptr) {
+        std::snprintf(text, sizeof text, "%s is called before creation @ line [%d] in file [%s].",
+                      object.c_str(), line, file);
+    } else {
+        std::snprintf(text, sizeof text, "%s is called before creation.", object.c_str());
+    }
+    ReportLogFailure("CVsysEventLogInterface::GetInstance()", identity, text);
+    throw static_cast<char*>(text);
+}
+
+}  // namespace
+
+std::unique_ptr<CVsysEventLogInterface> CVsysEventLogInterface::Create(const std::string& module,
+                                                                       LogThreading threading,
+                                                                       const std::string& configDirectory,
+                                                                       const std::string& furtherName) {
+    auto log = MakeForm(threading, module, configDirectory, furtherName);
+    if (!log) return nullptr;
+    if (threading == LogThreading::Single) {
+        log->Start();
+        if (!log->Writer()) return nullptr;
+    }
+    LogRegistry::OfProcess().Add(module, log.get());
+    return log;
+}
+
+CVsysEventLogInterface* CVsysEventLogInterface::GetInstance(int line, const char* file) {
+    CVsysEventLogInterface* const log = LogRegistry::OfProcess().Default();
+    if (log == nullptr) ThrowUsedBeforeCreation("CVsysEventLogInterface object", {}, line, file);
+    return log;
+}
+
+CVsysEventLogInterface* CVsysEventLogInterface::GetInstance(const std::string& module, int line,
+                                                            const char* file) {
+    CVsysEventLogInterface* const log = LogRegistry::OfProcess().Find(module);
+    if (log == nullptr) {
+        ThrowUsedBeforeCreation("CVsysEventLogInterface object for module [" + module + "]", module, line,
+                                file);
+    }
+    return log;
+}
+
+void CVsysEventLogInterface::SetDefaultLogDirectory(const std::string& directory) {
+    SetDefaultLogLocation(directory);
+}
+
+CVsysEventLogInterface::CVsysEventLogInterface(std::string module, std::string configDirectory,
+                                               std::string furtherName)
+    : module_(std::move(module)),
+      configDirectory_(configDirectory.empty() ? std::string(g_strConfigDir) : std::move(configDirectory)),
+      furtherName_(std::move(furtherName)) {}
+
+CVsysEventLogInterface::~CVsysEventLogInterface() {
+    CVsysEventLogInterface::Stop();
+    LogRegistry::OfProcess().Remove(this);
+}
+
+void CVsysEventLogInterface::UseWriter(std::unique_ptr<CVsysEventLogWriterInterface> writer) {
+    const std::lock_guard guard(writerMutex_);
+    writer_ = std::make_shared<GuardedWriter>(std::move(writer));
+}
+
+bool CVsysEventLogInterface::Start() {
+    if (std::exchange(startedOnce_, true)) return false;
+    if (!Writer() && !loadWriterConfig()) return false;
+    SetEnabled(IsReady());
+    return IsEnabled();
+}
+
+bool CVsysEventLogInterface::Stop() {
+    SetEnabled(false);
+    const std::lock_guard guard(writerMutex_);
+    writer_.reset();
+    return true;
+}
+
+bool CVsysEventLogInterface::loadWriterConfig() {
+    const auto fail = [&](const char* text) {
+        ReportLogFailure("CVsysEventLogInterface::loadWriterConfig", module_, text);
+        return false;
+    };
+    const auto settings = LoadLogSettings(LogConfigPath(configDirectory_), module_,
+                                          DefaultLogPath(LogFileName(module_), configDirectory_));
+    if (!settings) return fail("Unable to load/read config/cvlogs.ini file.");
+    SetThreshold(settings->level);
+    auto writer = CreateLogWriter(*settings, {module_, configDirectory_, furtherName_});
+    if (!writer) return fail("Error occurred while creating log writer.");
+
+    const bool ready = writer->IsReady();
+    const std::lock_guard guard(writerMutex_);
+    writer_ = std::move(writer);
+    return ready || fail("Log writer initialization failed. Check cvlogs.ini");
+}
+
+std::shared_ptr<GuardedWriter> CVsysEventLogInterface::Writer() const {
+    const std::lock_guard guard(writerMutex_);
+    return writer_;
+}
+
+bool CVsysEventLogInterface::IsReady() const {
+    const auto writer = Writer();
+    return writer && writer->IsReady();
+}
+
+void CVsysEventLogInterface::SetThreshold(EventLevel threshold) {
+    threshold_.store(threshold, std::memory_order_relaxed);
+    if (threshold == EventLevel::None) SetEnabled(false);
+}
+
+int CVsysEventLogInterface::WriteEntry(const Entry& entry, va_list arguments) {
+    if (!IsEnabled() || entry.level < Threshold()) return 0;
+    std::string message = BuildEventMessage(entry.context, entry.format, entry.systemError, arguments);
+    if (threadIdShown_.load(std::memory_order_relaxed)) message = WithThreadId(message);
+    return Write(entry.level, message, -1, nullptr);
+}

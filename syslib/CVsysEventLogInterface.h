@@ -1,0 +1,99 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "CVLogInterface.h"
+#include "CVsysEventLogWriterInterface.h"
+#include "EventLevel.h"
+#include "GuardedWriter.h"
+
+/// Where the entries of a log are written; the numbers are the ones that programs configure.
+enum class LogThreading { Single = 0, Multi = 1 };
+
+/// The event log of one module: reads the module's section of `cvlogs.ini`, owns the writer chosen there and
+/// hands every entry at or above the threshold to it.
+///
+/// A program creates one object per module it speaks for; from then on any code finds it by GetInstance. The
+/// creator owns the object, the registry only points to it. An object that is not deleted stays usable while
+/// static objects are destroyed. Failures go to the system log, never to the caller. Any thread may log;
+/// creation, Start, Stop and destruction belong to one thread.
+class CVsysEventLogInterface : public CVLogInterface {
+public:
+    /// Builds and registers the log of `module`; the first one becomes the default instance.
+    ///
+    /// The single-threaded form is ready on return, or registered and not ready when its writer could not be
+    /// set up (see IsReady); the multi-threaded one waits for Start. Null when there is no writer at all:
+    /// `cvlogs.ini` is there and cannot be read, or names an unknown writer. `furtherName` names the logger
+    /// instead of the module. An empty `configDirectory` stands for the program's own.
+    static std::unique_ptr<CVsysEventLogInterface> Create(const std::string& module, LogThreading threading,
+                                                          const std::string& configDirectory,
+                                                          const std::string& furtherName = {});
+
+    /// The default instance. Throws a `char*` that stays valid until the thread's next failing call.
+    /// `line` and `file` say who asked.
+    static CVsysEventLogInterface* GetInstance(int line = -1, const char* file = nullptr);
+    /// The instance of a module, whose name must match letter for letter; throws like the other form.
+    static CVsysEventLogInterface* GetInstance(const std::string& module, int line = -1,
+                                               const char* file = nullptr);
+
+    /// The directory of log files that no `filePath` names, for logs created later; an empty one means bare
+    /// file names. Never called: "logs" beside the configuration directory.
+    static void SetDefaultLogDirectory(const std::string& directory);
+
+    ~CVsysEventLogInterface() override;
+
+    CVsysEventLogInterface(const CVsysEventLogInterface&) = delete;
+    CVsysEventLogInterface& operator=(const CVsysEventLogInterface&) = delete;
+
+    /// Uses a program's own writer; to be called before Start, which then reads no configuration.
+    void UseWriter(std::unique_ptr<CVsysEventLogWriterInterface> writer);
+
+    /// Reads the configuration, creates the writer and lets entries in when it is ready; the derived forms
+    /// add what they need. False when there is no ready writer, and for any start but the first.
+    virtual bool Start();
+    /// Refuses entries from now on and lets go of the writer; the object stays registered and writes nothing.
+    virtual bool Stop();
+
+    /// Writes one finished message whatever the threshold: 1 written (or queued), 0 not.
+    /// `userText` may be null.
+    virtual int Write(EventLevel level, const std::string& message, int extra, const char* userText) = 0;
+
+    /// True when there is a writer and it is ready.
+    bool IsReady() const;
+    const std::string& ModuleName() const { return module_; }
+
+    /// While clear, operations return 0 and format nothing.
+    bool IsEnabled() const { return enabled_.load(std::memory_order_relaxed); }
+    void SetEnabled(bool enabled) { enabled_.store(enabled, std::memory_order_relaxed); }
+
+    EventLevel Threshold() const { return threshold_.load(std::memory_order_relaxed); }
+    /// EventLevel::None writes nothing: it clears the enabled flag.
+    void SetThreshold(EventLevel threshold);
+
+    /// While set, every message begins with the kernel's id of the calling thread, as `ps -L` shows it.
+    void SetThreadIdShown(bool shown) { threadIdShown_.store(shown, std::memory_order_relaxed); }
+
+protected:
+    CVsysEventLogInterface(std::string module, std::string configDirectory, std::string furtherName);
+
+    /// The writer, null before Start and after Stop. Keep the pointer for the length of one write.
+    std::shared_ptr<GuardedWriter> Writer() const;
+
+    int WriteEntry(const Entry& entry, va_list arguments) final;
+
+private:
+    bool loadWriterConfig();
+
+    const std::string module_;
+    const std::string configDirectory_;
+    const std::string furtherName_;
+    std::atomic<bool> enabled_{false};
+    std::atomic<bool> threadIdShown_{false};
+    std::atomic<EventLevel> threshold_{EventLevel::Info};
+    bool startedOnce_ = false;
+    mutable std::mutex writerMutex_;  // guards the pointer; the writer has its own lock
+    std::shared_ptr<GuardedWriter> writer_;
+};

@@ -1,0 +1,14 @@
+#include "EventLine.h"
+
+#include "EventLevel.h"
+#include "EventTime.h"
+
+std::string EventLine(std::string_view module, unsigned level, std::string_view message, std::time_t time) {
+    std::string line;
+    FormatEventTime(time, &line);
+    line.reserve(line.size() + module.size() + message.size() + 16);
+    line += ' ';
+    if (!module.empty()) line.append(module) += ' ';
+    line.append(EventLevelTag(level)) += ' ';
+    return line.append(message);
+}

@@ -1,0 +1,151 @@
+#include "CVsoapParser.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "BoundedText.h"
+#include "MethodTable.h"
+#include "RecordingLog.h"
+#include "RequestGlobals.h"
+
+namespace {
+
+using testing::ElementsAre;
+
+class EnvelopeParserTest : public testing::Test {
+protected:
+    void SetUp() override {
+        CopyText(g_szCommand, "");
+        g_nMethodCode = kNoMethod;
+    }
+    int Parse(const std::string& body) { return ParseEnvelope(body.c_str(), record, log); }
+    /// Parses a complete envelope around one method element.
+    int ParseMethod(const std::string& method, const std::string& fields) {
+        return Parse("<e:Envelope xmlns:e='urn:e' xmlns:xsi='urn:i'><e:Body><" + method + ">" + fields +
+                     "</" + method + "></e:Body></e:Envelope>");
+    }
+    std::string Text(Slot slot) const { return std::string(record.Text(slot)); }
+
+    RequestRecord record;
+    RecordingLog log;
+};
+
+}  // namespace
+
+TEST_F(EnvelopeParserTest, KnowsEveryMethodInAnySpellingThatEndsWithItsName) {
+    for (const Method& method : Methods()) {
+        for (const std::string prefix : {"", "My", "ns1.", "X-"}) {
+            RequestRecord fresh;
+            std::string name = prefix + std::string(method.name);
+            if (prefix == "X-") {
+                for (char& c : name) c = static_cast<char>(std::toupper(c));
+            }
+            ASSERT_EQ(ParseEnvelope(("<" + name + "/>").c_str(), fresh, log), 1) << name;
+            EXPECT_EQ(g_nMethodCode, method.code) << name;
+            EXPECT_EQ(g_szCommand, method.name);
+            EXPECT_EQ(fresh.Text(Slot::CommandWord), method.commandWord);
+            const bool member = method.endRecords == EndRecords::MemberKind;
+            EXPECT_EQ(fresh.Text(member ? Slot::MemberKind : Slot::MessagingAction), method.endWord);
+        }
+    }
+}
+
+TEST_F(EnvelopeParserTest, ReportsWhatIsNotWellFormed) {
+    for (const char* body : {"not xml", "garbage\n", "<a><b></a>", "<a/>junk", "{\"a\":1}", "<a>\xFF</a>",
+                             "<a>&undefined;</a>", " <?xml version='1.0'?><a/>"}) {
+        log.entries.clear();
+        EXPECT_EQ(Parse(body), 0) << body;
+        ASSERT_EQ(log.entries.size(), 1u) << body;
+        EXPECT_THAT(log.entries[0], testing::MatchesRegex("5 Parse error\\|\\[[0-9]+\\] .* at line [12]\n"));
+    }
+}
+
+TEST_F(EnvelopeParserTest, ServesWhatEndsTooSoon) {
+    EXPECT_EQ(Parse("<Envelope><Body><SendStdMessage><szMessage>text</szMessage>"), 1);
+    EXPECT_EQ(Text(Slot::Message), "text");
+    EXPECT_FALSE(record.Has(Slot::MessagingAction)) << "only the end tag tells the action";
+    EXPECT_THAT(log.entries, ElementsAre("4 Parse OK|But not parsed till end of mark!"));
+}
+
+TEST_F(EnvelopeParserTest, IgnoresUnknownMethods) {
+    EXPECT_EQ(ParseMethod("Unknown", "<szURL>http://x</szURL>"), 1);
+    EXPECT_EQ(g_nMethodCode, kNoMethod);
+    EXPECT_FALSE(record.Has(Slot::Url));
+    EXPECT_TRUE(log.entries.empty());
+}
+
+TEST_F(EnvelopeParserTest, KeepsTheLastChunkExceptOfTheMessage) {
+    ParseMethod("SendStdMessage",
+                "<szSender>a&amp;b</szSender><szSubject>one\ntwo</szSubject><szRecipientName>\n  "
+                "x\n</szRecipientName>"
+                "<szMessage>a&amp;b\n<![CDATA[c<d]]>\r\ne</szMessage><szJobID><![CDATA[R&D]]></szJobID>");
+    EXPECT_EQ(Text(Slot::Sender), "b");
+    EXPECT_EQ(Text(Slot::Subject), "two");
+    EXPECT_EQ(Text(Slot::Recipient), "\n");
+    EXPECT_EQ(Text(Slot::Message), "a&b\nc<d\ne");
+    EXPECT_EQ(Text(Slot::JobId), "R&D");
+}
+
+TEST_F(EnvelopeParserTest, TellsAbsentNilAndEmptyApart) {
+    ParseMethod("SendStdMessage",
+                "<bTimeStamp></bTimeStamp><szJobID xsi:nil='false'>12</szJobID>"
+                "<szSender xsi:nil='true' xmlns:y='urn:y'>kept</szSender><szSubject a='1'>s</szSubject>");
+    EXPECT_TRUE(record.Has(Slot::TimeStamp));
+    EXPECT_EQ(Text(Slot::TimeStamp), "");
+    EXPECT_FALSE(record.Has(Slot::JobId)) << "nil by name, whatever its value";
+    EXPECT_EQ(Text(Slot::Sender), "kept") << "only the last attribute counts";
+    EXPECT_EQ(Text(Slot::Subject), "s");
+    EXPECT_FALSE(record.Has(Slot::ForwardReply));
+}
+
+TEST_F(EnvelopeParserTest, SecondUrlTakesEverythingBehindIt) {
+    ParseMethod("QueryMessage", "<szURL>u1</szURL><szURL2>u2</szURL2><szJobID>7</szJobID>\n  ");
+    EXPECT_EQ(Text(Slot::Url), "u1");
+    EXPECT_EQ(Text(Slot::JobId), "7");
+    EXPECT_EQ(Text(Slot::Url2), "  ");
+
+    record = {};
+    ParseMethod("QueryMessage", "<szURL>u1</szURL><szJobID>7</szJobID><szURL2>u2</szURL2>");
+    EXPECT_EQ(Text(Slot::Url2), "u2");
+}
+
+TEST_F(EnvelopeParserTest, LicenceFieldsOfAUserGroupTakeWhatFollows) {
+    ParseMethod("AddUserGroup",
+                "<bSendgrpWithoutDeptLicense>false</bSendgrpWithoutDeptLicense><bLog>false</bLog>"
+                "<bModgroupWithoutDeptLicense>0</bModgroupWithoutDeptLicense> ");
+    EXPECT_EQ(Text(static_cast<Slot>(89)), " ");
+    EXPECT_EQ(Text(static_cast<Slot>(92)), " ");
+    EXPECT_EQ(Text(static_cast<Slot>(62)), "false");
+}
+
+TEST_F(EnvelopeParserTest, FieldThatEndsWithAMethodsNameClosesTheMethod) {
+    ParseMethod("SetUserGroupDeptPermission",
+                "<szURL>u</szURL><bAddAndDeleteGroup>true</bAddAndDeleteGroup><bViewGroup>true</bViewGroup>");
+    EXPECT_EQ(Text(static_cast<Slot>(91)), "true");
+    EXPECT_FALSE(record.Has(static_cast<Slot>(94)));
+    EXPECT_STREQ(g_szCommand, "SetUserGroupDeptPermission");
+}
+
+TEST_F(EnvelopeParserTest, CollectsItemsInDocumentOrder) {
+    ParseMethod(
+        "SendStdMessage",
+        "<szResponse>lost</szResponse><ResponseActionData><szResponse>1</szResponse><szAction>ack</szAction>"
+        "<bFinal>true</bFinal></ResponseActionData><ResponseActionData><szResponse>2</szResponse>"
+        "</ResponseActionData><CustomFieldData><szFieldName>n</szFieldName><szFieldValue>v</szFieldValue>"
+        "</CustomFieldData>");
+    ASSERT_EQ(record.responseActions.count, 2u);
+    EXPECT_EQ(record.responseActions.items[0][1]->Text(), "ack");
+    EXPECT_EQ(record.responseActions.items[1][0]->Text(), "2");
+    EXPECT_FALSE(record.responseActions.items[1][1].has_value());
+    ASSERT_EQ(record.customFields.count, 1u);
+    EXPECT_EQ(record.customFields.items[0][1]->Text(), "v");
+}
+
+TEST_F(EnvelopeParserTest, SecondMethodTakesOverAndFieldsAccumulate) {
+    Parse(
+        "<Envelope><SendStdMessage><szMessage>one</szMessage></SendStdMessage><SendQuickMessage>"
+        "<szMessage>two</szMessage></SendQuickMessage></Envelope>");
+    EXPECT_STREQ(g_szCommand, "SendQuickMessage");
+    EXPECT_EQ(Text(Slot::Message), "onetwo");
+    EXPECT_EQ(Text(Slot::MessagingAction), "quick");
+}

@@ -1,0 +1,79 @@
+#include "CVsoap.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "RecordingLog.h"
+
+namespace {
+
+using testing::ElementsAre;
+
+/// Standard input fed from a pipe for one test.
+class BodyReaderTest : public testing::Test {
+protected:
+    void SetUp() override {
+        saved_ = dup(STDIN_FILENO);
+        ASSERT_EQ(pipe(pipe_), 0);
+        dup2(pipe_[0], STDIN_FILENO);
+        close(pipe_[0]);
+    }
+    void TearDown() override {
+        EndInput();
+        dup2(saved_, STDIN_FILENO);
+        close(saved_);
+        unsetenv("CONTENT_LENGTH");
+    }
+    void Send(const std::string& bytes) {
+        ASSERT_EQ(write(pipe_[1], bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+    }
+    void EndInput() {
+        if (pipe_[1] >= 0) close(pipe_[1]);
+        pipe_[1] = -1;
+    }
+    HeapText ReadWithLength(const char* length) {
+        if (length != nullptr) setenv("CONTENT_LENGTH", length, 1);
+        return ReadRequestBody(log);
+    }
+
+    RecordingLog log;
+
+private:
+    int saved_ = -1;
+    int pipe_[2] = {-1, -1};
+};
+
+}  // namespace
+
+TEST_F(BodyReaderTest, ReadsWhatIsAnnouncedAndNoMore) {
+    Send("hello world");
+    const HeapText body = ReadWithLength(" 5x");
+    ASSERT_TRUE(body);
+    EXPECT_STREQ(body.get(), "hello");
+    EXPECT_THAT(log.entries, ElementsAre("1 CONTENT_LENGTH= 5x", "1 Allocating memory buffer [size=6]",
+                                         "1 Reading request data in memory buffer", "1 Data [size=5] read",
+                                         "1 Complete request data read in memory buffer: [hello]"));
+    char rest[16] = {};
+    EXPECT_EQ(read(STDIN_FILENO, rest, sizeof rest), 6) << "the rest stays unread";
+}
+
+TEST_F(BodyReaderTest, RefusesLengthsThatPromiseNothing) {
+    EXPECT_FALSE(ReadWithLength(nullptr));
+    for (const char* length : {"", "abc", "0", "-5", "99999999999999999999"}) {
+        EXPECT_FALSE(ReadWithLength(length)) << length;
+    }
+    EXPECT_THAT(log.entries, ElementsAre("1 CONTENT_LENGTH=(NULL)",
+                                         "1 CONTENT_LENGTH=", "1 CONTENT_LENGTH=abc", "1 CONTENT_LENGTH=0",
+                                         "1 CONTENT_LENGTH=-5", "1 CONTENT_LENGTH=99999999999999999999"));
+}
+
+TEST_F(BodyReaderTest, ReportsABodyThatEndsTooSoon) {
+    Send("abc");
+    EndInput();
+    EXPECT_FALSE(ReadWithLength("10"));
+    ASSERT_EQ(log.entries.size(), 7u);
+    EXPECT_THAT(std::vector<std::string>(log.entries.begin() + 3, log.entries.end()),
+                ElementsAre("1 Data [size=3] read", "1 Data [size=0] read", "1 EOF reached",
+                            "1 Partial request data read in memory buffer: [abc]"));
+}

@@ -1,0 +1,195 @@
+#include "LockFile.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+#include <numeric>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+#include "CVException.h"
+#include "ChildProcess.h"
+#include "TempDir.h"
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+
+namespace {
+
+void TakeOnce(const std::string& path) {
+    const LockFile lock(path, {.attempts = 1, .pause = 0ms, .sleep = nullptr});
+}
+
+/// A process that holds the lock from construction until it is told to end.
+class Holder {
+public:
+    explicit Holder(const std::string& path) {
+        int ready[2];
+        if (pipe(ready) != 0) throw std::runtime_error("no pipe");
+        child_ = StartChild([&] {
+            const LockFile lock(path);
+            close(ready[1]);
+            for (;;) pause();
+        });
+        close(ready[1]);
+        char none;
+        while (read(ready[0], &none, 1) > 0) {
+        }
+        close(ready[0]);
+    }
+    ~Holder() { End(); }
+    void End() {
+        if (child_ == 0) return;
+        kill(child_, SIGKILL);
+        WaitForChild(child_);
+        child_ = 0;
+    }
+
+private:
+    pid_t child_ = 0;
+};
+
+}  // namespace
+
+TEST(LockFile, KeepsOtherProcessesOutUntilItEnds) {
+    TempDir dir;
+    const std::string path = dir / "soap_log.txt.lock";
+    {
+        const LockFile held(path);
+        EXPECT_EQ(InChildProcess([&] { TakeOnce(path); }), Child::Threw);
+    }
+    EXPECT_EQ(InChildProcess([&] { TakeOnce(path); }), Child::Finished) << "the lock outlived its object";
+    EXPECT_TRUE(fs::exists(path)) << "the lock file itself stays in place";
+}
+
+TEST(LockFile, KeepsOutThreadsThatSpellThePathOtherwise) {
+    TempDir dir;
+    const std::string path = dir / "a.lock";
+    fs::create_directory_symlink(dir.Path(), dir / "link");
+    const LockFile held(path);
+    for (const std::string& spelling : {path, dir / "./a.lock", dir / "link/a.lock"}) {
+        std::thread other([&] { EXPECT_THROW(TakeOnce(spelling), CVException) << spelling; });
+        other.join();
+        EXPECT_THROW(TakeOnce(spelling), CVException) << spelling;
+        EXPECT_FALSE(IsLockHopeless(spelling)) << spelling;
+    }
+    RemoveDeadLockFiles(dir.Path());
+    EXPECT_EQ(InChildProcess([&] { TakeOnce(path); }), Child::Threw) << "one of these dropped the lock";
+}
+
+TEST(LockFile, GivesUpWhenAllPausesAreOver) {
+    TempDir dir;
+    const Holder holder(dir / "a.lock");
+    std::vector<std::chrono::microseconds> waits;
+    const LockRetry minute = {
+        .attempts = 2000, .pause = 30ms, .sleep = [&](auto wait) { waits.push_back(wait); }};
+    try {
+        const LockFile lock(dir / "a.lock", minute);
+        FAIL() << "two processes hold one lock";
+    } catch (const CVException& failure) {
+        EXPECT_EQ(failure.GetMessage(), "LockFile Creation Failed");
+        EXPECT_EQ(failure.GetFile(), "LockFile");
+    }
+    EXPECT_EQ(std::accumulate(waits.begin(), waits.end(), 0us), 60s);
+    EXPECT_LT(waits.front(), 1ms);
+    EXPECT_LT(*std::max_element(waits.begin(), waits.end()), 3ms);
+}
+
+TEST(LockFile, TakesALockThatIsFreedWhileItWaits) {
+    TempDir dir;
+    Holder holder(dir / "a.lock");
+    int waits = 0;
+    const LockRetry retry = {.attempts = 1, .pause = 30ms, .sleep = [&](auto) {
+                                 if (++waits == 3) holder.End();
+                             }};
+    EXPECT_NO_THROW(LockFile(dir / "a.lock", retry));
+    EXPECT_EQ(waits, 3);
+}
+
+TEST(LockFile, FailsAtOnceWhereWaitingCannotHelp) {
+    TempDir dir;
+    dir.Write("file", "");
+    fs::create_directory(dir / "directory");
+    fs::create_symlink("loop", dir / "loop");
+    const LockRetry retry = {.sleep = [](auto) { ADD_FAILURE() << "waited"; }};
+    for (const char* name : {"missing/a.lock", "file/a.lock", "directory", "loop"}) {
+        EXPECT_THROW(LockFile(dir / name, retry), CVException) << name;
+        EXPECT_TRUE(IsLockHopeless(dir / name)) << name;
+    }
+    EXPECT_FALSE(IsLockHopeless(dir / "new.lock"));
+}
+
+TEST(LockFile, IsHopelessWithoutRights) {
+    if (geteuid() != 0) GTEST_SKIP() << "needs another user";
+    TempDir dir;
+    dir.Write("old.lock", "");
+    fs::permissions(dir.Path(), fs::perms(0755));
+    const auto asNobody = [&] {
+        if (setuid(65534) != 0 || !IsLockHopeless(dir / "new.lock") || !IsLockHopeless(dir / "old.lock"))
+            throw 1;
+        RemoveDeadLockFiles(dir.Path());
+    };
+    EXPECT_EQ(InChildProcess(asNobody), Child::Finished);
+    EXPECT_THAT(dir.Names(), testing::ElementsAre("old.lock"));
+}
+
+TEST(LockFile, LetsOtherUsersOfTheGroupIn) {
+    TempDir dir;
+    const mode_t mask = umask(077);
+    TakeOnce(dir / "a.lock");
+    umask(mask);
+    struct stat status = {};
+    stat((dir / "a.lock").c_str(), &status);
+    EXPECT_EQ(status.st_mode & 07777, 0664U);
+}
+
+TEST(LockFile, IsFreedWhenTheWaitIsEndedByAnException) {
+    TempDir dir;
+    {
+        const Holder holder(dir / "a.lock");
+        const LockRetry killed = {.sleep = [](auto) { throw 1; }};
+        EXPECT_THROW(LockFile(dir / "a.lock", killed), int);
+    }
+    EXPECT_NO_THROW(TakeOnce(dir / "a.lock"));
+}
+
+TEST(RemoveDeadLockFiles, LeavesLocksThatAreHeldAndAllElse) {
+    TempDir dir;
+    const Holder holder(dir / "held.lock");
+    const LockFile ours(dir / "ours.lock");
+    dir.Write("dead.lock", "");
+    dir.Write("a.lock.txt", "");
+    fs::create_directory(dir / "directory.lock");
+    fs::create_symlink("a.lock.txt", dir / "link.lock");
+    RemoveDeadLockFiles(dir.Path());
+    EXPECT_THAT(dir.Names(),
+                testing::ElementsAre("a.lock.txt", "directory.lock", "held.lock", "link.lock", "ours.lock"));
+    EXPECT_THROW(RemoveDeadLockFiles(dir / "missing"), CVioException);
+}
+
+// A lock on a file that another process has just deleted keeps out nobody: each loss of the count below is
+// two processes inside at once.
+TEST(RemoveDeadLockFiles, NeverLetsTwoProcessesIn) {
+    constexpr int kProcesses = 8;
+    constexpr int kRounds = 50;
+    TempDir dir;
+    const std::string counter = dir.Write("counter", "0");
+    const auto work = [&] {
+        for (int round = 0; round < kRounds; ++round) {
+            RemoveDeadLockFiles(dir.Path());
+            const LockFile lock(dir / "a.lock");
+            const int count = std::stoi(ReadFile(counter));
+            dir.Write("counter", std::to_string(count + 1));
+        }
+    };
+    std::vector<pid_t> children(kProcesses);
+    for (pid_t& child : children) child = StartChild(work);
+    for (const pid_t child : children) EXPECT_EQ(WaitForChild(child), Child::Finished);
+    EXPECT_EQ(ReadFile(counter), std::to_string(kProcesses * kRounds));
+}

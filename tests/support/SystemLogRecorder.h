@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+/// One entry as it would have reached the operating system's log.
+struct SystemLogEntry {
+    std::string identity;
+    int option;
+    int facility;
+    int priority;
+    std::string text;
+};
+
+/// The entries since the last call. A test program that links `system_log_recorder` writes none to the real
+/// log: openlog, syslog and closelog are replaced at link time.
+std::vector<SystemLogEntry> TakeSystemLog();

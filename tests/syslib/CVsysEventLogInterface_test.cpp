@@ -1,0 +1,228 @@
+#include "CVsysEventLogInterface.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "ChildProcess.h"
+#include "SystemLogRecorder.h"
+#include "TempDir.h"
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::MatchesRegex;
+
+namespace {
+
+// A site whose logging configuration is `ini`, in which "@" stands for the site's directory.
+class Site {
+public:
+    explicit Site(std::string ini) {
+        for (std::size_t at; (at = ini.find('@')) != std::string::npos;) ini.replace(at, 1, dir_.Path());
+        dir_.Write("config/cvlogs.ini", ini);
+        dir_.Write("file", "");
+        TakeSystemLog();
+    }
+    std::unique_ptr<CVsysEventLogInterface> Create(const std::string& module = "SOAP") const {
+        return CVsysEventLogInterface::Create(module, LogThreading::Single, dir_ / "config");
+    }
+    std::string Read(const std::string& name) const { return ReadFile(dir_ / name); }
+
+private:
+    TempDir dir_;
+};
+
+const std::string kTracing = "[SOAP]\nlevel=trace\nfilePath=@/soap_log.txt\nautoAppend=1\n";
+
+std::string TextThrownBy(const std::function<void()>& call) {
+    try {
+        call();
+        return "nothing thrown";
+    } catch (const char* text) {
+        return text;
+    }
+}
+
+std::vector<std::string> SystemLogTexts() {
+    std::vector<std::string> texts;
+    for (const auto& entry : TakeSystemLog()) texts.push_back(entry.text);
+    return texts;
+}
+
+}  // namespace
+
+TEST(CVsysEventLogInterface, WritesWhatItsLevelAsksFor) {
+    const Site site("[SOAP]\nlevel=warn\nfilePath=@/soap_log.txt\nautoAppend=1\n");
+    const auto log = site.Create();
+    ASSERT_TRUE(log && log->IsReady());
+    EXPECT_EQ(log->Trace("Send", "t"), 0);
+    EXPECT_EQ(log->Info(nullptr, "i"), 0);
+    EXPECT_EQ(log->LogByCode(19, nullptr, "information"), 0);
+    EXPECT_EQ(site.Read("soap_log.txt"), "");
+    EXPECT_EQ(log->Warn("Send", "id=%d", 7), 1);
+    EXPECT_EQ(log->LogByCode(17, "", "code"), 1);
+    log->SetThreshold(EventLevel::Critical);
+    EXPECT_EQ(log->Error(nullptr, "e"), 0);
+    EXPECT_EQ(log->Fatal(nullptr, "f"), 1);
+    log->SetThreshold(EventLevel::None);
+    EXPECT_EQ(log->Fatal(nullptr, "silent"), 0);
+    EXPECT_THAT(
+        site.Read("soap_log.txt"),
+        MatchesRegex(
+            "[^[]+ SOAP \\[WARN\\] Send id=7\n[^[]+ SOAP \\[ERROR\\] code\n[^[]+ SOAP \\[FATAL\\] f\n"));
+}
+
+TEST(CVsysEventLogInterface, TellsTheCallersErrorAndLeavesItInPlace) {
+    const Site site(kTracing);
+    const auto log = site.Create();
+    errno = ENOENT;
+    EXPECT_EQ(log->ErrorSystem("Open", "%s", "x"), 1);
+    EXPECT_EQ(errno, ENOENT);
+    EXPECT_EQ(log->Trace(nullptr, "%s", "y"), 1);
+    EXPECT_EQ(errno, ENOENT) << "writing an entry changes nothing for its caller";
+    EXPECT_THAT(site.Read("soap_log.txt"),
+                HasSubstr("[ERROR] Open x [System Library Error] " + std::string(strerror(ENOENT)) + "\n"));
+}
+
+TEST(CVsysEventLogInterface, CutsLongMessagesBeforeItAddsTheThreadId) {
+    const Site site(kTracing);
+    const auto log = site.Create();
+    log->SetThreadIdShown(true);
+    EXPECT_EQ(log->Trace(nullptr, "%s\n", std::string(70000, 'b').c_str()), 1);
+    EXPECT_THAT(site.Read("soap_log.txt"), testing::EndsWith("[TRACE] [TID:" + std::to_string(gettid()) +
+                                                             "] " + std::string(2047, 'b') + "\n"));
+}
+
+TEST(CVsysEventLogInterface, AddsItsSectionAndWritesToTheDefaultDirectory) {
+    EXPECT_EQ(
+        InChildProcess([] {  // the default directory holds for the whole process
+            const TempDir dir;
+            CVsysEventLogInterface::SetDefaultLogDirectory(dir.Path());
+            const auto log =
+                CVsysEventLogInterface::Create("Email Gateway", LogThreading::Single, dir.Path());
+            if (!log || log->Info(nullptr, "up") != 1) throw 0;
+            if (ReadFile(dir / "email_gateway_log.txt").empty()) throw 0;
+            if (ReadFile(dir / "cvlogs.ini").find("[Email Gateway]\nwriter=file\n") == std::string::npos)
+                throw 0;
+        }),
+        Child::Finished);
+}
+
+TEST(CVsysEventLogInterface, IsFoundByItsExactNameUntilItIsGone) {
+    const Site site("[SOAP]\nfilePath=@/a\n[CLI]\nfilePath=@/b\n");
+    auto soap = site.Create("SOAP");
+    const auto cli = site.Create("CLI");
+    EXPECT_EQ(CVsysEventLogInterface::GetInstance(), soap.get()) << "the first one is the default";
+    EXPECT_EQ(CVsysEventLogInterface::GetInstance("CLI"), cli.get());
+    EXPECT_EQ(TextThrownBy([] { CVsysEventLogInterface::GetInstance("soap"); }),
+              "CVsysEventLogInterface object for module [soap] is called before creation.");
+    EXPECT_EQ(TextThrownBy([] { CVsysEventLogInterface::GetInstance("soap", 12, "CVsoap"); }),
+              "CVsysEventLogInterface object for module [soap] is called before creation @ line [12] in file "
+              "[CVsoap].");
+
+    soap.reset();
+    EXPECT_EQ(TextThrownBy([] { CVsysEventLogInterface::GetInstance("SOAP", -1, "CVsoap"); }),
+              "CVsysEventLogInterface object for module [SOAP] is called before creation.");
+    EXPECT_EQ(TextThrownBy([] { CVsysEventLogInterface::GetInstance(); }),
+              "CVsysEventLogInterface object is called before creation.");
+    soap = site.Create("SOAP");
+    EXPECT_EQ(CVsysEventLogInterface::GetInstance("SOAP"), soap.get());
+    EXPECT_EQ(CVsysEventLogInterface::GetInstance(), soap.get());
+}
+
+TEST(CVsysEventLogInterface, TellsTheSystemLogOfAUseBeforeCreation) {
+    TakeSystemLog();
+    TextThrownBy([] { CVsysEventLogInterface::GetInstance("100%s", 3, "main"); });
+    TextThrownBy([] { CVsysEventLogInterface::GetInstance(3, "main"); });
+    const auto entries = TakeSystemLog();
+    ASSERT_EQ(entries.size(), 2U);
+    EXPECT_EQ(entries[0].identity, "100%s");
+    EXPECT_THAT(entries[0].text,
+                testing::EndsWith("CVsysEventLogInterface::GetInstance(): CVsysEventLogInterface object "
+                                  "for module [100%s] is called before creation @ line [3] in file "
+                                  "[main]."));
+    EXPECT_EQ(entries[1].identity, program_invocation_short_name);
+}
+
+TEST(CVsysEventLogInterface, TellsWhyThereIsNoUsableLog) {
+    enum class Result { None, NotReady };
+    const struct {
+        const char* ini;
+        Result result;
+        const char* text;
+    } cases[] = {
+        {"[SOAP]\nfilePath=@/missing/l\n", Result::NotReady,
+         "Log writer initialization failed. Check cvlogs.ini"},
+        {"[SOAP]\nfilePath=@/file/l\n", Result::NotReady,
+         "Log writer initialization failed. Check cvlogs.ini"},
+        {"[SOAP]\nwriter=tape\n", Result::None, "Error occurred while creating log writer."},
+        {"[SOAP]\nwriter=common\n[common]\nwriter=Common\n", Result::None,
+         "Error occurred while creating log writer."},
+    };
+    for (const auto& c : cases) {
+        const Site site(c.ini);
+        const auto log = site.Create();
+        EXPECT_EQ(log == nullptr, c.result == Result::None) << c.ini;
+        EXPECT_FALSE(log && (log->IsReady() || log->Fatal(nullptr, "lost") == 1)) << c.ini;
+        EXPECT_THAT(
+            SystemLogTexts(),
+            testing::Contains("SOAP-ERROR CVsysEventLogInterface::loadWriterConfig: " + std::string(c.text)));
+    }
+}
+
+TEST(CVsysEventLogInterface, TellsThatTheConfigurationCannotBeRead) {
+    const TempDir dir;
+    dir.Write("cvlogs.ini/entry", "");
+    TakeSystemLog();
+    EXPECT_EQ(CVsysEventLogInterface::Create("SOAP", LogThreading::Single, dir.Path()), nullptr);
+    EXPECT_THAT(SystemLogTexts(), ElementsAre("SOAP-ERROR CVsysEventLogInterface::loadWriterConfig: "
+                                              "Unable to load/read config/cvlogs.ini file."));
+}
+
+TEST(CVsysEventLogInterface, SharesTheCommonWriterBetweenModulesThatKeepTheirLevels) {
+    EXPECT_EQ(
+        InChildProcess([] {  // the shared writer lives as long as its process
+            const Site site(
+                "[SOAP]\nwriter=common\nlevel=error\n[CLI]\nwriter=COMMON\n"
+                "[common]\nfilePath=@/common_logs.txt\nautoAppend=1\nlevel=fatal\n");
+            const auto soap = site.Create("SOAP");
+            const auto cli = site.Create("CLI");
+            if (soap->Info(nullptr, "hidden") != 0 || soap->Error(nullptr, "one") != 1) throw 0;
+            soap->Stop();
+            if (cli->Info(nullptr, "two") != 1) throw 0;
+            const std::string file = site.Read("common_logs.txt");
+            if (!testing::Value(file, MatchesRegex("[^[]+ SOAP \\[ERROR\\] one\n[^[]+ CLI \\[INFO\\] two\n")))
+                throw 0;
+        }),
+        Child::Finished);
+}
+
+TEST(CVsysEventLogInterface, WritesToStandardErrorForQtdebug) {
+    const Site site("[SOAP]\nwriter=qtdebug\n");
+    const auto log = site.Create();
+    ASSERT_TRUE(log->IsReady());
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(log->Info("Send", "one"), 1);
+    EXPECT_EQ(log->Info("Send", "two\n"), 1);
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                MatchesRegex("[^[]+ SOAP \\[INFO\\] Send one\n[^[]+ SOAP \\[INFO\\] Send two\n"));
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "") << "that is the answer to the client";
+}
+
+TEST(CVsysEventLogInterface, WritesNothingOnceStoppedButStaysFound) {
+    const Site site(kTracing);
+    const auto log = site.Create();
+    EXPECT_EQ(log->Info(nullptr, "one"), 1);
+    log->Stop();
+    EXPECT_EQ(log->Info(nullptr, "two"), 0);
+    log->SetEnabled(true);
+    EXPECT_EQ(log->Info(nullptr, "three"), 0);
+    EXPECT_FALSE(log->Start()) << "a stopped log is not restarted";
+    EXPECT_EQ(CVsysEventLogInterface::GetInstance("SOAP"), log.get());
+    EXPECT_THAT(site.Read("soap_log.txt"), MatchesRegex("[^\n]+one\n"));
+}

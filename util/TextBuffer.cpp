@@ -1,0 +1,75 @@
+#include "TextBuffer.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+constexpr int kDoubleFrom = 4096;  ///< most values are short: those take no more than they need
+constexpr int kSpare = 100;        ///< room added with every growth, for the chunks that follow
+
+}  // namespace
+
+void TextBuffer::Free::operator()(char* bytes) const {
+    std::free(bytes);
+}
+
+bool TextBuffer::Initialise(int capacity) {
+    Release();
+    return capacity < 1 || Grow(capacity);
+}
+
+bool TextBuffer::Append(const char* bytes, int count) {
+    if (bytes == nullptr || count < 1) return false;
+    if (!data_) {
+        if (!Grow(static_cast<long long>(count) + kSpare)) return false;
+    } else if (static_cast<long long>(length_) + count + 2 > capacity_) {
+        if (!Grow(static_cast<long long>(length_) + count + kSpare)) return false;
+    }
+    // Concatenation starts at the first zero byte, not at the length: after a chunk with a zero byte they
+    // differ.
+    const int copied = static_cast<int>(strnlen(bytes, static_cast<std::size_t>(count)));
+    std::memcpy(data_.get() + textEnd_, bytes, static_cast<std::size_t>(copied));
+    textEnd_ += copied;
+    data_.get()[textEnd_] = '\0';
+    length_ += count;
+    data_.get()[length_] = '\0';
+    return true;
+}
+
+bool TextBuffer::Append(const char* text) {
+    if (text == nullptr) return false;
+    const std::size_t length = std::strlen(text);
+    return length <= static_cast<std::size_t>(INT_MAX) && Append(text, static_cast<int>(length));
+}
+
+void TextBuffer::Clear() {
+    length_ = 0;
+    textEnd_ = 0;
+    if (data_) *data_ = '\0';
+}
+
+void TextBuffer::Release() {
+    data_.reset();
+    reserved_ = capacity_ = length_ = textEnd_ = 0;
+}
+
+bool TextBuffer::Grow(long long capacity) {
+    if (capacity > limit_ || !Reserve(static_cast<int>(capacity))) return false;
+    std::memset(data_.get() + capacity_, 0, static_cast<std::size_t>(capacity - capacity_));
+    capacity_ = static_cast<int>(capacity);
+    return true;
+}
+
+bool TextBuffer::Reserve(int capacity) {
+    if (capacity <= reserved_) return true;
+    const int doubled = reserved_ > limit_ / 2 ? limit_ : reserved_ * 2;
+    const int size = reserved_ < kDoubleFrom ? capacity : std::max(capacity, doubled);
+    char* grown = static_cast<char*>(std::realloc(data_.get(), static_cast<std::size_t>(size)));
+    if (grown == nullptr) return false;
+    data_.release();
+    data_.reset(grown);
+    reserved_ = size;
+    return true;
+}

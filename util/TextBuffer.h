@@ -1,0 +1,57 @@
+#pragma once
+
+#include <climits>
+#include <memory>
+#include <string_view>
+
+/// The growable byte string that holds every captured request value and the server's reply.
+///
+/// Always ends in a zero byte once it has storage; readers take it as a zero-terminated text. A zero byte
+/// inside an appended chunk ends the copy while the length still grows by the whole chunk, so the text then
+/// reads as ending there and later chunks start where it ended. Sizes are signed 32-bit; growth past that
+/// range is refused.
+class TextBuffer {
+public:
+    TextBuffer() = default;
+    /// Holds `text`.
+    explicit TextBuffer(std::string_view text) { Append(text.data(), static_cast<int>(text.size())); }
+
+    TextBuffer(TextBuffer&&) = default;
+    TextBuffer& operator=(TextBuffer&&) = default;
+
+    /// Refuses to grow beyond `capacity` bytes from now on: a chunk that would need more is dropped whole.
+    void LimitTo(int capacity) { limit_ = capacity; }
+    /// Makes zeroed room of `capacity` bytes; below 1 the buffer stays without storage. False when there is
+    /// no memory.
+    bool Initialise(int capacity);
+    /// Appends `count` bytes; false when `bytes` is null, `count` is below 1, or there is no memory.
+    bool Append(const char* bytes, int count);
+    /// Appends a zero-terminated text; false for a null one.
+    bool Append(const char* text);
+    /// Sets the length to 0 and keeps the storage.
+    void Clear();
+    void Release();
+
+    /// Null while there is no storage.
+    const char* data() const { return data_.get(); }
+    int capacity() const { return capacity_; }
+    int length() const { return length_; }
+
+    /// The text up to its first zero byte; empty without storage.
+    std::string_view Text() const { return data_ ? std::string_view(data_.get()) : std::string_view(); }
+
+private:
+    bool Grow(long long capacity);
+    bool Reserve(int capacity);
+
+    struct Free {
+        void operator()(char* bytes) const;
+    };
+    std::unique_ptr<char, Free> data_;
+    int limit_ = INT_MAX;
+    int reserved_ =
+        0;  ///< bytes behind data_, at least capacity_: grows by doubling, so many small chunks stay cheap
+    int capacity_ = 0;
+    int length_ = 0;
+    int textEnd_ = 0;  ///< where the next chunk lands: the first zero byte
+};
