@@ -5,4 +5,5 @@
 char g_szCommand[256];
 int g_nMethodCode = kNoMethod;
 char m_szHostName[256];
+char m_szPath[1024];
 StartArguments gArguments;

@@ -15,6 +15,9 @@ extern int g_nMethodCode;
 /// This machine's name, for the fault actor. Written by the program entry.
 extern char m_szHostName[256];
 
+/// The full path of the program's log file. Written by the program entry.
+extern char m_szPath[1024];
+
 /// What the program was started with: the directory of its logs and the server addresses of the request.
 struct StartArguments {
     char logDirectory[256];

@@ -1,6 +1,5 @@
 #include "TextBuffer.h"
 
-#include <climits>
 #include <cstdlib>
 #include <cstring>
 
@@ -40,7 +39,7 @@ bool TextBuffer::Append(const char* bytes, int count) {
 bool TextBuffer::Append(const char* text) {
     if (text == nullptr) return false;
     const std::size_t length = std::strlen(text);
-    return length <= INT_MAX && Append(text, static_cast<int>(length));
+    return length <= static_cast<std::size_t>(INT_MAX) && Append(text, static_cast<int>(length));
 }
 
 void TextBuffer::Clear() {
@@ -55,7 +54,7 @@ void TextBuffer::Release() {
 }
 
 bool TextBuffer::Grow(long long capacity) {
-    if (capacity > INT_MAX) return false;
+    if (capacity > limit_) return false;
     char* grown = static_cast<char*>(std::realloc(data_.get(), static_cast<std::size_t>(capacity)));
     if (grown == nullptr) return false;
     data_.release();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <climits>
 #include <memory>
 #include <string_view>
 
@@ -18,6 +19,8 @@ public:
     TextBuffer(TextBuffer&&) = default;
     TextBuffer& operator=(TextBuffer&&) = default;
 
+    /// Refuses to grow beyond `capacity` bytes from now on: a chunk that would need more is dropped whole.
+    void LimitTo(int capacity) { limit_ = capacity; }
     /// Makes zeroed room of `capacity` bytes; below 1 the buffer stays without storage. False when there is
     /// no memory.
     bool Initialise(int capacity);
@@ -44,6 +47,7 @@ private:
         void operator()(char* bytes) const;
     };
     std::unique_ptr<char, Free> data_;
+    int limit_ = INT_MAX;
     int capacity_ = 0;
     int length_ = 0;
     int textEnd_ = 0;  ///< where the next chunk lands: the first zero byte

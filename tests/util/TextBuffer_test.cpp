@@ -36,6 +36,15 @@ TEST(TextBuffer, RefusesNothing) {
     EXPECT_EQ(buffer.Text(), "");
 }
 
+TEST(TextBuffer, DropsAChunkBeyondItsLimitAndStaysUsable) {
+    TextBuffer buffer;
+    buffer.LimitTo(200);
+    ASSERT_TRUE(buffer.Append("abc"));
+    EXPECT_FALSE(buffer.Append(std::string(300, 'x').c_str(), 300));
+    EXPECT_TRUE(buffer.Append("d"));
+    EXPECT_EQ(buffer.Text(), "abcd");
+}
+
 TEST(TextBuffer, InitialisesZeroedRoom) {
     TextBuffer buffer;
     EXPECT_TRUE(buffer.Initialise(0));

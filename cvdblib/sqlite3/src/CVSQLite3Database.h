@@ -1,0 +1,160 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+class CVSQLite3ResultSet;
+struct sqlite3;
+struct sqlite3_context;
+struct sqlite3_value;
+
+/// A table's name and its column list, both as they go into CREATE TABLE.
+struct TableDescription {
+    std::string name;
+    std::string columns;
+};
+
+/// How long a transaction statement is repeated while the database is busy. SQLite waits up to 60 s within
+/// each attempt; the attempts come on top of that.
+struct TransactionRetry {
+    bool retry = false;
+    int attempts = 1;
+    std::chrono::milliseconds wait{0};
+};
+inline constexpr TransactionRetry kTryOnce{};
+inline constexpr TransactionRetry kTryForMinutes{true, 4000, std::chrono::milliseconds(30)};
+
+enum class TransactionKind { Immediate, Exclusive };
+
+/// One connection to one database file, and the program's only door to SQLite.
+///
+/// Serves one thread. Operations on a connection that is not open, or for statements not ready, answer false
+/// without touching SQLite; a statement that SQLite refuses throws CVDBexception. Each public operation
+/// forgets the last error first; one that fails leaves SQLite's code and text as the last error, also where
+/// it reopened the database afterwards. SQL text is taken as it is: double the quotes of what comes from
+/// outside with DoubleQuotes.
+///
+/// A hopeless path costs 25 s in the constructor and in Open, see DatabaseFile.h.
+class CVSQLite3Database {
+public:
+    using Sleep = std::function<void(std::chrono::milliseconds)>;
+    using SqlFunction = void (*)(sqlite3_context*, int, sqlite3_value**);
+
+    /// Opens (creating the file) and initialises. Throws "Unable to open DB [..]" or "Unable to initialize
+    /// DB.". `sleep` is used between retries; it is there for tests.
+    explicit CVSQLite3Database(std::string path, Sleep sleep = {});
+    /// The same, and creates the table when it is missing; throws "Unable to set DB schema." besides. Of many
+    /// processes that find it missing one creates it, and none empties it again.
+    CVSQLite3Database(std::string path, const TableDescription& table, Sleep sleep = {});
+    /// Closes without waiting; a transaction in progress is rolled back.
+    ~CVSQLite3Database() = default;
+
+    CVSQLite3Database(const CVSQLite3Database&) = delete;
+    CVSQLite3Database& operator=(const CVSQLite3Database&) = delete;
+
+    bool Open(bool exclusiveUse);
+    /// Waits up to 25 s for a PreparedStatement that is still alive.
+    bool Close();
+    /// Makes statements possible. Unless forced, only when the file can be read as a database; one that is
+    /// locked at the moment passes.
+    bool Initialize(bool force);
+    /// Loses a transaction in progress, and what was set on the connection (functions, the synchronous mode).
+    /// Throws CVDBexception.
+    void Reopen();
+
+    bool IsOpen();
+    bool IsReady();
+    bool IsAutoCommit();
+    bool IsExclusiveUse() const { return exclusiveUse_; }
+
+    /// Makes `function` known to SQL; `encoding` is one of SQLite's text encodings. The function must not
+    /// throw.
+    bool CreateFunction(const std::string& name, SqlFunction function, int argumentCount, int encoding);
+
+    bool ExecuteUpdateQuery(const std::string& sql);
+    /// `lastRowId` is the connection's last inserted row, 0 when that is negative. The result's affected rows
+    /// are those of the last statement that could change any: stale after a CREATE, say.
+    bool ExecuteUpdateQuery(const std::string& sql, CVSQLite3ResultSet& result, std::int64_t& lastRowId);
+    /// For statements that also return rows, such as a PRAGMA: counts them.
+    bool ExecuteUpdateQuery(const std::string& sql, int& returnedRows, int& affectedRows);
+    static int ExecuteUpdateQueryCallback(void* counter, int columnCount, char** values,
+                                          char** names) noexcept;
+    bool ExecuteSelectQuery(const std::string& sql, CVSQLite3ResultSet& result);
+
+    /// Compares the name with its case, unlike SQL itself.
+    bool TableExists(const std::string& name);
+    /// Drops the table, with its rows, and creates it anew.
+    bool SetSchema(const TableDescription& table);
+    bool SetSynchronous(int level);
+
+    // The name goes into the statement as it is: an identifier or nothing. A failure reopens the database, so
+    // that no transaction is in progress after it.
+    bool BeginImmediateTransaction(const std::string& name, const TransactionRetry& retry);
+    bool BeginExclusiveTransaction(const std::string& name, const TransactionRetry& retry);
+    bool CommitTransaction(const std::string& name, const TransactionRetry& retry);
+    bool RollbackTransaction(const std::string& name, const TransactionRetry& retry);
+
+    /// Runs `body` inside a transaction: commits when it answers true, rolls back when it answers false or
+    /// throws. True once committed.
+    bool InTransaction(TransactionKind kind, const TransactionRetry& retry,
+                       const std::function<bool()>& body);
+    /// May take minutes on a busy database.
+    bool ExecuteUpdateInTransaction(const std::string& sql, CVSQLite3ResultSet& result,
+                                    std::int64_t& lastRowId);
+    bool ExecuteSelectInTransaction(const std::string& sql, CVSQLite3ResultSet& result);
+
+    bool SimpleBegin();
+    bool SimpleCommit();
+
+    int GetLastErrorCode() const { return lastError_.code; }
+    const std::string& GetLastErrorMessage() const { return lastError_.text; }
+
+    /// For a text that stands between single quotes in SQL.
+    static std::string DoubleQuotes(std::string_view text);
+    /// Turns each single quote of a zero-terminated buffer into a double quote.
+    static void ReplaceQuotes(char* buffer);
+
+private:
+    friend class PreparedStatement;
+
+    enum class Statement { BeginImmediate, BeginExclusive, Commit, Rollback };
+    struct LastError {
+        int code = 0;
+        std::string text;
+    };
+    struct CloseConnection {
+        void operator()(sqlite3* connection) const noexcept;
+    };
+
+    [[noreturn]] void Fail(int line, std::string message) const;
+    void ClearError() { lastError_ = {}; }
+    void NoteError(int code);
+    bool CanRunStatements() const { return handle_ != nullptr && ready_; }
+
+    bool RetryWhileBusy(int (CVSQLite3Database::*attempt)());
+    int TryOpen();
+    int TryClose();
+    bool Probe();
+
+    void Update(int line, const std::string& sql, int* returnedRows);
+    bool GetTable(const std::string& sql, CVSQLite3ResultSet& result);
+    bool CreateMissing(const TableDescription& table);
+
+    static bool Begins(Statement statement);
+    bool RunTransactionStatement(Statement statement, const std::string& name, const TransactionRetry& retry);
+    bool RepeatWhileBusy(Statement statement, const std::string& sql, const TransactionRetry& retry);
+    void ReopenAfter(LastError error);
+    void RollBackKeepingError(const TransactionRetry& retry);
+
+    std::string path_;
+    Sleep sleep_;
+    std::unique_ptr<sqlite3, CloseConnection> handle_;  // null while closed
+    bool ready_ = false;
+    bool inTransaction_ = false;
+    bool exclusiveUse_ = false;
+    LastError lastError_;
+};

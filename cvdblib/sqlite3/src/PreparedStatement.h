@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+class CVSQLite3Database;
+struct sqlite3_stmt;
+
+/// An SQL statement whose values are bound to its "?" by position, counted from 1; no text of a value can
+/// change what the statement does.
+///
+/// Must end before its database is closed. Failures throw CVDBexception with SQLite's text.
+class PreparedStatement {
+public:
+    PreparedStatement(CVSQLite3Database& database, const std::string& sql);
+    ~PreparedStatement() = default;
+
+    PreparedStatement(const PreparedStatement&) = delete;
+    PreparedStatement& operator=(const PreparedStatement&) = delete;
+
+    /// The text is copied, up to its first zero byte.
+    PreparedStatement& BindText(int position, const std::string& text);
+    PreparedStatement& BindInt(int position, int value);
+    PreparedStatement& BindInt64(int position, std::int64_t value);
+
+    /// Once, to the end of a statement that returns no rows.
+    void Run();
+
+private:
+    struct Finalize {
+        void operator()(sqlite3_stmt* statement) const noexcept;
+    };
+
+    void Check(bool succeeded, int code, int line, const char* step);
+
+    CVSQLite3Database& database_;
+    std::string sql_;
+    std::unique_ptr<sqlite3_stmt, Finalize> statement_;
+};

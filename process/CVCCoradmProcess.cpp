@@ -1,0 +1,31 @@
+#include "CVCCoradmProcess.h"
+
+#include <algorithm>
+
+void CVCCoradmProcess::PrepareCommand(std::size_t member) {
+    command_ = BuildAdministrationCommand(request_, member);
+}
+
+void CVCCoradmProcess::FinishCommand() {
+    command_ = {};
+}
+
+int CVCCoradmProcess::SendCommand(std::size_t member) {
+    const AdministrationParameters& parameters = *request_.parameters;
+    PrepareCommand(member);
+    const int result = Send(command_, parameters.url, failoverUrl_.empty() ? parameters.url2 : failoverUrl_);
+    FinishCommand();
+    return result;
+}
+
+void CVCCoradmProcess::RunAdministration() {
+    const AdministrationParameters& parameters = *request_.parameters;
+    if (parameters.allMembers == 1 || !IsMembershipWord(parameters.command)) {
+        SendCommand(0);
+        return;
+    }
+    const std::size_t count = std::min(parameters.memberNames.size(), kMaxMembers);
+    for (std::size_t i = 0; i < count && !parameters.memberNames[i].empty(); ++i) {
+        if (SendCommand(i) != 0) return;
+    }
+}

@@ -1,0 +1,83 @@
+#include "CVCProcess.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+#include "BoundedText.h"
+#include "CVLogInterface.h"
+#include "CVMessageManager.h"
+#include "FormatExpansion.h"
+#include "HttpPoster.h"
+#include "SpoolDirectories.h"
+
+namespace {
+
+constexpr std::size_t kOutputSize = 100UL << 20;  ///< no reply is cut in practice
+constexpr std::size_t kReportSize = 2048;
+constexpr char kTransportFailure[] = "2012";
+constexpr int kNoReplyMessage = 55001;  ///< the catalogue's text for a post that brought back no text at all
+
+struct FreeArea {
+    void operator()(char* area) const { std::free(area); }
+};
+
+/// Zeroed pages that cost nothing until the reply touches them.
+std::unique_ptr<char, FreeArea> OutputArea() {
+    return std::unique_ptr<char, FreeArea>(static_cast<char*>(std::calloc(kOutputSize, 1)));
+}
+
+/// The catalogue in the configuration directory if there is one, else the one in the fixed directory.
+std::string CatalogueText(int id) {
+    CVMessageManager::PreferDirectory(g_strConfigDir);
+    return CVMessageManager::GetMessage(id);
+}
+
+}  // namespace
+
+void CVCProcess::SetEventLog(CVLogInterface* log) {
+    log_ = log;
+}
+
+void CVCProcess::SetCaFilePath(const char* path) {
+    caFilePath_ = path == nullptr ? "" : path;
+}
+
+void CVCProcess::PrepareCommand(std::size_t) {}
+
+void CVCProcess::FinishCommand() {}
+
+int CVCProcess::Send(CommandParameters& command, const std::string& url, const std::string& url2,
+                     std::string* outputCopy) {
+    const auto area = OutputArea();
+    const int result = area ? PostCommand(area.get(), kOutputSize, command, url, url2, caFilePath_) : -1;
+    const char* output = area ? area.get() : "";
+    if (result != 0) {
+        ReportFailure(output);
+    } else if (log_ != nullptr) {
+        log_->Info(nullptr, "%s\n", output);
+    }
+    if (outputCopy != nullptr) *outputCopy = output;
+    ShowReply(output);
+    return result;
+}
+
+void CVCProcess::ReportFailure(const char* output) {
+    if (log_ != nullptr) log_->Error(nullptr, "Send process aborted.\n");
+    // Operators know these texts as printed with the output itself as the format, so "%%" stands for "%".
+    const std::string text = *output != '\0' ? output : CatalogueText(kNoReplyMessage);
+    const std::string expanded = ExpandWithoutArguments(text, kReportSize - 1);
+    if (!text.empty()) ReportError(kTransportFailure, "%s", expanded.c_str());
+}
+
+void CVCProcess::ReportError(const char* code, const char* format, ...) {
+    if (format == nullptr || *format == '\0') return;
+    char text[kReportSize] = {};
+    va_list arguments;
+    va_start(arguments, format);
+    const int wanted = std::vsnprintf(text, sizeof text, format, arguments);
+    va_end(arguments);
+    const bool isCut = wanted >= static_cast<int>(sizeof text);
+    ShowResult(isCut ? WithoutIncompleteEnd(text) : std::string_view(text), code);
+}

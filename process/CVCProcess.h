@@ -1,0 +1,44 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "CommandParameters.h"
+
+class CVLogInterface;
+
+/// Common base of the objects that turn a translated request into a server command, send it and show the
+/// outcome.
+///
+/// Not thread-safe. The event log is borrowed and must outlive the object; null means no logging.
+class CVCProcess {
+public:
+    virtual void SetEventLog(CVLogInterface* log);
+    /// The certificate bundle for HTTPS; null or empty means the poster's default.
+    virtual void SetCaFilePath(const char* path);
+    /// Hook: builds the command for one member of the request before it is sent. Nothing here.
+    virtual void PrepareCommand(std::size_t member);
+    /// Hook: releases the command that was sent. Nothing here.
+    virtual void FinishCommand();
+    /// Posts the command to `url`, or to `url2` when that fails, and shows the reply. A failure is reported
+    /// first, as code "2012". Gives the poster's result and, when asked, a copy of the output: the reply,
+    /// followed by the transport's error text after a failure.
+    virtual int Send(CommandParameters& command, const std::string& url, const std::string& url2,
+                     std::string* outputCopy = nullptr);
+    /// Shows the formatted text (at most 2047 bytes) under `code`; nothing for a null or empty format.
+    [[gnu::format(printf, 3, 4)]] virtual void ReportError(const char* code, const char* format, ...);
+    virtual ~CVCProcess() = default;
+    virtual void ShowResult(std::string_view text, std::string_view code) = 0;
+    virtual void ShowReply(std::string_view text) = 0;
+
+protected:
+    CVCProcess() = default;
+    CVCProcess(const CVCProcess&) = delete;
+    CVCProcess& operator=(const CVCProcess&) = delete;
+
+private:
+    void ReportFailure(const char* output);
+
+    std::string caFilePath_;
+    CVLogInterface* log_ = nullptr;
+};

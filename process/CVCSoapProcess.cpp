@@ -1,0 +1,28 @@
+#include "CVCSoapProcess.h"
+
+#include "AnswerWriter.h"
+
+CVCSoapProcess soapProcess(&gMsgParameters,
+                           {&gParameters, &g_tAdminInfo, &g_tDept, &g_tUser, &g_tUserGroup, &g_tSchd});
+
+void CVCSoapProcess::Run(RunMode mode) {
+    mode_ = mode;
+    if (mode == RunMode::Messaging) {
+        RunMessaging();
+    } else {
+        RunAdministration();
+    }
+}
+
+void CVCSoapProcess::ShowResult(std::string_view text, std::string_view code) {
+    if (mode_ == RunMode::Messaging) {
+        resultLine_ = FormatResultLine(text, code);
+    } else {
+        WriteFault(std::string(code) + " " + std::string(text));
+    }
+}
+
+void CVCSoapProcess::ShowReply(std::string_view text) {
+    if (mode_ == RunMode::Messaging) resultText_ = text;
+    WriteResponse(text);
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "CVCCommandProcess.h"
+#include "CVCCoradmProcess.h"
+
+/// What a run is for; one byte, as programs that read it know.
+enum class RunMode : unsigned char { Administration = 0, Messaging = 1 };
+
+/// Runs a request's command and routes every outcome to the SOAP answer.
+///
+/// A reply becomes the response. A failed send becomes a fault in an administration run; in a messaging run
+/// it becomes a response that carries the transport's error text, and the "2012" result line is only kept.
+class CVCSoapProcess : public CVCCommandProcess, public CVCCoradmProcess {
+public:
+    CVCSoapProcess(const MessagingParameters* message, const AdministrationRequest& administration)
+        : CVCCommandProcess(message), CVCCoradmProcess(administration) {}
+
+    void Run(RunMode mode);
+    /// The last reply of a messaging run; empty before any run.
+    const std::string& ResultText() const { return resultText_; }
+    /// The last result line of a messaging run; empty when nothing failed.
+    const std::string& ResultLine() const { return resultLine_; }
+
+    void ShowResult(std::string_view text, std::string_view code) override;
+    void ShowReply(std::string_view text) override;
+
+private:
+    RunMode mode_ = RunMode::Administration;
+    std::string resultText_;
+    std::string resultLine_;
+};
+
+/// The only process object of a run. Constructed from the addresses of the records alone, so it may stand
+/// before them; request translation runs it.
+extern CVCSoapProcess soapProcess;

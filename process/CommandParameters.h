@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// One command of the server's command interface: its lines "name=value" in the order in which they are
+/// posted, and the file to attach, if any. The builders below never fail: a line that lacks what it needs is
+/// left out.
+struct CommandParameters {
+    static constexpr std::size_t kMaxLines = 1024;
+
+    std::vector<std::string> lines;  ///< an empty one stands for none and is not posted
+    std::string attachment;          ///< a file path; non-empty makes the post a multipart form
+
+    /// Adds name=value when both are non-empty and there is room.
+    void AddParameter(std::string_view name, std::string_view value);
+    /// Sets the line at `index`, which must be below kMaxLines; the lines' order and count are otherwise
+    /// kept.
+    void SetParameter(std::size_t index, std::string_view name, std::string_view value);
+    /// Adds both lines when the first is complete and the second has a name; the second's value may be empty.
+    void AddParameterPair(std::string_view name1, std::string_view value1, std::string_view name2,
+                          std::string_view value2);
+    /// Adds name=on when `flag` is exactly 1.
+    void AddFlag(std::string_view name, int flag);
+    void AddNumber(std::string_view name, int number);
+
+private:
+    void Add(std::string_view name, std::string_view value);
+};

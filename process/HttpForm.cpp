@@ -1,0 +1,58 @@
+#include "HttpForm.h"
+
+#include "StringRoutines.h"
+
+namespace {
+
+constexpr std::size_t kFieldCapacity = 10000;  ///< the server reads names and values into fields of this size
+constexpr int kBodyCapacity = 1024;
+
+bool IsPlain(char c) {
+    return IsAlphanumeric(c) || c == '/' || c == '_' || c == '.';
+}
+
+void AppendEncoded(TextBuffer& body, std::string_view text) {
+    const std::string encoded = EncodeFormText(text, kFieldCapacity);
+    body.Append(encoded.data(), static_cast<int>(encoded.size()));
+}
+
+void AppendLine(TextBuffer& body, std::string_view line) {
+    const std::size_t equals = line.find('=');
+    if (equals != line.npos && equals > 0) {
+        AppendEncoded(body, line.substr(0, equals));
+        body.Append("=");
+    }
+    AppendEncoded(body, equals == line.npos ? line : line.substr(equals + 1));
+}
+
+}  // namespace
+
+std::string EncodeFormText(std::string_view text, std::size_t capacity) {
+    static constexpr char kHex[] = "0123456789abcdef";
+    std::string encoded;
+    if (capacity < 5) return encoded;
+
+    for (const char c : text) {
+        if (encoded.size() + 4 >= capacity) break;  // the server's fields end here
+        const auto byte = static_cast<unsigned char>(c);
+        if (IsPlain(c)) {
+            encoded += c;
+        } else if (byte >= 0x80) {
+            encoded += "%ff";
+        } else {
+            encoded += {'%', kHex[byte >> 4], kHex[byte & 0x0F]};
+        }
+    }
+    return encoded;
+}
+
+TextBuffer BuildFormBody(const std::vector<std::string>& lines) {
+    TextBuffer body;
+    body.Initialise(kBodyCapacity);
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        if (lines[i].empty()) continue;
+        if (i > 0) body.Append("&");
+        AppendLine(body, lines[i]);
+    }
+    return body;
+}

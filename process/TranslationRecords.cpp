@@ -1,0 +1,4 @@
+#include "TranslationRecords.h"
+
+MessagingParameters gMsgParameters;
+AdministrationParameters gParameters;

@@ -1,0 +1,127 @@
+// The program: the web server starts it once for each request, in the directory of CGI programs.
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "AdminRecords.h"
+#include "AnswerWriter.h"
+#include "BoundedText.h"
+#include "CVsoap.h"
+#include "CVsoapParser.h"
+#include "CVsysEventLogInterface.h"
+#include "ConfigPath.h"
+#include "CVsysEventLogModNames.h"
+#include "RequestGlobals.h"
+#include "RequestRecord.h"
+#include "SpoolDirectories.h"
+#include "StringRoutines.h"
+#include "Translation.h"
+
+namespace {
+
+constexpr int kServed = 0;
+constexpr int kNotServed = -1;
+constexpr char kConfigDirectory[] = "../../config";  // relative to the directory of CGI programs
+constexpr char kDirectoryFile[] = "dir";
+constexpr char kLogFile[] = "soap_log.txt";
+constexpr char kSource[] = "CVsoap";
+
+/// The place for process-wide start-up, and for its counterpart at the end.
+bool StartUp() {
+    return true;
+}
+void ShutDown() {}
+
+void ReadSiteDirectories() {
+    CopyText(g_strConfigDir, kConfigDirectory);
+    LoadDirectoryConfig(kDirectoryFile, g_tDir);
+    CopyText(gArguments.logDirectory, DirectoryOf(g_tDir, DirectorySlot::Log));
+}
+
+void ReadHostName() {
+    gethostname(m_szHostName, sizeof m_szHostName - 1);  // the last byte stays zero: a long name is not ended
+    TrimSpaces(m_szHostName);
+}
+
+/// The log of module "SOAP", for the rest of the process; null when it cannot be used.
+CVsysEventLogInterface* StartLog() {
+    MakeConfigPath(m_szPath, sizeof m_szPath, gArguments.logDirectory, kLogFile);
+    CVsysEventLogInterface::SetDefaultLogDirectory(gArguments.logDirectory);
+    // Never deleted: entries may still come while the process ends.
+    CVsysEventLogInterface* log = CVsysEventLogInterface::Create(CVsysEventLogModNames[kSoapModule],
+                                                                 LogThreading::Single, g_strConfigDir)
+                                      .release();
+    if (log == nullptr || !log->IsReady()) return nullptr;
+    return CVsysEventLogInterface::GetInstance(__LINE__, kSource);
+}
+
+/// A site that cannot be read is reported like one that cannot log: the operator looks at the same place for
+/// both.
+CVsysEventLogInterface* SetUp() {
+    try {
+        ReadSiteDirectories();
+        ReadHostName();
+        return StartLog();
+    } catch (...) {
+        return nullptr;
+    }
+}
+
+int Refuse(const char* fault) {
+    WriteFault(fault);
+    return kNotServed;
+}
+
+/// Fills the record from the request body; kServed when it holds a well-formed envelope.
+int ReadPost(RequestRecord& record, CVLogInterface& log) {
+    const HeapText body = ReadRequestBody(log);
+    if (!body) return Refuse("2030 Invalid SOAP envelope length");
+    log.Trace("", "%s\n", body.get());
+    if (ParseEnvelope(body.get(), record, log) == 0) return Refuse("2030 Invalid SOAP message");
+    return kServed;
+}
+
+/// A GET goes on with an empty record, which translation refuses; any other method gets no answer at all.
+int ReadRequest(RequestRecord& record, CVLogInterface& log) {
+    const char* method = std::getenv("REQUEST_METHOD");
+    log.Trace(nullptr, "REQUEST_METHOD=%s", method == nullptr ? "(NULL)" : method);
+    if (method == nullptr) return kNotServed;
+    if (std::string(method) == "POST") return ReadPost(record, log);
+    return std::string(method) == "GET" ? kServed : kNotServed;
+}
+
+int Serve(const char* programPath) {
+    RequestRecord record;
+    WriteHeader();
+    StartUp();
+    CVsysEventLogInterface* log = SetUp();
+    if (log == nullptr) {
+        ShutDown();
+        return Refuse("2301 Invalid log directory");
+    }
+    g_tDept = {};
+    g_tUser = {};
+    g_tAdminInfo = {};
+    g_tUserGroup = {};
+    log->Trace(nullptr, "%s\n", std::string(58, '=').c_str());
+    log->Trace(nullptr, "Quorbel SOAP [%s] STARTED \n", programPath);
+    if (ReadRequest(record, *log) != kServed) return kNotServed;
+    TranslateRequest(record);
+    ShutDown();
+    return kServed;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    static int running = 0;
+    if (running != 0) return kNotServed;
+    running = 1;
+    try {
+        return Serve(argc > 0 && argv[0] != nullptr ? argv[0] : "");
+    } catch (...) {
+        return kNotServed;  // out of memory: an empty answer rather than a crash
+    }
+}

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "CVLogSQLiteProcessor.h"
+#include "CVsysEventLogWriterInterface.h"
+
+/// Stores entries in a log database, where they can be queried later.
+///
+/// A module name is cut at its first ".": "SOAP.Send" is the sub-module "Send" in the table of "SOAP". Levels
+/// outside 1 to 7 are stored as 0.
+class CVsysEventLogSQLiteWriter : public CVsysEventLogWriterInterface {
+public:
+    /// `identity` is the name that failures are listed under in the system log.
+    explicit CVsysEventLogSQLiteWriter(std::string identity);
+
+    /// Keys: dbfilename (or filename), truncate.
+    bool setProperty(const std::string& key, const std::string& value) override;
+    /// What operator() does.
+    int DoWork(const std::string& module, unsigned level, const std::string& message, int extra,
+               const char* userText, std::time_t time) override;
+    /// True once a database was opened.
+    bool isReady() override;
+
+    /// Opens the database, creating the file when it is missing. A file that this process cannot read and
+    /// write, or a directory that takes no new files, is refused at once; no database is open then.
+    bool setDbFileName(const std::string& name);
+    /// When set, empties the tables of the database that is open now; one opened later is left alone. A
+    /// program that starts for each request loses its entries each time. False when nothing was emptied.
+    bool setMakeDbTruncateFlag(bool truncate);
+    /// Gives 1 when the entry is stored, else 0. `extra` goes to the column "line", `userText` to "srcfile".
+    int operator()(const std::string& module, unsigned level, const std::string& message, int extra,
+                   const char* userText, std::time_t time);
+
+private:
+    /// A name that failures are reported under, and the text for those that bring none of their own.
+    struct Operation {
+        const char* source;
+        const char* unknown;
+    };
+
+    template <class Action>
+    bool Guarded(const Operation& operation, Action action);
+
+    const std::string identity_;
+    std::unique_ptr<CVLogDBProcessorInterface> processor_;  // null: not ready
+};

@@ -1,0 +1,153 @@
+#include "CVMessageManager.h"
+
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <chrono>
+#include <filesystem>
+#include <stdexcept>
+#include <thread>
+
+#include "CVDBexception.h"
+#include "ChildProcess.h"
+#include "TempDir.h"
+
+namespace fs = std::filesystem;
+
+/// Gives a test a catalogue of its own in `directory`, and the next test a process that has none.
+struct MessageCatalogueOfTest {
+    explicit MessageCatalogueOfTest(const std::string& directory) {
+        Forget();
+        CVMessageManager::GetDBFilePath(directory);
+    }
+    ~MessageCatalogueOfTest() { Forget(); }
+    static void Forget() {
+        CVMessageManager::m_pMsgManager.reset();
+        CVMessageManager::m_strDBFilePath.clear();
+    }
+};
+
+namespace {
+
+class Catalogue : public testing::Test {
+protected:
+    TempDir dir_;
+    MessageCatalogueOfTest catalogue_{dir_.Path()};
+
+    bool Load(const std::string& constants) {
+        return CVMessageManager::LoadMessageConstants(dir_.Write("messages.h", constants));
+    }
+    static std::string All() {
+        std::string all;
+        for (const auto& message : CVMessageManager::GetMessages()) {
+            all += std::to_string(message.id) + "=" + message.text + "\n";
+        }
+        return all;
+    }
+};
+
+template <class Action>
+std::string LogicError(Action action) {
+    try {
+        action();
+    } catch (const std::logic_error& thrown) {
+        return thrown.what();
+    }
+    return "no logic_error";
+}
+
+}  // namespace
+
+TEST_F(Catalogue, AnswersNothingAndCreatesNothingBeforeALoad) {
+    EXPECT_EQ(CVMessageManager::GetMessage(7202), "");
+    EXPECT_EQ(All(), "");
+    EXPECT_TRUE(dir_.Names().empty());
+}
+
+TEST_F(Catalogue, HoldsTheMessagesOfTheLastLoad) {
+    EXPECT_TRUE(Load("#ifndef MESSAGES_H\n#define MESSAGES_H\n#define MSG_A 9 /* old */\n#endif\n"));
+    const std::string constants = "#define MSG_X 7202 /* Disk full */\n#define MSG_Y 12 /* It's 100% '' */";
+    EXPECT_TRUE(Load(constants));
+    EXPECT_TRUE(Load(constants));
+    EXPECT_EQ(All(), "12=It's 100% ''\n7202=Disk full\n");
+    EXPECT_EQ(CVMessageManager::GetMessage(12), "It's 100% ''");
+    EXPECT_EQ(CVMessageManager::GetMessage(9), "");
+}
+
+TEST_F(Catalogue, StaysAsItWasWhenALoadFails) {
+    ASSERT_TRUE(Load("#define MSG_A 9 /* old */\n"));
+    EXPECT_THROW(Load("#define A 1 /* a */\n#define B 2 /\n"), std::out_of_range);
+    EXPECT_THROW(Load("#define A 1 /* a */\n#define B 1 /* b */\n"), CVDBexception);
+    EXPECT_EQ(LogicError([&] { Load("#define A 1 /* a */\n#define B -2 /* b */\n"); }),
+              "Message ID returned from the database does not match");
+    EXPECT_THROW(CVMessageManager::LoadMessageConstants(dir_.Path()), std::exception) << "a directory";
+    EXPECT_EQ(LogicError([] { CVMessageManager::LoadMessageConstants(""); }),
+              "No message constants file specified.");
+    EXPECT_EQ(LogicError([] { CVMessageManager::LoadMessageConstants("/none"); }),
+              "No message constants file exist at the specified path: [/none].");
+    EXPECT_EQ(All(), "9=old\n");
+    EXPECT_TRUE(Load("#define MSG_B 10 /* new */\n")) << "nothing is left locked or begun";
+}
+
+TEST_F(Catalogue, StaysAsItWasWhenALoaderIsKilled) {
+    ASSERT_TRUE(Load("#define MSG_A 9 /* old */\n"));
+    std::string constants;
+    for (int id = 1; id <= 30000; ++id) {
+        constants += "#define M " + std::to_string(id) + " /* " + std::string(300, 'm') + " */\n";
+    }
+    const auto size = fs::file_size(dir_ / "messages.sdb");
+    MessageCatalogueOfTest::Forget();
+    CVMessageManager::GetDBFilePath(dir_.Path());
+    const pid_t loader = StartChild([&] { Load(constants); });
+    // Once the file grows, half of the new catalogue overflows the loader's memory into it.
+    for (int wait = 0; wait < 10000 && fs::file_size(dir_ / "messages.sdb") == size; ++wait) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    kill(loader, SIGKILL);
+    ASSERT_EQ(WaitForChild(loader), Child::Crashed) << "it had finished: make the file larger";
+    EXPECT_TRUE(fs::exists(dir_ / "messages.sdb-journal"));
+    EXPECT_EQ(All(), "9=old\n");
+}
+
+TEST_F(Catalogue, IsReadByOthersOnceALoadIsDone) {
+    ASSERT_TRUE(Load("#define MSG_A 9 /* old */\n"));
+    ASSERT_EQ(CVMessageManager::GetMessage(9), "old");
+    MessageCatalogueOfTest::Forget();
+    EXPECT_EQ(InChildProcess([&] {
+                  CVMessageManager::GetDBFilePath(dir_.Path());
+                  if (!Load("#define MSG_A 9 /* new */\n")) throw 0;
+              }),
+              Child::Finished);
+    CVMessageManager::GetDBFilePath(dir_.Path());
+    EXPECT_EQ(CVMessageManager::GetMessage(9), "new");
+}
+
+TEST_F(Catalogue, AnswersNothingOnAFileThatIsNoCatalogue) {
+    dir_.Write("messages.sdb", std::string(5000, 'x'));
+    EXPECT_EQ(CVMessageManager::GetMessage(9), "");
+    EXPECT_THROW(Load("#define MSG_A 9 /* a */\n"), CVDBexception);
+    fs::remove(dir_ / "messages.sdb");
+    fs::create_directory(dir_ / "messages.sdb");
+    EXPECT_EQ(CVMessageManager::GetMessage(9), "") << "at once, not after the retries of an open";
+    EXPECT_THROW(Load("#define MSG_A 9 /* a */\n"), CVDBexception);
+}
+
+TEST_F(Catalogue, LiesWhereTheFirstCallSays) {
+    const std::string fixed = "/usr/local/corvane/config/messages.sdb";
+    EXPECT_EQ(CVMessageManager::GetDBFilePath("/other"), dir_ / "messages.sdb");
+    const struct {
+        const char* directory;
+        std::string path;
+    } cases[] = {{"", fixed}, {"/a", "/a/messages.sdb"}, {"/a/", "/a/messages.sdb"}};
+    for (const auto& c : cases) {
+        MessageCatalogueOfTest::Forget();
+        EXPECT_EQ(CVMessageManager::GetDBFilePath(c.directory), c.path);
+    }
+    MessageCatalogueOfTest::Forget();
+    CVMessageManager::PreferDirectory(dir_.Path());
+    EXPECT_EQ(CVMessageManager::GetDBFilePath(), fixed) << "no catalogue there";
+    MessageCatalogueOfTest::Forget();
+    dir_.Write("messages.sdb", "");
+    CVMessageManager::PreferDirectory(dir_.Path());
+    EXPECT_EQ(CVMessageManager::GetDBFilePath(), dir_ / "messages.sdb");
+}

@@ -1,0 +1,115 @@
+#include "CVSQLite3Database.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <functional>
+
+#include "CVDBexception.h"
+#include "CVSQLite3ResultSet.h"
+#include "RunTogether.h"
+#include "TempDir.h"
+
+namespace {
+
+using std::chrono::milliseconds;
+
+/// What the action throws; one without text when it throws nothing.
+CVDBexception Thrown(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const CVDBexception& thrown) {
+        return thrown;
+    }
+    return {0, "", 0, "nothing thrown", ""};
+}
+
+/// Counts the pauses instead of taking them.
+struct Pauses {
+    int count = 0;
+    CVSQLite3Database::Sleep Sleep() {
+        return [this](milliseconds time) {
+            EXPECT_EQ(time, milliseconds(500));
+            ++count;
+        };
+    }
+};
+
+}  // namespace
+
+TEST(CVSQLite3Database, TriesAPathItCannotOpenFiftyTimes) {
+    TempDir dir;
+    Pauses pauses;
+    const auto thrown = Thrown([&] { CVSQLite3Database(dir / "none/x.sdb", pauses.Sleep()); });
+    EXPECT_EQ(pauses.count, 49);
+    EXPECT_EQ(thrown.GetMessage(), "Unable to open DB [" + dir / "none/x.sdb" + "]");
+    EXPECT_EQ(thrown.GetErrorCode(), 14);
+    EXPECT_EQ(thrown.GetFile(), "CVSQLite3Database");
+    EXPECT_EQ(thrown.GetSystemMessage(), "unable to open database file");
+}
+
+TEST(CVSQLite3Database, RefusesAFileThatIsNoDatabaseAtOnce) {
+    TempDir dir;
+    Pauses pauses;
+    const std::string path = dir.Write("garbage.sdb", std::string(5000, 'x'));
+    const auto thrown = Thrown([&] { CVSQLite3Database(path, pauses.Sleep()); });
+    EXPECT_EQ(thrown.GetMessage(), "Unable to initialize DB.");
+    EXPECT_EQ(thrown.GetSystemMessage(), "file is not a database");
+    EXPECT_EQ(pauses.count, 0);
+    EXPECT_EQ(ReadFile(path), std::string(5000, 'x'));
+}
+
+TEST(CVSQLite3Database, IsReadyWhileAnotherConnectionLocksTheFile) {
+    TempDir dir;
+    CVSQLite3Database loader(dir / "x.sdb", {"t", "a"});
+    ASSERT_TRUE(loader.BeginExclusiveTransaction("", kTryOnce));
+    CVSQLite3Database reader(dir / "x.sdb");
+    EXPECT_TRUE(reader.IsReady());
+    EXPECT_EQ(reader.GetLastErrorCode(), 0);
+}
+
+TEST(CVSQLite3Database, RunsStatementsOnlyBetweenInitialiseAndClose) {
+    TempDir dir;
+    CVSQLite3Database database(dir / "x.sdb");
+    EXPECT_TRUE(database.Open(true)) << "open already";
+    EXPECT_FALSE(database.IsExclusiveUse());
+    EXPECT_TRUE(database.Close());
+    EXPECT_FALSE(database.Close());
+    EXPECT_FALSE(database.IsOpen() || database.IsReady() || database.IsAutoCommit());
+    EXPECT_FALSE(database.Initialize(true) || database.TableExists("t") || database.SetSchema({"t", "a"}));
+
+    EXPECT_TRUE(database.Open(true) && database.IsExclusiveUse());
+    EXPECT_TRUE(database.IsOpen() && !database.IsReady() && database.IsAutoCommit());
+    CVSQLite3ResultSet result;
+    EXPECT_FALSE(database.ExecuteUpdateQuery("CREATE TABLE t (a);"));
+    EXPECT_FALSE(database.ExecuteSelectQuery("SELECT 1;", result));
+    EXPECT_FALSE(database.TableExists("t"));
+
+    EXPECT_TRUE(database.Initialize(false));
+    EXPECT_TRUE(database.ExecuteUpdateQuery("CREATE TABLE t (a);"));
+}
+
+TEST(CVSQLite3Database, CreatesAMissingTableAndLeavesAnExistingOne) {
+    TempDir dir;
+    const TableDescription table{"t", "a INTEGER"};
+    ASSERT_TRUE(CVSQLite3Database(dir / "x.sdb", table).ExecuteUpdateQuery("INSERT INTO t VALUES (1);"));
+    CVSQLite3Database again(dir / "x.sdb", table);
+    CVSQLite3ResultSet result;
+    ASSERT_TRUE(again.ExecuteSelectQuery("SELECT a FROM t;", result));
+    EXPECT_EQ(result.GetRowCount(), 1);
+    EXPECT_EQ(Thrown([&] {
+                  CVSQLite3Database(dir / "x.sdb", {"bad", "a,,"});
+              }).GetMessage(),
+              "Unable to set DB schema.");
+}
+
+TEST(CVSQLite3Database, KeepsEveryRowWhenManyProcessesFindTheTableMissing) {
+    TempDir dir;
+    RunTogether(12, [&](int number) {
+        CVSQLite3Database database(dir / "x.sdb", {"t", "a INTEGER"});
+        database.ExecuteUpdateQuery("INSERT INTO t VALUES (" + std::to_string(number) + ");");
+    });
+    CVSQLite3ResultSet rows;
+    CVSQLite3Database(dir / "x.sdb").ExecuteSelectQuery("SELECT a FROM t;", rows);
+    EXPECT_EQ(rows.GetRowCount(), 12);
+}
