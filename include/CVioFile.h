@@ -42,7 +42,7 @@ public:
     /// a file open for reading, 'w' one open for writing. Throws "File Get File Number Failed", "File Lock
     /// Failed".
     void Lock(char kind, bool wait);
-    /// Harmless without a lock.
+    /// Harmless without a lock, also while another thread has it.
     void Unlock() noexcept;
 
     /// The next line with its line feed, cut (and continued by the next call) at capacity - 1 bytes. Returns
@@ -79,10 +79,12 @@ private:
     [[noreturn]] void Fail(int line, const char* message) const;
     std::FILE* Stream(int line, const char* closedMessage) const;
     int Descriptor(int line) const;
+    bool FreeThreadLock() noexcept;
 
     std::string path_;
     std::string mode_;
     std::unique_ptr<std::FILE, Closer> stream_;
     bool lastWasRead_ = false;
     CVconLock lock_;
+    int lockDepth_ = 0;  // guarded by lock_
 };

@@ -114,9 +114,7 @@ int PostOnce(const PostTarget& target, CommandParameters& command, TextBuffer& r
 }
 
 void CopyReply(char* output, std::size_t size, const TextBuffer& reply) {
-    const std::string_view text = reply.Text().substr(0, size - 1);
-    std::memcpy(output, text.data(), text.size());
-    output[text.size()] = '\0';
+    output[reply.Text().copy(output, size - 1)] = '\0';
 }
 
 }  // namespace

@@ -7,10 +7,11 @@
 
 #include <cerrno>
 #include <cstdarg>
+#include <cstdlib>
 #include <utility>
 
 #include "CVException.h"
-#include "CancellationShield.h"
+#include "NoCancellation.h"
 #include "PathRoutines.h"
 #include "RecordLock.h"
 
@@ -18,9 +19,8 @@ CVioFile::CVioFile(std::string path) : path_(std::move(path)) {}
 
 CVioFile::~CVioFile() {
     Close();
-    // A lock that its owner forgot, or could not free while an exception passed, must not be destroyed
-    // locked.
-    while (lock_.Unlock()) {
+    // Callers may leave by an exception, and a locked mutex must not be destroyed.
+    while (FreeThreadLock()) {
     }
 }
 
@@ -36,7 +36,7 @@ void CVioFile::Open(const std::string& mode) {
 }
 
 void CVioFile::Close() noexcept {
-    const CancellationShield shield;
+    const NoCancellation shield;
     const int code = errno;
     stream_.reset();
     errno = code;
@@ -44,6 +44,7 @@ void CVioFile::Close() noexcept {
 
 void CVioFile::Lock(char kind, bool wait) {
     if (!lock_.Lock()) Fail(__LINE__, "File Lock Failed");
+    ++lockDepth_;
     const int descriptor = Descriptor(__LINE__);
     if (kind != 'r' && kind != 'w') {
         errno = EINVAL;
@@ -57,13 +58,16 @@ void CVioFile::Lock(char kind, bool wait) {
 }
 
 void CVioFile::Unlock() noexcept {
-    const CancellationShield shield;
+    const NoCancellation shield;
     const int code = errno;
-    if (IsOpen()) {
-        Rewind();
-        RequestRecordLock(fileno(stream_.get()), F_SETLK, F_UNLCK);
+    if (lock_.TryLock()) {  // else it is another thread's, and so is the file lock
+        if (IsOpen()) {
+            Rewind();
+            RequestRecordLock(fileno(stream_.get()), F_SETLK, F_UNLCK);
+        }
+        FreeThreadLock();
+        lock_.Unlock();
     }
-    lock_.Unlock();
     errno = code;
 }
 
@@ -106,20 +110,14 @@ void CVioFile::Write(std::string_view text) {
 }
 
 void CVioFile::WriteFormatted(const char* format, ...) {
-    std::string text;
+    char* text = nullptr;
     va_list arguments;
     va_start(arguments, format);
-    va_list again;
-    va_copy(again, arguments);
-    const int length = std::vsnprintf(nullptr, 0, format, arguments);
+    const int length = vasprintf(&text, format, arguments);
     va_end(arguments);
-    if (length > 0) {
-        text.resize(length);
-        std::vsnprintf(text.data(), text.size() + 1, format, again);
-    }
-    va_end(again);
     if (length < 0) Fail(__LINE__, "File Write Failed");
-    Write(text);
+    const std::unique_ptr<char, decltype(&std::free)> owner(text, &std::free);
+    Write(text, length);
 }
 
 void CVioFile::Flush() {
@@ -129,7 +127,7 @@ void CVioFile::Flush() {
 
 void CVioFile::Rewind() noexcept {
     if (!IsOpen()) return;
-    const CancellationShield shield;
+    const NoCancellation shield;
     const int code = errno;
     std::rewind(stream_.get());
     // A rewind alone goes back within what was read before and would serve it again.
@@ -161,6 +159,18 @@ bool CVioFile::IsDirectory() const {
 void CVioFile::SetTime(std::time_t access, std::time_t modification) {
     const struct utimbuf times = {access, modification};
     if (utime(path_.c_str(), &times) != 0) Fail(__LINE__, "File utime Failed");
+}
+
+bool CVioFile::FreeThreadLock() noexcept {
+    // Only the owner passes TryLock while the depth is above zero.
+    if (!lock_.TryLock()) return false;
+    const bool held = lockDepth_ > 0;
+    if (held) {
+        --lockDepth_;
+        lock_.Unlock();
+    }
+    lock_.Unlock();
+    return held;
 }
 
 void CVioFile::Fail(int line, const char* message) const {

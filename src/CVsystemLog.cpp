@@ -11,7 +11,7 @@
 #include <string>
 
 #include "CVException.h"
-#include "CancellationShield.h"
+#include "NoCancellation.h"
 
 namespace {
 
@@ -49,7 +49,7 @@ void Send(int priority, const std::string& identity, const std::string& text) {
 int Write(int priority, const char* source, const char* identity, const char* format,
           va_list arguments) noexcept {
     const int code = errno;
-    const CancellationShield shield;
+    const NoCancellation shield;
     int written = 0;
     try {
         const bool named = identity != nullptr && *identity != '\0';

@@ -11,8 +11,8 @@
 
 #include "CVException.h"
 #include "CVioDirectory.h"
-#include "CancellationShield.h"
 #include "LockedPath.h"
+#include "NoCancellation.h"
 #include "RecordLock.h"
 
 namespace {
@@ -53,8 +53,10 @@ Answer AskKernel(const char* path, int& descriptor) {
     constexpr int kRounds = 100;
     for (int round = 0; round < kRounds; ++round) {
         descriptor = OpenOrCreate(path);
-        const bool mayPass = errno == EINTR || errno == EMFILE || errno == ENFILE;
-        if (descriptor < 0) return mayPass ? Answer::Busy : Answer::Hopeless;
+        if (descriptor < 0) {
+            const bool passing = errno == EINTR || errno == EMFILE || errno == ENFILE;
+            return passing ? Answer::Busy : Answer::Hopeless;
+        }
         if (RequestRecordLock(descriptor, F_SETLK, F_WRLCK) != 0) {
             CloseKeepingErrno(descriptor);
             return errno == EAGAIN || errno == EACCES ? Answer::Busy : Answer::Hopeless;
@@ -69,7 +71,7 @@ Answer AskKernel(const char* path, int& descriptor) {
 /// One try for the lock, against threads first: while one of them holds it, opening and closing the file
 /// would drop its lock. A granted one is to be given to Release.
 Answer TryOnce(LockedPath& taken, const std::string& path, int& descriptor) {
-    const CancellationShield shield;
+    const NoCancellation shield;
     if (!taken.TryTake()) {
         errno = EAGAIN;
         return Answer::Busy;
@@ -80,7 +82,7 @@ Answer TryOnce(LockedPath& taken, const std::string& path, int& descriptor) {
 }
 
 void Release(LockedPath& taken, int descriptor) noexcept {
-    const CancellationShield shield;
+    const NoCancellation shield;
     CloseKeepingErrno(descriptor);
     taken.Free();  // not earlier: the close would drop the next thread's lock
 }
@@ -102,8 +104,8 @@ private:
 
     microseconds::rep next_ = kShortest;
     // Not rand(): its sequence is the caller's.
-    std::minstd_rand random_{static_cast<unsigned>(
-        std::chrono::steady_clock::now().time_since_epoch().count() ^ (static_cast<long>(getpid()) << 16))};
+    std::minstd_rand random_{
+        static_cast<unsigned>(std::chrono::steady_clock::now().time_since_epoch().count())};
 };
 
 void Sleep(const LockRetry& retry, microseconds wait) {
@@ -127,7 +129,7 @@ Answer Attempt(LockedPath& taken, const std::string& path, const LockRetry& retr
 }
 
 void RemoveIfDead(const std::string& path) {
-    const CancellationShield shield;
+    const NoCancellation shield;
     struct stat status = {};
     if (lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return;
     LockedPath& taken = LockedPath::Of(path);
@@ -167,7 +169,8 @@ bool IsLockHopeless(const std::string& path) {
 }
 
 void RemoveDeadLockFiles(const std::string& directory) {
+    const std::string prefix = directory + "/";
     for (const std::string& name : CVioDirectory(directory).List()) {
-        if (name.ends_with(".lock")) RemoveIfDead(directory + "/" + name);
+        if (name.ends_with(".lock")) RemoveIfDead(prefix + name);
     }
 }

@@ -34,11 +34,11 @@ LockedPath& LockedPath::Of(const std::string& path) {
 
 bool LockedPath::TryTake() {
     // The mark of another process is the parent's, from before a fork: file locks are not inherited.
+    const pid_t self = getpid();
     pid_t holder = holder_.load();
-    return holder != getpid() && holder_.compare_exchange_strong(holder, getpid());
+    return holder != self && holder_.compare_exchange_strong(holder, self);
 }
 
 void LockedPath::Free() {
-    pid_t holder = getpid();
-    holder_.compare_exchange_strong(holder, 0);
+    holder_.store(0);
 }

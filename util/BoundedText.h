@@ -10,7 +10,7 @@
 template <std::size_t N>
 void CopyText(char (&field)[N], std::string_view text) {
     std::memset(field, 0, N);
-    std::memcpy(field, text.data(), text.size() < N ? text.size() : N - 1);
+    text.copy(field, N - 1);
 }
 
 /// Cuts a text to at most `limit` bytes. A UTF-8 sequence that the cut left incomplete goes too: what is cut

@@ -175,6 +175,15 @@ TEST(CVioFile, KeepsTheInProcessLockAfterARefusalUntilUnlock) {
     other.join();
 }
 
+TEST(CVioFile, KeepsItsLockWhenAnotherThreadUnlocks) {
+    TempDir dir;
+    CVioFile file(dir.Write("file", "x"));
+    file.Open("r+");
+    file.Lock('w', true);
+    std::thread([&] { file.Unlock(); }).join();
+    EXPECT_EQ(InChildProcess([&] { LockOnce(file.GetPath(), "r", 'r'); }), Child::Threw);
+}
+
 TEST(CVioFile, IsNotInheritedByProgramsThatAreStarted) {
     TempDir dir;
     CVioFile file(dir.Write("file", "x"));

@@ -1,0 +1,145 @@
+#include "CVCProcess.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "CVCSoapProcess.h"
+#include "LoopbackServer.h"
+#include "RecordingLog.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// A process that keeps what it was told to show.
+class ShowingProcess : public virtual CVCProcess {
+public:
+    void ShowResult(std::string_view text, std::string_view code) override {
+        shown.push_back(std::string(code) + ": " + std::string(text));
+    }
+    void ShowReply(std::string_view text) override { shown.push_back(std::string(text)); }
+
+    std::vector<std::string> shown;
+};
+
+/// The administration process with the outcomes kept.
+class ShowingAdministration : public CVCCoradmProcess, public ShowingProcess {
+public:
+    using CVCCoradmProcess::CVCCoradmProcess;
+};
+
+class ShowingMessaging : public CVCCommandProcess {
+public:
+    using CVCCommandProcess::CVCCommandProcess;
+    void ShowResult(std::string_view, std::string_view) override {}
+    void ShowReply(std::string_view) override {}
+};
+
+AdministrationRequest Members(AdministrationParameters& parameters, std::vector<std::string> names) {
+    parameters.command = "addrecvtogrp";
+    parameters.memberNames = std::move(names);
+    return {&parameters, &g_tAdminInfo, &g_tDept, &g_tUser, &g_tUserGroup, &g_tSchd};
+}
+
+}  // namespace
+
+TEST(CVCProcess, ShowsAndLogsTheReply) {
+    LoopbackServer server({.body = "50%% done"});
+    ShowingProcess process;
+    RecordingLog log;
+    process.SetEventLog(&log);
+    CommandParameters command;
+    std::string copy;
+    EXPECT_EQ(process.Send(command, server.Url(), "", &copy), 0);
+    EXPECT_EQ(copy, "50%% done");
+    EXPECT_THAT(process.shown, ElementsAre("50%% done"));
+    EXPECT_THAT(log.entries, ElementsAre("3 50%% done\n"));
+}
+
+TEST(CVCProcess, ReportsAFailureWithTheOutputAsItsFormat) {
+    LoopbackServer server({.body = "50%% of %s", .missing = 10});
+    ShowingProcess process;
+    RecordingLog log;
+    process.SetEventLog(&log);
+    CommandParameters command;
+    EXPECT_EQ(process.Send(command, server.Url(), ""), 18);
+    EXPECT_THAT(process.shown, ElementsAre("2012: 50% of (null)Transferred a partial file",
+                                           "50%% of %sTransferred a partial file"));
+    EXPECT_THAT(log.entries, ElementsAre("5 Send process aborted.\n"));
+}
+
+TEST(CVCProcess, FailureWithoutTextOrCatalogueIsNotReported) {
+    ShowingProcess process;
+    CommandParameters command;
+    std::string copy = "old";
+    EXPECT_EQ(process.Send(command, "", "", &copy), -1);
+    EXPECT_EQ(copy, "");
+    EXPECT_THAT(process.shown, ElementsAre(""));
+}
+
+TEST(CVCProcess, ReportsAreCutBetweenCharacters) {
+    ShowingProcess process;
+    process.ReportError("2012", "%s", (std::string(2046, 'x') + "\xC3\xA9tail").c_str());
+    process.ReportError("2012", "%s", "");
+    EXPECT_THAT(process.shown, ElementsAre("2012: " + std::string(2046, 'x'), "2012: "));
+}
+
+TEST(CVCCommandProcess, SendsOneCommandForEachRecipientUpToTheFirstEmptyOne) {
+    LoopbackServer server;
+    MessagingParameters parameters;
+    parameters.url = server.Url();
+    parameters.commandCode = kStandardSend;
+    parameters.recipients = {"a", "b", "", "d"};
+    ShowingMessaging(&parameters).RunMessaging();
+    EXPECT_THAT(server.Bodies(), ElementsAre("cmd=Cli&modid=cli&name=a", "cmd=Cli&modid=cli&name=b"));
+}
+
+TEST(CVCCommandProcess, PrintsOutcomesWhenAlone) {
+    MessagingParameters parameters;
+    CVCCommandProcess process(&parameters);
+    testing::internal::CaptureStdout();
+    process.ShowResult("No answer", "2012");
+    parameters.jobId = std::string(5000, '7');
+    process.ShowResult("x", "2012");
+    process.ShowReply("reply");
+    const std::string printed = testing::internal::GetCapturedStdout();
+    EXPECT_EQ(printed, "2012 99999999 \"No answer\"\n2012 " + std::string(1018, '7') + "reply\n");
+}
+
+TEST(CVCCoradmProcess, SendsOneCommandForEachMember) {
+    LoopbackServer server;
+    AdministrationParameters parameters;
+    ShowingAdministration process(Members(parameters, {"kim", "", "lee"}));
+    parameters.url = server.Url();
+    process.RunAdministration();
+    EXPECT_THAT(server.Bodies(), ElementsAre("cmd=Cli&subcmd=addrecvtogrp&modid=cli&mname=kim"));
+
+    parameters.command = "delrecvfromgrp";
+    parameters.allMembers = 1;
+    process.RunAdministration();
+    ASSERT_EQ(server.Bodies().size(), 2u);
+    EXPECT_EQ(server.Bodies()[1], "cmd=Cli&subcmd=delrecvfromgrp&modid=cli&all=YES&mname=kim");
+}
+
+TEST(CVCCoradmProcess, StopsAtTheFirstMemberThatFails) {
+    LoopbackServer server({.missing = 5});
+    AdministrationParameters parameters;
+    ShowingAdministration process(Members(parameters, {"kim", "lee"}));
+    parameters.url = server.Url();
+    process.RunAdministration();
+    EXPECT_EQ(server.Bodies().size(), 1u);
+}
+
+TEST(CVCCoradmProcess, OwnFailoverAddressReplacesTheRequests) {
+    LoopbackServer own;
+    LoopbackServer requested;
+    AdministrationParameters parameters;
+    ShowingAdministration process(Members(parameters, {"kim"}));
+    parameters.url = DeadUrl();
+    parameters.url2 = requested.Url();
+    process.SetFailoverUrl(own.Url());
+    process.RunAdministration();
+    EXPECT_EQ(own.Bodies().size(), 1u);
+    EXPECT_THAT(requested.Bodies(), IsEmpty());
+}

@@ -1,0 +1,129 @@
+#include "HttpPoster.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "LoopbackServer.h"
+#include "TempDir.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr int kCouldNotConnect = 7;
+
+struct Posted {
+    int code;
+    std::string output;
+};
+
+Posted Post(CommandParameters command, const std::string& url, const std::string& url2 = {}) {
+    std::vector<char> output(4096, 'x');
+    const int code = PostCommand(output.data(), output.size(), command, url, url2, "");
+    return {code, code == -1 ? "" : output.data()};
+}
+
+CommandParameters Command(std::vector<std::string> lines) {
+    CommandParameters command;
+    command.lines = std::move(lines);
+    return command;
+}
+
+}  // namespace
+
+TEST(HttpPoster, PostsAPlainFormRequest) {
+    LoopbackServer server({.body = "OK\r\n50%% done\r\n"});
+    const auto posted = Post(Command({"cmd=Cli", "name=p w"}), server.Url());
+    EXPECT_EQ(posted.code, 0);
+    EXPECT_EQ(posted.output, "OK\r\n50%% done\r\n");
+    const auto posts = server.Posts();
+    ASSERT_EQ(posts.size(), 1u);
+    EXPECT_EQ(posts[0].body, "cmd=Cli&name=p%20w");
+    EXPECT_EQ(posts[0].contentType, "application/x-www-form-urlencoded");
+    EXPECT_EQ(posts[0].userAgent, "CorvaneClient");
+    EXPECT_EQ(posts[0].version, "HTTP/1.0");
+    EXPECT_FALSE(posts[0].expects);
+}
+
+TEST(HttpPoster, TurnsBackslashesOfTheAddress) {
+    LoopbackServer server;
+    std::string url = server.Url() + "/x";
+    for (char& c : url) c = c == '/' ? '\\' : c;
+    EXPECT_EQ(Post(Command({"a=1"}), url).code, 0);
+    EXPECT_EQ(server.Posts().at(0).target, "/cmd/x");
+}
+
+TEST(HttpPoster, FailsOverOnAnyFailure) {
+    LoopbackServer cut({.body = "partial", .missing = 100});
+    LoopbackServer second({.body = "second"});
+    for (const std::string& first :
+         {DeadUrl(), cut.Url(), std::string("no address"), std::string("ftp://x/")}) {
+        const auto posted = Post(Command({"a=1"}), first, second.Url());
+        EXPECT_EQ(posted.code, 0) << first;
+        EXPECT_EQ(posted.output, "second") << first;
+    }
+    EXPECT_THAT(second.Bodies(), ElementsAre("a=1", "a=1", "a=1", "a=1"));
+}
+
+TEST(HttpPoster, TellsTheLastFailure) {
+    const auto dead = Post(Command({"a=1"}), DeadUrl());
+    EXPECT_EQ(dead.code, kCouldNotConnect);
+    EXPECT_EQ(dead.output, "Couldn't connect to server");
+
+    LoopbackServer cut({.body = "half", .missing = 100});
+    EXPECT_EQ(Post(Command({"a=1"}), cut.Url()).output, "halfTransferred a partial file");
+    EXPECT_EQ(Post(Command({"a=1"}), cut.Url(), DeadUrl()).output, "Couldn't connect to server");
+    EXPECT_EQ(Post(Command({"a=1"}), DeadUrl(), " ").output, "URL using bad/illegal format or missing URL");
+    EXPECT_EQ(Post(Command({"a=1"}), "").code, -1);
+}
+
+TEST(HttpPoster, ReadsNoFilesAndFollowsNoRedirects) {
+    TempDir dir;
+    const auto file = Post(Command({"a=1"}), "file://" + dir.Write("secret", "secret"));
+    EXPECT_EQ(file.code, 1);
+    EXPECT_EQ(file.output, "Unsupported protocol");
+
+    LoopbackServer other;
+    LoopbackServer redirecting({.body = "moved", .status = 302, .location = other.Url()});
+    EXPECT_EQ(Post(Command({"a=1"}), redirecting.Url()).output, "moved");
+    EXPECT_TRUE(other.Posts().empty());
+}
+
+TEST(HttpPoster, TakesAnErrorPageForAReplyAndCutsItToFit) {
+    LoopbackServer server({.body = std::string(9000, 'y'), .status = 500});
+    const auto posted = Post(Command({"a=1"}), server.Url());
+    EXPECT_EQ(posted.code, 0);
+    EXPECT_EQ(posted.output, std::string(4095, 'y'));
+}
+
+TEST(HttpPoster, AttachesAFileAndShowsTheHeaders) {
+    TempDir dir;
+    LoopbackServer server({.body = "stored"});
+    auto command = Command({"cmd=Cli", "=x", "odd", "name=a=b"});
+    command.attachment = dir.Write("fax.txt", "page one");
+    const auto posted = Post(command, server.Url());
+    EXPECT_EQ(posted.code, 0);
+    EXPECT_THAT(posted.output, StartsWith("HTTP/1.1 200 OK\r\n"));
+    EXPECT_THAT(posted.output, HasSubstr("\r\n\r\nstored"));
+    EXPECT_THAT(server.Bodies(), ElementsAre("cmd=Cli\nname=a=b\nattach:fax.txt=page one\n"));
+    EXPECT_THAT(server.Posts()[0].contentType, StartsWith("multipart/form-data"));
+}
+
+TEST(HttpPoster, AttachmentThatCannotBeReadFailsThePost) {
+    LoopbackServer server;
+    auto command = Command({"cmd=Cli"});
+    command.attachment = "/nonexistent/file";
+    EXPECT_NE(Post(command, server.Url()).code, 0);
+    EXPECT_TRUE(server.Posts().empty());
+}
+
+TEST(HttpPoster, RetriesARefusedConnectionInside) {
+    LoopbackServer second({.body = "second"});
+    TextBuffer reply;
+    EXPECT_EQ(PostUrlencoded({DeadUrl(), ""}, {"a=1"}, &reply, second.Url(), nullptr), 0);
+    EXPECT_EQ(reply.Text(), "second");
+    EXPECT_EQ(PostUrlencoded({"", ""}, {"a=1"}, &reply, second.Url(), nullptr), 3)
+        << "no address: nothing is tried";
+}

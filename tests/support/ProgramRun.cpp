@@ -1,0 +1,74 @@
+#include "ProgramRun.h"
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <thread>
+
+#include "TempDir.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+constexpr std::chrono::seconds kLongest{60};
+
+std::vector<char*> Pointers(const std::vector<std::string>& texts) {
+    std::vector<char*> pointers;
+    for (const auto& text : texts) pointers.push_back(const_cast<char*>(text.c_str()));
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+void Redirect(const std::string& path, int flags, int descriptor) {
+    const int file = open(path.c_str(), flags, 0600);
+    dup2(file, descriptor);
+    close(file);
+}
+
+/// Becomes the program; runs between fork and exec, where only plain system calls are safe.
+[[noreturn]] void Become(const ProgramInput& input, const TempDir& files, char** arguments, char** environment) {
+    Redirect(files / "in", O_RDONLY, STDIN_FILENO);
+    Redirect(files / "out", O_WRONLY | O_CREAT, STDOUT_FILENO);
+    Redirect(files / "err", O_WRONLY | O_CREAT, STDERR_FILENO);
+    if (chdir(input.directory.c_str()) == 0) execve(input.program.c_str(), arguments, environment);
+    _exit(127);
+}
+
+void Await(pid_t pid, ProgramResult& result) {
+    const auto deadline = Clock::now() + kLongest;
+    int status = 0;
+    rusage usage{};
+    while (wait4(pid, &status, WNOHANG, &usage) == 0) {
+        if (!result.timedOut && Clock::now() > deadline) {
+            result.timedOut = true;
+            kill(pid, SIGKILL);
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    result.exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    result.peakMemoryKiB = usage.ru_maxrss;
+}
+
+}  // namespace
+
+ProgramResult RunProgram(const ProgramInput& input) {
+    const TempDir files;
+    files.Write("in", input.input);
+    std::vector<std::string> words = {input.program};
+    words.insert(words.end(), input.arguments.begin(), input.arguments.end());
+    const auto arguments = Pointers(words);
+    const auto environment = Pointers(input.environment);
+
+    ProgramResult result;
+    const pid_t pid = fork();
+    if (pid == 0) {
+        Become(input, files, const_cast<char**>(arguments.data()), const_cast<char**>(environment.data()));
+    }
+    Await(pid, result);
+    result.output = ReadFile(files / "out");
+    result.errors = ReadFile(files / "err");
+    return result;
+}

@@ -1,0 +1,86 @@
+// One test for each folder of cases/: the real program, a real server on loopback, and the bytes that must come out.
+//
+//   request.xml   the body; {URL} is the server's address, {DEAD} one where nobody listens
+//   environment   lines that replace the usual CGI variables ("-NAME" removes one)
+//   reply         the server's reply (default "Done.\r\n");  missing: so many announced bytes are never sent
+//   answer.xml    the document that must come out, or   fault: the string of the fault that must   (neither: nothing)
+//   posts         the bodies that must reach the server, one line each
+//   exit          the exit status (default 0)
+//   log           texts that must stand in the log, in this order
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <sstream>
+
+#include "FrontEnd.h"
+#include "LoopbackServer.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::vector<std::string> Lines(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) lines.push_back(line);
+    return lines;
+}
+
+class Case {
+public:
+    explicit Case(fs::path folder) : folder_(std::move(folder)) {}
+
+    bool Has(const char* name) const { return fs::exists(folder_ / name); }
+    std::string Text(const char* name, const std::string& otherwise = {}) const {
+        return Has(name) ? ReadFile((folder_ / name).string()) : otherwise;
+    }
+    int Number(const char* name) const { return std::stoi(Text(name, "0")); }
+    std::string Answer() const {
+        if (Has("fault")) return FaultDocument(Lines(Text("fault")).at(0));
+        return Text("answer.xml");
+    }
+
+private:
+    fs::path folder_;
+};
+
+void ExpectInOrder(const std::string& log, const std::vector<std::string>& texts) {
+    std::size_t from = 0;
+    for (const auto& text : texts) {
+        const std::size_t at = log.find(text, from);
+        ASSERT_NE(at, log.npos) << "'" << text << "' is not in, or comes too early in\n" << log;
+        from = at + text.size();
+    }
+}
+
+std::vector<std::string> CaseNames() {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(CASES_DIR)) names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+std::string TestName(const testing::TestParamInfo<std::string>& info) { return ReplaceAll(info.param, "-", "_"); }
+
+class CasesTest : public testing::TestWithParam<std::string> {};
+
+}  // namespace
+
+TEST_P(CasesTest, GivesTheToldAnswer) {
+    const Case c(fs::path(CASES_DIR) / GetParam());
+    LoopbackServer server({.body = c.Text("reply", "Done.\r\n"), .missing = static_cast<std::size_t>(c.Number("missing"))});
+    const FrontEnd frontEnd;
+    const std::string request =
+        ReplaceAll(ReplaceAll(c.Text("request.xml"), "{URL}", server.Url()), "{DEAD}", DeadUrl());
+
+    const ProgramResult result = frontEnd.Serve(request, Lines(c.Text("environment")));
+    const std::string body = BodyOf(result);
+    EXPECT_EQ(body, c.Answer());
+    EXPECT_LE(CountDocuments(body), 1);
+    EXPECT_EQ(server.Bodies(), Lines(c.Text("posts")));
+    EXPECT_EQ(result.exitStatus, c.Number("exit"));
+    ExpectInOrder(frontEnd.Log(), Lines(c.Text("log")));
+}
+
+INSTANTIATE_TEST_SUITE_P(System, CasesTest, testing::ValuesIn(CaseNames()), TestName);

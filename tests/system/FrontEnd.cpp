@@ -1,0 +1,102 @@
+#include "FrontEnd.h"
+
+#include <expat.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr char kHeader[] = "Content-type: text/xml\n\n";
+
+constexpr char kFault[] = R"(<?xml version = '1.0' encoding = 'UTF-8' standalone = 'no'?>
+<SOAP-ENV:Envelope xmlns:SOAPSDK1='http://www.w3.org/2001/XMLSchema' xmlns:SOAPSDK2='http://www.w3.org/2001/XMLSchema-instance' xmlns:SOAPSDK3='http://schemas.xmlsoap.org/soap/encoding/' xmlns:SOAP-ENV='http://schemas.xmlsoap.org/soap/envelope/'>
+<SOAP-ENV:Body SOAP-ENV:encodingStyle='http://schemas.xmlsoap.org/soap/encoding/'>
+ <SOAP-ENV:Fault>
+    <faultcode>SOAP-ENV:Server</faultcode>
+    <faultstring>{FAULT}</faultstring>
+    <faultactor>http://{HOST}/quorbel.wsdl</faultactor>
+    <detail>
+        <serror:errorInfo xmlns:serror='http://quorbel.example/error/'>
+           <serror:returnCode/>
+           <serror:serverErrorInfo>
+              <serror:description></serror:description>
+              <serror:source>Quorbel errors</serror:source>
+           </serror:serverErrorInfo>
+        </serror:errorInfo>
+    </detail>
+ </SOAP-ENV:Fault>
+</SOAP-ENV:Body>
+</SOAP-ENV:Envelope>
+)";
+
+std::string HostName() {
+    char name[256] = {};
+    gethostname(name, sizeof name - 1);
+    return name;
+}
+
+/// Replaces or, for "-NAME", removes a variable.
+void Set(std::vector<std::string>& environment, const std::string& variable) {
+    const bool removes = variable.starts_with('-');
+    const std::string name = removes ? variable.substr(1) + "=" : variable.substr(0, variable.find('=') + 1);
+    std::erase_if(environment, [&](const std::string& old) { return old.starts_with(name); });
+    if (!removes) environment.push_back(variable);
+}
+
+}  // namespace
+
+FrontEnd::FrontEnd() {
+    site_.Write("config/dir", "spool_dir:\t\t" + site_ / "spool" + "\nlog_dir:\t\t" + site_ / "logs" + "\n");
+    site_.Write("config/cvlogs.ini", "[main]\n[SOAP]\nwriter=file\nlevel=trace\nfilePath=" + site_ / "logs/soap_log.txt" +
+                                         "\nautoAppend=1\nbytesPerFiles=50000000\n");
+    fs::create_directories(site_ / "logs");
+    fs::create_directories(site_ / "web/cgi-bin");
+    fs::create_directory_symlink("../config", site_ / "web/config");
+}
+
+ProgramResult FrontEnd::Serve(const std::string& body, const std::vector<std::string>& environment) const {
+    return ServeWith(QUORBEL_SOAP, body, environment);
+}
+
+ProgramResult FrontEnd::ServeWith(const std::string& program, const std::string& body,
+                                  const std::vector<std::string>& environment) const {
+    std::vector<std::string> variables = {"REQUEST_METHOD=POST", "CONTENT_LENGTH=" + std::to_string(body.size())};
+    for (const auto& variable : environment) Set(variables, variable);
+    return RunProgram({.program = program,
+                       .environment = variables,
+                       .directory = site_ / "web/cgi-bin",
+                       .input = body});
+}
+
+std::string BodyOf(const ProgramResult& result) {
+    EXPECT_FALSE(result.timedOut);
+    EXPECT_EQ(result.errors, "");
+    EXPECT_TRUE(result.output.starts_with(kHeader)) << result.output;
+    return result.output.substr(std::min(result.output.size(), sizeof kHeader - 1));
+}
+
+int CountDocuments(const std::string& text) {
+    if (text.empty()) return 0;
+    const XML_Parser parser = XML_ParserCreate(nullptr);
+    EXPECT_EQ(XML_Parse(parser, text.data(), static_cast<int>(text.size()), XML_TRUE), XML_STATUS_OK)
+        << XML_ErrorString(XML_GetErrorCode(parser)) << " in\n"
+        << text;
+    XML_ParserFree(parser);
+    return 1;
+}
+
+std::string FaultDocument(const std::string& faultString) {
+    return ReplaceAll(ReplaceAll(kFault, "{HOST}", HostName()), "{FAULT}", faultString);
+}
+
+std::string ReplaceAll(std::string text, const std::string& what, const std::string& with) {
+    for (std::size_t at = text.find(what); at != text.npos; at = text.find(what, at + with.size())) {
+        text.replace(at, what.size(), with);
+    }
+    return text;
+}

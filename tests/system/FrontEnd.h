@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "ProgramRun.h"
+#include "TempDir.h"
+
+/// A site of its own with the real front end in it, for one test: configuration, logs and the directory of CGI
+/// programs, laid out as an operator has them. Logs everything (level trace).
+class FrontEnd {
+public:
+    FrontEnd();
+
+    /// Serves one request in a real process: `environment` replaces the usual REQUEST_METHOD=POST and
+    /// CONTENT_LENGTH, and "-NAME" removes one.
+    ProgramResult Serve(const std::string& body, const std::vector<std::string>& environment = {}) const;
+    /// The same with another program file.
+    ProgramResult ServeWith(const std::string& program, const std::string& body,
+                            const std::vector<std::string>& environment = {}) const;
+
+    const TempDir& Site() const { return site_; }
+    std::string Log() const { return ReadFile(site_ / "logs/soap_log.txt"); }
+
+private:
+    TempDir site_;
+};
+
+/// What follows the CGI header; fails the test when the header is not the one told.
+std::string BodyOf(const ProgramResult& result);
+/// The number of XML documents in a text: 0 when it is empty, 1 when all of it is one; anything else fails the test.
+int CountDocuments(const std::string& text);
+
+/// The whole fault document for a fault string.
+std::string FaultDocument(const std::string& faultString);
+
+std::string ReplaceAll(std::string text, const std::string& what, const std::string& with);
