@@ -61,8 +61,8 @@ CVsysEventLogInterface* StartLog() {
 /// both.
 CVsysEventLogInterface* SetUp() {
     try {
+        ReadHostName();  // first: the fault of a site that cannot be read names this machine, too
         ReadSiteDirectories();
-        ReadHostName();
         return StartLog();
     } catch (...) {
         return nullptr;

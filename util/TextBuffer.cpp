@@ -1,11 +1,13 @@
 #include "TextBuffer.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
 namespace {
 
-constexpr int kSpare = 100;  ///< room added with every growth, for the chunks that follow
+constexpr int kDoubleFrom = 4096;  ///< most values are short: those take no more than they need
+constexpr int kSpare = 100;        ///< room added with every growth, for the chunks that follow
 
 }  // namespace
 
@@ -50,16 +52,24 @@ void TextBuffer::Clear() {
 
 void TextBuffer::Release() {
     data_.reset();
-    capacity_ = length_ = textEnd_ = 0;
+    reserved_ = capacity_ = length_ = textEnd_ = 0;
 }
 
 bool TextBuffer::Grow(long long capacity) {
-    if (capacity > limit_) return false;
-    char* grown = static_cast<char*>(std::realloc(data_.get(), static_cast<std::size_t>(capacity)));
+    if (capacity > limit_ || !Reserve(static_cast<int>(capacity))) return false;
+    std::memset(data_.get() + capacity_, 0, static_cast<std::size_t>(capacity - capacity_));
+    capacity_ = static_cast<int>(capacity);
+    return true;
+}
+
+bool TextBuffer::Reserve(int capacity) {
+    if (capacity <= reserved_) return true;
+    const int doubled = reserved_ > limit_ / 2 ? limit_ : reserved_ * 2;
+    const int size = reserved_ < kDoubleFrom ? capacity : std::max(capacity, doubled);
+    char* grown = static_cast<char*>(std::realloc(data_.get(), static_cast<std::size_t>(size)));
     if (grown == nullptr) return false;
     data_.release();
     data_.reset(grown);
-    std::memset(grown + capacity_, 0, static_cast<std::size_t>(capacity - capacity_));
-    capacity_ = static_cast<int>(capacity);
+    reserved_ = size;
     return true;
 }

@@ -42,12 +42,15 @@ public:
 
 private:
     bool Grow(long long capacity);
+    bool Reserve(int capacity);
 
     struct Free {
         void operator()(char* bytes) const;
     };
     std::unique_ptr<char, Free> data_;
     int limit_ = INT_MAX;
+    int reserved_ =
+        0;  ///< bytes behind data_, at least capacity_: grows by doubling, so many small chunks stay cheap
     int capacity_ = 0;
     int length_ = 0;
     int textEnd_ = 0;  ///< where the next chunk lands: the first zero byte

@@ -8,7 +8,7 @@
 struct LoopbackReply {
     std::string body = "OK\r\n";
     int status = 200;
-    std::size_t missing = 0;  ///< bytes that are announced beyond the body and never sent
+    std::size_t missing = 0;    ///< bytes that are announced beyond the body and never sent
     std::string location = {};  ///< a Location header when not empty
 };
 

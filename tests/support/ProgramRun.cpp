@@ -29,7 +29,8 @@ void Redirect(const std::string& path, int flags, int descriptor) {
 }
 
 /// Becomes the program; runs between fork and exec, where only plain system calls are safe.
-[[noreturn]] void Become(const ProgramInput& input, const TempDir& files, char** arguments, char** environment) {
+[[noreturn]] void Become(const ProgramInput& input, const TempDir& files, char** arguments,
+                         char** environment) {
     Redirect(files / "in", O_RDONLY, STDIN_FILENO);
     Redirect(files / "out", O_WRONLY | O_CREAT, STDOUT_FILENO);
     Redirect(files / "err", O_WRONLY | O_CREAT, STDERR_FILENO);

@@ -1,12 +1,12 @@
-// One test for each folder of cases/: the real program, a real server on loopback, and the bytes that must come out.
+// One test for each folder of cases/: the real program, a real server on loopback, and the bytes that must
+// come out.
 //
 //   request.xml   the body; {URL} is the server's address, {DEAD} one where nobody listens
 //   environment   lines that replace the usual CGI variables ("-NAME" removes one)
 //   reply         the server's reply (default "Done.\r\n");  missing: so many announced bytes are never sent
-//   answer.xml    the document that must come out, or   fault: the string of the fault that must   (neither: nothing)
-//   posts         the bodies that must reach the server, one line each
-//   exit          the exit status (default 0)
-//   log           texts that must stand in the log, in this order
+//   answer.xml    the document that must come out, or   fault: the string of the fault that must   (neither:
+//   nothing) posts         the bodies that must reach the server, one line each exit          the exit status
+//   (default 0) log           texts that must stand in the log, in this order
 
 #include <gtest/gtest.h>
 
@@ -61,7 +61,9 @@ std::vector<std::string> CaseNames() {
     return names;
 }
 
-std::string TestName(const testing::TestParamInfo<std::string>& info) { return ReplaceAll(info.param, "-", "_"); }
+std::string TestName(const testing::TestParamInfo<std::string>& info) {
+    return ReplaceAll(info.param, "-", "_");
+}
 
 class CasesTest : public testing::TestWithParam<std::string> {};
 
@@ -69,7 +71,8 @@ class CasesTest : public testing::TestWithParam<std::string> {};
 
 TEST_P(CasesTest, GivesTheToldAnswer) {
     const Case c(fs::path(CASES_DIR) / GetParam());
-    LoopbackServer server({.body = c.Text("reply", "Done.\r\n"), .missing = static_cast<std::size_t>(c.Number("missing"))});
+    LoopbackServer server(
+        {.body = c.Text("reply", "Done.\r\n"), .missing = static_cast<std::size_t>(c.Number("missing"))});
     const FrontEnd frontEnd;
     const std::string request =
         ReplaceAll(ReplaceAll(c.Text("request.xml"), "{URL}", server.Url()), "{DEAD}", DeadUrl());

@@ -52,8 +52,9 @@ void Set(std::vector<std::string>& environment, const std::string& variable) {
 
 FrontEnd::FrontEnd() {
     site_.Write("config/dir", "spool_dir:\t\t" + site_ / "spool" + "\nlog_dir:\t\t" + site_ / "logs" + "\n");
-    site_.Write("config/cvlogs.ini", "[main]\n[SOAP]\nwriter=file\nlevel=trace\nfilePath=" + site_ / "logs/soap_log.txt" +
-                                         "\nautoAppend=1\nbytesPerFiles=50000000\n");
+    site_.Write("config/cvlogs.ini",
+                "[main]\n[SOAP]\nwriter=file\nlevel=trace\nfilePath=" + site_ / "logs/soap_log.txt" +
+                    "\nautoAppend=1\nbytesPerFiles=50000000\n");
     fs::create_directories(site_ / "logs");
     fs::create_directories(site_ / "web/cgi-bin");
     fs::create_directory_symlink("../config", site_ / "web/config");
@@ -65,12 +66,11 @@ ProgramResult FrontEnd::Serve(const std::string& body, const std::vector<std::st
 
 ProgramResult FrontEnd::ServeWith(const std::string& program, const std::string& body,
                                   const std::vector<std::string>& environment) const {
-    std::vector<std::string> variables = {"REQUEST_METHOD=POST", "CONTENT_LENGTH=" + std::to_string(body.size())};
+    std::vector<std::string> variables = {"REQUEST_METHOD=POST",
+                                          "CONTENT_LENGTH=" + std::to_string(body.size())};
     for (const auto& variable : environment) Set(variables, variable);
-    return RunProgram({.program = program,
-                       .environment = variables,
-                       .directory = site_ / "web/cgi-bin",
-                       .input = body});
+    return RunProgram(
+        {.program = program, .environment = variables, .directory = site_ / "web/cgi-bin", .input = body});
 }
 
 std::string BodyOf(const ProgramResult& result) {

@@ -6,8 +6,8 @@
 #include "ProgramRun.h"
 #include "TempDir.h"
 
-/// A site of its own with the real front end in it, for one test: configuration, logs and the directory of CGI
-/// programs, laid out as an operator has them. Logs everything (level trace).
+/// A site of its own with the real front end in it, for one test: configuration, logs and the directory of
+/// CGI programs, laid out as an operator has them. Logs everything (level trace).
 class FrontEnd {
 public:
     FrontEnd();
@@ -28,7 +28,8 @@ private:
 
 /// What follows the CGI header; fails the test when the header is not the one told.
 std::string BodyOf(const ProgramResult& result);
-/// The number of XML documents in a text: 0 when it is empty, 1 when all of it is one; anything else fails the test.
+/// The number of XML documents in a text: 0 when it is empty, 1 when all of it is one; anything else fails
+/// the test.
 int CountDocuments(const std::string& text);
 
 /// The whole fault document for a fault string.

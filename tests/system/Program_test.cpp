@@ -1,0 +1,162 @@
+// What the program does beyond one request and its answer: sites it cannot use, floods, limits.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "FrontEnd.h"
+#include "LoopbackServer.h"
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+namespace {
+
+constexpr char kInvalidLog[] = "2301 Invalid log directory";
+
+std::string Message(const std::string& url, const std::string& fields) {
+    return "<Envelope><Body><SendStdMessage><szURL>" + url +
+           "</szURL><szRecipientName>oncall</szRecipientName>" + fields +
+           "</SendStdMessage></Body></Envelope>";
+}
+
+std::string Repeat(const std::string& text, int count) {
+    std::string repeated;
+    for (int i = 0; i < count; ++i) repeated += text;
+    return repeated;
+}
+
+void ExpectFault(const ProgramResult& result, const std::string& fault, int exitStatus) {
+    EXPECT_EQ(BodyOf(result), FaultDocument(fault));
+    EXPECT_EQ(result.exitStatus, exitStatus);
+}
+
+}  // namespace
+
+TEST(Program, SitesThatCannotLogAreRefused) {
+    const struct {
+        const char* what;
+        const char* file;
+        const char* content;
+    } cases[] = {
+        {"a log directory below a file", "config/dir", "spool_dir:\t\t/s\nlog_dir:\t\t/etc/hostname/logs\n"},
+        {"a log directory that is missing", "config/dir", "log_dir:\t\t/nonexistent/logs\n"},
+        {"an unknown writer", "config/cvlogs.ini", "[SOAP]\nwriter=paper\n"},
+        {"a database without a name", "config/cvlogs.ini", "[SOAP]\nwriter=sqlite\n"},
+    };
+    for (const auto& c : cases) {
+        const FrontEnd frontEnd;
+        fs::remove(frontEnd.Site() / "config/cvlogs.ini");
+        frontEnd.Site().Write(c.file, c.content);
+        SCOPED_TRACE(c.what);
+        ExpectFault(frontEnd.Serve("<Envelope/>"), kInvalidLog, 255);
+    }
+}
+
+TEST(Program, SiteWithoutItsDirectoryFileIsRefused) {
+    const FrontEnd frontEnd;
+    fs::remove(frontEnd.Site() / "config/dir");
+    ExpectFault(frontEnd.Serve("<Envelope/>"), kInvalidLog, 255);
+    fs::create_directory(frontEnd.Site() / "config/dir");
+    ExpectFault(frontEnd.Serve("<Envelope/>"), kInvalidLog, 255);
+}
+
+TEST(Program, FreshSiteLogsWithoutAnyHandwork) {
+    LoopbackServer server;
+    const FrontEnd frontEnd;
+    fs::remove(frontEnd.Site() / "config/cvlogs.ini");
+    const auto result = frontEnd.Serve(Message(server.Url(), ""), {});
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_THAT(
+        ReadFile(frontEnd.Site() / "config/cvlogs.ini"),
+        HasSubstr("[SOAP]\nwriter=file\nlevel=info\nfilePath=" + frontEnd.Site() / "logs/soap_log.txt\n"));
+    EXPECT_EQ(frontEnd.Log(), "") << "nothing of a served message is above the default level";
+    frontEnd.Serve("", {"REQUEST_METHOD=GET"});
+    EXPECT_THAT(frontEnd.Log(), HasSubstr("SOAP [ERROR] Invalid command\n"));
+    EXPECT_THAT(ReadFile(frontEnd.Site() / "config/dir"),
+                HasSubstr("101\tDefault\t" + frontEnd.Site() / "spool\n"));
+}
+
+TEST(Program, MessageOfManyLinesArrivesAsFarAsTheServersFieldGoes) {
+    LoopbackServer server;
+    const FrontEnd frontEnd;
+    const auto result =
+        frontEnd.Serve(Message(server.Url(), "<szMessage>" + Repeat("ab\n", 300000) + "</szMessage>"));
+    EXPECT_EQ(result.exitStatus, 0);
+    ASSERT_EQ(server.Bodies().size(), 1u);
+    EXPECT_EQ(server.Bodies()[0].size(), std::string("cmd=Cli&modid=cli&name=oncall&message=").size() + 9996);
+}
+
+TEST(Program, ReplyOfManyLinesIsListedWhole) {
+    LoopbackServer server({.body = "OK\r\n" + Repeat("item %s & more\r\n", 20000)});
+    const FrontEnd frontEnd;
+    const auto result = frontEnd.Serve("<Envelope><QueryMessage><szURL>" + server.Url() +
+                                       "</szURL></QueryMessage></Envelope>");
+    const std::string body = BodyOf(result);
+    EXPECT_EQ(CountDocuments(body), 1);
+    const std::string item = "          <string>item %s &amp; more</string>\n";
+    EXPECT_THAT(body, HasSubstr("         <szResult>\n" + Repeat(item, 20000) + "         </szResult>\n"));
+}
+
+TEST(Program, FloodsOfItemsAreBounded) {
+    LoopbackServer server;
+    const FrontEnd frontEnd;
+    const std::string items =
+        Repeat("<ResponseActionData><szResponse>r</szResponse><szAction>a</szAction></ResponseActionData>",
+               400) +
+        Repeat(
+            "<CustomFieldData><szFieldName>n</szFieldName><szFieldValue>v</szFieldValue></CustomFieldData>",
+            400);
+    EXPECT_EQ(frontEnd.Serve(Message(server.Url(), items)).exitStatus, 0);
+    ASSERT_EQ(server.Bodies().size(), 1u);
+    const std::string command = server.Bodies()[0];
+    EXPECT_LE(std::count(command.begin(), command.end(), '&') + 1, 1024);
+}
+
+TEST(Program, HostileDocumentsEndInAnAnswer) {
+    const FrontEnd frontEnd;
+    std::string bomb =
+        "<!DOCTYPE b [<!ENTITY a \"aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa\">";
+    for (char c = 'b'; c < 'l'; ++c) {
+        bomb +=
+            std::string("<!ENTITY ") + c + " \"" + Repeat(std::string("&") + char(c - 1) + ";", 10) + "\">";
+    }
+    const std::string documents[] = {
+        bomb + "]><SendStdMessage><szMessage>&k;</szMessage></SendStdMessage>",
+        "<!DOCTYPE b [<!ENTITY x SYSTEM "
+        "\"file:///etc/hostname\">]><SendStdMessage><szMessage>&x;</szMessage></SendStdMessage>",
+        Repeat("<a>", 200000),
+        "<SendStdMessage " + Repeat("nil=''", 1) + ">" + Repeat("<szURL2>x</szURL2>", 50000),
+        std::string(300000, '<'),
+        "<SendStdMessage><" + std::string(1000000, 'n') + "/></SendStdMessage>",
+        std::string("\xEF\xBB\xBF<a/>\xFF\xFE"),
+    };
+    for (const auto& document : documents) {
+        const auto result = frontEnd.Serve(document);
+        EXPECT_EQ(CountDocuments(BodyOf(result)), 1) << document.substr(0, 60);
+        EXPECT_TRUE(result.exitStatus == 0 || result.exitStatus == 255) << result.exitStatus;
+    }
+}
+
+TEST(Program, RequestCutAnywhereEndsInOneAnswer) {
+    LoopbackServer server;
+    const FrontEnd frontEnd;
+    const std::string request = Message(server.Url(), "<szMessage>caf\xC3\xA9 &amp; more</szMessage>");
+    for (std::size_t length = 1; length < request.size(); length += 9) {
+        const auto result = frontEnd.Serve(request.substr(0, length));
+        EXPECT_EQ(CountDocuments(BodyOf(result)), 1) << length;
+        EXPECT_TRUE(result.exitStatus == 0 || result.exitStatus == 255) << length;
+    }
+}
+
+TEST(Program, ServedRequestTouchesLittleMemory) {
+    const char* program = std::getenv("QUORBEL_RELEASE_PROGRAM");
+    if (program == nullptr)
+        GTEST_SKIP() << "script/test names the release program; sanitizers need more memory";
+    LoopbackServer server;
+    const FrontEnd frontEnd;
+    const auto result = frontEnd.ServeWith(program, Message(server.Url(), "<szMessage>m</szMessage>"));
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_LT(result.peakMemoryKiB, 20 * 1024);
+}
