@@ -13,6 +13,7 @@
 #include "CVconEvent.h"
 #include "Eventually.h"
 #include "SystemLogRecorder.h"
+#include "TempDir.h"
 
 using namespace std::chrono_literals;
 using testing::ElementsAre;
@@ -251,4 +252,16 @@ TEST(CVsysEventLogMultiThreaded, PassesOnThatTheSystemGivesNoThread) {
     createError = 0;
     EXPECT_EQ(log->Info(nullptr, "refused"), 0);
     EXPECT_TRUE(record.deleted);
+}
+
+TEST(CVsysEventLogMultiThreaded, IsWhatAModuleGetsThatAsksForThreads) {
+    const TempDir dir;
+    dir.Write("cvlogs.ini", "[M]\nfilePath=" + dir.Path() + "/l.txt\nautoAppend=1\n");
+    const auto log = CVsysEventLogInterface::Create("M", LogThreading::Multi, dir.Path());
+    ASSERT_TRUE(log);
+    EXPECT_EQ(log->Fatal(nullptr, "early"), 0);
+    ASSERT_TRUE(log->Start());
+    EXPECT_EQ(CVsysEventLogInterface::GetInstance("M")->Fatal(nullptr, "queued"), 1);
+    log->Stop();
+    EXPECT_THAT(ReadFile(dir / "l.txt"), testing::EndsWith("[FATAL] queued\n"));
 }
