@@ -5,6 +5,7 @@
 #include <mutex>
 
 #include "CVsysEventLogFileWriter.h"
+#include "CVsysEventLogSQLiteWriter.h"
 #include "LogLocations.h"
 #include "LogReport.h"
 #include "StandardErrorWriter.h"
@@ -26,6 +27,10 @@ WriterPointer MakeFileWriter(const LogSettings& settings, const std::string& mod
     return writer;
 }
 
+WriterPointer MakeSQLiteWriter(const LogSettings& settings, const std::string& module) {
+    return Configured(std::make_unique<CVsysEventLogSQLiteWriter>(module), settings);
+}
+
 WriterPointer MakeStandardErrorWriter(const LogSettings& settings, const std::string& /*module*/) {
     return Configured(std::make_unique<StandardErrorWriter>(), settings);
 }
@@ -37,6 +42,7 @@ constexpr struct {
     WriterPointer (*make)(const LogSettings& settings, const std::string& module);
 } kWriters[] = {
     {"file", MakeFileWriter},
+    {"sqlite", MakeSQLiteWriter},
     {"qtdebug", MakeStandardErrorWriter},
 };
 

@@ -159,6 +159,7 @@ TEST(CVsysEventLogInterface, TellsWhyThereIsNoUsableLog) {
          "Log writer initialization failed. Check cvlogs.ini"},
         {"[SOAP]\nfilePath=@/file/l\n", Result::NotReady,
          "Log writer initialization failed. Check cvlogs.ini"},
+        {"[SOAP]\nwriter=sqlite\n", Result::NotReady, "Log writer initialization failed. Check cvlogs.ini"},
         {"[SOAP]\nwriter=tape\n", Result::None, "Error occurred while creating log writer."},
         {"[SOAP]\nwriter=common\n[common]\nwriter=Common\n", Result::None,
          "Error occurred while creating log writer."},
@@ -199,6 +200,16 @@ TEST(CVsysEventLogInterface, SharesTheCommonWriterBetweenModulesThatKeepTheirLev
                 throw 0;
         }),
         Child::Finished);
+}
+
+TEST(CVsysEventLogInterface, WritesToADatabaseForSqlite) {
+    const Site site("[SOAP]\nwriter=SQLite\ndbfilename=@/logs.sdb\n");
+    auto log = site.Create();
+    ASSERT_TRUE(log && log->IsReady());
+    EXPECT_EQ(log->Info("Send", "stored"), 1);
+    log.reset();  // the last connection moves its entries into the file itself
+    EXPECT_NE(site.Read("logs.sdb").find("Send stored"), std::string::npos);
+    EXPECT_EQ(site.Read("soap_log.txt"), "");
 }
 
 TEST(CVsysEventLogInterface, WritesToStandardErrorForQtdebug) {

@@ -19,11 +19,16 @@ std::string Entry(int process, int number) {
     return "process " + std::to_string(process) + " entry " + std::to_string(number) + " end";
 }
 
-// One short-lived program, with the clean-up that each start does.
+// Creates its log anew every few entries: the clean-up of each creation is what could take a lock file away
+// from under a writer.
 void RunProgram(const TempDir& dir, int process) {
-    const auto log = CVsysEventLogInterface::Create("SOAP", LogThreading::Single, dir.Path());
-    if (!log || !log->IsReady()) throw 0;
+    std::unique_ptr<CVsysEventLogInterface> log;
     for (int number = 0; number < kEntries; ++number) {
+        if (number % 4 == 0) {
+            log.reset();
+            log = CVsysEventLogInterface::Create("SOAP", LogThreading::Single, dir.Path());
+            if (!log || !log->IsReady()) throw 0;
+        }
         if (log->Info(nullptr, "%s", Entry(process, number).c_str()) != 1) throw 0;
     }
 }
@@ -43,15 +48,23 @@ std::map<std::string, int> LinesOf(const TempDir& dir) {
 
 }  // namespace
 
-// Archives change hands every dozen entries while programs start, end and are killed.
+// The file is archived every few entries while programs start, end and are killed.
 TEST(SharedLog, HoldsEachEntryOfEveryProgramThatEndedExactlyOnce) {
     const TempDir dir;
     dir.Write("cvlogs.ini", "[SOAP]\nfilePath=" + dir.Path() +
-                                "/soap_log.txt\nbytesPerFiles=1000\nnumFiles=1000\nautoAppend=1\n");
+                                "/soap_log.txt\nbytesPerFiles=300\nnumFiles=1000\nautoAppend=1\n");
+    int start[2];
+    ASSERT_EQ(pipe(start), 0);
     std::vector<pid_t> children;
     for (int process = 0; process < kProcesses; ++process) {
-        children.push_back(StartChild([&, process] { RunProgram(dir, process); }));
+        children.push_back(StartChild([&, process] {
+            char go;
+            if (close(start[1]) != 0 || read(start[0], &go, 1) != 0) throw 0;
+            RunProgram(dir, process);
+        }));
     }
+    close(start[1]);  // all at once
+    close(start[0]);
     std::minstd_rand random(std::random_device{}());
     for (int kills = 0; kills < kProcesses / 4; ++kills) {
         usleep(random() % 5000);
