@@ -5,6 +5,8 @@
 #include "CVobject.h"
 
 /// A recursive mutex: the owning thread may lock it again, and frees it with as many unlocks.
+///
+/// Where an operation answers false, `errno` tells why.
 class CVconLock : public CVobject {
 public:
     /// Throws CVconException "Create Lock Failed".
@@ -27,8 +29,8 @@ private:
 
 /// Holds a CVconLock for a scope.
 ///
-/// On leaving it unlocks what it locked, and deletes the lock when told to own it. The destructor never
-/// throws; only the explicit calls do.
+/// On leaving it unlocks as often as it locked, and deletes the lock when told to own it. The destructor
+/// never throws; only the explicit calls do.
 class ScopedLock {
 public:
     enum class Start { Locked, Unlocked };
@@ -48,6 +50,6 @@ public:
 
 private:
     CVconLock* lock_;
-    bool unlockAtEnd_ = false;
+    int locked_ = 0;
     bool deleteAtEnd_;
 };

@@ -1,16 +1,17 @@
 #include "CVconLock.h"
 
-#include <unistd.h>
-
 #include <cerrno>
 
-#include "CVException.h"
+#include "ConFailure.h"
 
 namespace {
 
-[[noreturn]] void Fail(int line, const char* message, int code) {
-    errno = code;
-    throw CVconException(gettid(), "CVconLock", line, message, code == 0 ? "" : GetSystemErrorText());
+constexpr char kUnit[] = "CVconLock";
+
+/// The pthread calls return their error; it goes where GetSystemErrorText looks.
+bool Succeeded(int code) {
+    if (code != 0) errno = code;
+    return code == 0;
 }
 
 /// Returns 0 or the error code of the call that failed.
@@ -26,7 +27,9 @@ int InitialiseRecursive(pthread_mutex_t& mutex) {
 }  // namespace
 
 CVconLock::CVconLock() {
-    if (const int code = InitialiseRecursive(mutex_); code != 0) Fail(__LINE__, "Create Lock Failed", code);
+    if (const int code = InitialiseRecursive(mutex_); code != 0) {
+        RaiseConFailure(kUnit, __LINE__, "Create Lock Failed", code);
+    }
 }
 
 CVconLock::~CVconLock() {
@@ -34,35 +37,35 @@ CVconLock::~CVconLock() {
 }
 
 bool CVconLock::Lock() {
-    return pthread_mutex_lock(&mutex_) == 0;
+    return Succeeded(pthread_mutex_lock(&mutex_));
 }
 
 bool CVconLock::TryLock() {
-    return pthread_mutex_trylock(&mutex_) == 0;
+    return Succeeded(pthread_mutex_trylock(&mutex_));
 }
 
 bool CVconLock::Unlock() {
-    return pthread_mutex_unlock(&mutex_) == 0;
+    return Succeeded(pthread_mutex_unlock(&mutex_));
 }
 
 ScopedLock::ScopedLock(CVconLock* lock, Start start, Owns owns)
     : lock_(lock), deleteAtEnd_(owns == Owns::Yes) {
-    if (lock_ == nullptr) Fail(__LINE__, "Create lock failed", 0);
+    if (lock_ == nullptr) RaiseConFailure(kUnit, __LINE__, "Create lock failed", 0);
     if (start == Start::Locked) Lock();
 }
 
 ScopedLock::~ScopedLock() {
     // Unlock first: a locked mutex must not be destroyed.
-    if (unlockAtEnd_) lock_->Unlock();
+    for (; locked_ > 0; --locked_) lock_->Unlock();
     if (deleteAtEnd_) delete lock_;
 }
 
 void ScopedLock::Lock() {
-    if (!lock_->Lock()) Fail(__LINE__, "Lock failed", EINVAL);
-    unlockAtEnd_ = true;
+    if (!lock_->Lock()) RaiseConFailure(kUnit, __LINE__, "Lock failed", errno);
+    ++locked_;
 }
 
 void ScopedLock::Unlock() {
-    unlockAtEnd_ = false;
-    if (!lock_->Unlock()) Fail(__LINE__, "Unlock failed", EPERM);
+    if (!lock_->Unlock()) RaiseConFailure(kUnit, __LINE__, "Unlock failed", errno);
+    if (locked_ > 0) --locked_;
 }

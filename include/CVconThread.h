@@ -1,0 +1,65 @@
+#pragma once
+
+#include <pthread.h>
+
+#include <chrono>
+#include <memory>
+
+#include "CVconDelegate.h"
+#include "CVobject.h"
+
+struct ThreadControl;
+
+/// A detached thread that runs a delegate's body once.
+///
+/// Nobody joins it. Destroying the object neither ends the thread nor waits for it; the body must outlive the
+/// thread. Once `Create` has returned, any thread may call the other operations. The first `Create` of a
+/// process installs handlers for SIGUSR1, SIGUSR2 and SIGQUIT; a process that creates none keeps its own.
+///
+/// Failures are CVconExceptions; those of Kill, Suspend and Resume carry the text of ESRCH when the thread
+/// has ended or was never created.
+class CVconThread : public CVobject {
+public:
+    /// DeleteBodyAndThread: the thread deletes both when its body ends. Both must then come from `new`, and
+    /// nobody may use them once Create has returned. They stay the caller's when Create throws.
+    enum class AtEnd { KeepBody, DeleteBodyAndThread };
+
+    explicit CVconThread(CVconDelegate* body, AtEnd atEnd = AtEnd::KeepBody);
+    ~CVconThread() override;
+
+    CVconThread(const CVconThread&) = delete;
+    CVconThread& operator=(const CVconThread&) = delete;
+
+    /// Starts the body. Throws "Create Thread Failed", also while the thread lives, and "Initialize Thread
+    /// Lib Failed" when the handlers cannot be installed.
+    void Create();
+
+    /// Ends the thread at its next cancellation point (a sleep, a wait, a read), destroying the body's
+    /// objects so that its locks are freed. A body that reaches none cannot be ended: it should ask
+    /// KillRequested from time to time. Throws "Kill Thread Failed".
+    void Kill();
+
+    /// Asks the thread to pause until Resume; it does so as soon as the signal reaches it, wherever it is.
+    /// Locks that it holds stay taken meanwhile. Throws "Suspend Thread Failed".
+    void Suspend();
+    /// Throws "Resume Thread Failed".
+    void Resume();
+
+    /// From Create on until the body has ended, its objects destroyed.
+    bool IsAlive() const;
+    /// Waits until the thread is no longer alive; false when it still is after `limit`.
+    bool WaitForEnd(std::chrono::milliseconds limit) const;
+
+    static pthread_t Self();
+    /// Ends the calling thread, destroying the objects on its stack.
+    [[noreturn]] static void Exit();
+    /// Whether somebody has killed the calling thread, which may not have reached a cancellation point yet.
+    static bool KillRequested();
+
+private:
+    void Send(int line, const char* failure, int (*send)(ThreadControl&));
+
+    CVconDelegate* body_;
+    AtEnd atEnd_;
+    std::shared_ptr<ThreadControl> control_;  // of the last Create, shared with the running thread
+};

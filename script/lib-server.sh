@@ -1,0 +1,79 @@
+# A site's web server and its stand-in paging server, for script/demo and script/server; sourced, not run.
+# Both listen on the loopback address only and end with stop_servers.
+
+servers=() # process ids
+
+stop_servers() {
+    ((${#servers[@]})) || return 0
+    kill "${servers[@]}" 2>/dev/null || true
+    wait "${servers[@]}" 2>/dev/null || true
+    servers=()
+}
+
+# start_standin WORK: prints its commands into WORK/standin.log; sets server_url.
+start_standin() {
+    local port_file=$1/standin.port
+    rm -f "$port_file"
+    "$root/build/release/bin/paging-standin" --port-file "$port_file" >"$1/standin.log" 2>&1 &
+    servers+=($!)
+    wait_for test -s "$port_file" || fail "the stand-in paging server did not start, see $1/standin.log"
+    server_url=http://127.0.0.1:$(<"$port_file")/cgi/cmd
+}
+
+# start_web SITE PORT: 0 takes a free port; sets web_url.
+start_web() {
+    local site=$1 wanted=$2 port tries
+    for ((tries = 0; tries < 20; tries++)); do
+        port=$((wanted ? wanted : 20000 + RANDOM % 10000)) # below the ports the kernel hands out itself
+        if try_web "$site" "$port"; then
+            web_url=http://127.0.0.1:$port/cgi-bin/quorbel-soap
+            return 0
+        fi
+        if ((wanted)); then fail "lighttpd cannot listen on port $port: $(tail -n 1 "$site/logs/lighttpd.err")"; fi
+    done
+    fail "lighttpd did not start, see $site/logs/lighttpd.err"
+}
+
+try_web() {
+    local site=$1 pid
+    local config
+    config=$(<"$root/deploy/lighttpd.conf")
+    config=${config//@SITE@/"$site"}
+    config=${config//@ADDRESS@/127.0.0.1}
+    config=${config//@PORT@/"$2"}
+    printf '%s\n' "$config" >"$site/lighttpd.conf"
+    rm -f "$site/logs/lighttpd.pid"
+    lighttpd -D -f "$site/lighttpd.conf" 2>>"$site/logs/lighttpd.err" &
+    pid=$!
+    wait_for web_decided "$site" "$pid" || true
+    if web_listens "$site" "$pid"; then
+        servers+=("$pid")
+        return 0
+    fi
+    kill "$pid" 2>/dev/null || true
+    wait "$pid" || true
+    return 1
+}
+
+# lighttpd writes its process id once it listens. A taken port would answer a mere connection attempt too.
+web_listens() { [[ -s $1/logs/lighttpd.pid && $(<"$1/logs/lighttpd.pid") == "$2" ]]; }
+web_decided() { web_listens "$@" || ! kill -0 "$2" 2>/dev/null; }
+
+# fill_requests DIR: copies of the sample requests that name the stand-in as their paging server.
+fill_requests() {
+    local sample
+    mkdir -p "$1"
+    for sample in "$root"/script/requests/*.xml; do
+        sed "s|@URL@|$server_url|g" "$sample" >"$1/${sample##*/}"
+    done
+}
+
+# fresh_work NAME: sets work to the empty directory build/NAME, which this process has to itself.
+fresh_work() {
+    work=$root/build/$1
+    mkdir -p "$root/build"
+    exec {work_lock}>"$work.lock"
+    flock -n "$work_lock" || fail "another script/$1 of this checkout is running"
+    rm -rf "$work"
+    mkdir -p "$work"
+}

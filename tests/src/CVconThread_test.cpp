@@ -1,0 +1,371 @@
+#include "CVconThread.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/select.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <functional>
+#include <thread>
+
+#include "CVException.h"
+#include "CVconEvent.h"
+#include "CVconLock.h"
+#include "Eventually.h"
+#include "NoCancellation.h"
+#include "ThreadSignals.h"
+
+using namespace std::chrono_literals;
+
+namespace {
+
+std::atomic<int> createError{0};
+std::atomic<int> sigactionError{0};
+
+}  // namespace
+
+// The linker sends the platform's calls here.
+extern "C" {
+int __real_pthread_create(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
+int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*start)(void*),
+                          void* argument) {
+    const int code = createError;
+    return code != 0 ? code : __real_pthread_create(thread, attributes, start, argument);
+}
+
+int __real_sigaction(int, const struct sigaction*, struct sigaction*);
+int __wrap_sigaction(int signal, const struct sigaction* action, struct sigaction* before) {
+    if (sigactionError == 0 || signal != SIGUSR1) return __real_sigaction(signal, action, before);
+    errno = sigactionError;
+    return -1;
+}
+}
+
+namespace {
+
+class Body : public CVconDelegate {
+public:
+    explicit Body(std::function<void()> body) : body_(std::move(body)) {}
+    void DoWork(pthread_t threadId) override {
+        receivedOwnId = pthread_equal(threadId, CVconThread::Self()) != 0;
+        body_();
+    }
+
+    std::atomic<bool> receivedOwnId{false};
+
+private:
+    std::function<void()> body_;
+};
+
+/// Sets a flag when the scope ends, by whatever way.
+struct Flagging {
+    std::atomic<bool>& flag;
+    ~Flagging() { flag = true; }
+};
+
+bool Ends(const CVconThread& thread) {
+    return thread.WaitForEnd(20s);
+}
+
+std::string Thrown(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const CVconException& exception) {
+        return exception.GetMessage() + "|" + exception.GetSystemMessage();
+    }
+    return "nothing";
+}
+
+/// Sleeps in a way that the sanitizers can follow when it is cancelled: the thread sanitizer loses track of
+/// threads that end in a call it intercepts, the address sanitizer does not clear the frames of those that
+/// end.
+[[gnu::no_sanitize_address]] void SleepForAnHour() {
+    timeval hour{3600, 0};
+    select(0, nullptr, nullptr, nullptr, &hour);
+}
+
+/// A thread that counts until told to stop.
+struct Counter {
+    std::atomic<long> count{0};
+    std::atomic<bool> stop{false};
+    CVconEvent pause;
+    Body body{[this] {
+        for (; !stop; ++count) pause.Wait(100);  // a tenth of a millisecond
+    }};
+    CVconThread thread{&body};
+
+    Counter() {
+        thread.Create();
+        Runs();  // the thread sanitizer can lose a signal that comes before a thread's first wait
+    }
+    ~Counter() {
+        stop = true;
+        Ends(thread);
+    }
+
+    bool Runs() {
+        const long seen = count;
+        return Eventually([&] { return count > seen; });
+    }
+    bool Stands() {
+        const long seen = count;
+        std::this_thread::sleep_for(5ms);
+        return count == seen;
+    }
+};
+
+bool Paused(int threads) {
+    return Eventually([&] { return SuspendedThreads() == threads; });
+}
+
+}  // namespace
+
+TEST(CVconThread, IsAliveFromCreateUntilItsBodyHasEnded) {
+    CVconEvent go;
+    Body body([&] { go.Wait(); });
+    CVconThread thread(&body);
+    EXPECT_FALSE(thread.IsAlive());
+    EXPECT_TRUE(thread.WaitForEnd(0ms)) << "never created";
+
+    thread.Create();
+    EXPECT_TRUE(thread.IsAlive());
+    EXPECT_FALSE(thread.WaitForEnd(1ms));
+    EXPECT_EQ(Thrown([&] { thread.Create(); }), "Create Thread Failed|Invalid attribute");
+
+    go.Signal();
+    EXPECT_TRUE(Ends(thread));
+    EXPECT_FALSE(thread.IsAlive());
+    EXPECT_TRUE(body.receivedOwnId);
+}
+
+TEST(CVconThread, RefusesToSignalAThreadThatIsNotThere) {
+    Body body([] {});
+    CVconThread thread(&body);
+    const std::string gone = std::strerror(ESRCH);
+    for (const bool ended : {false, true}) {
+        EXPECT_EQ(Thrown([&] { thread.Kill(); }), "Kill Thread Failed|" + gone) << ended;
+        EXPECT_EQ(Thrown([&] { thread.Suspend(); }), "Suspend Thread Failed|" + gone) << ended;
+        EXPECT_EQ(Thrown([&] { thread.Resume(); }), "Resume Thread Failed|" + gone) << ended;
+        if (ended) break;
+        thread.Create();
+        ASSERT_TRUE(Ends(thread));
+    }
+}
+
+TEST(CVconThread, TellsWhyTheSystemRefusedAThread) {
+    const struct {
+        int code;
+        const char* text;
+    } cases[] = {
+        {EAGAIN, "Out of resource"},
+        {EINVAL, "Invalid attribute"},
+        {EPERM, "Permission denied"},
+        {ENOMEM, "Unknown Error [12]"},
+    };
+    Body body([] {});
+    CVconThread thread(&body);
+    for (const auto& c : cases) {
+        createError = c.code;
+        EXPECT_EQ(Thrown([&] { thread.Create(); }), std::string("Create Thread Failed|") + c.text);
+        EXPECT_FALSE(thread.IsAlive());
+    }
+    createError = 0;
+    EXPECT_EQ(Thrown([&] { thread.Create(); }), "nothing") << "a later attempt is free to succeed";
+    EXPECT_TRUE(Ends(thread));
+}
+
+TEST(CVconThread, DeletesBodyAndThreadWhenTheyAreGivenToIt) {
+    std::atomic<int> deleted{0};
+    struct WatchedBody : Body {
+        explicit WatchedBody(std::atomic<int>& count) : Body([] {}), deletions(count) {}
+        ~WatchedBody() override { ++deletions; }
+        std::atomic<int>& deletions;
+    };
+    struct WatchedThread : CVconThread {
+        WatchedThread(CVconDelegate* body, std::atomic<int>& count)
+            : CVconThread(body, AtEnd::DeleteBodyAndThread), deletions(count) {}
+        ~WatchedThread() override { ++deletions; }
+        std::atomic<int>& deletions;
+    };
+    (new WatchedThread(new WatchedBody(deleted), deleted))->Create();
+    EXPECT_TRUE(Eventually([&] { return deleted == 2; }));
+}
+
+TEST(CVconThread, OutlivesItsObject) {
+    CVconEvent go;
+    std::atomic<bool> ended{false};
+    Body body([&] {
+        const Flagging flagging{ended};
+        go.Wait();
+    });
+    {
+        CVconThread thread(&body);
+        thread.Create();
+    }
+    go.Signal();
+    EXPECT_TRUE(Eventually([&] { return ended.load(); }));
+}
+
+TEST(CVconThread, ExitDestroysTheBodysObjects) {
+    std::atomic<bool> destroyed{false}, passed{false};
+    Body body([&] {
+        const Flagging flagging{destroyed};
+        CVconThread::Exit();
+        passed = true;
+    });
+    CVconThread thread(&body);
+    thread.Create();
+    EXPECT_TRUE(Ends(thread));
+    EXPECT_TRUE(destroyed);
+    EXPECT_FALSE(passed);
+}
+
+TEST(CVconThread, KillUnwindsASleepingBody) {
+    CVconLock lock;
+    std::atomic<bool> sleeping{false}, destroyed{false};
+    Body body([&] {
+        const Flagging flagging{destroyed};
+        const ScopedLock guard(&lock);
+        sleeping = true;
+        while (true) SleepForAnHour();
+    });
+    CVconThread thread(&body);
+    thread.Create();
+    ASSERT_TRUE(Eventually([&] { return sleeping.load(); }));
+    thread.Kill();
+    EXPECT_TRUE(Ends(thread));
+    EXPECT_TRUE(destroyed);
+    EXPECT_TRUE(lock.TryLock() && lock.Unlock()) << "its lock is still taken";
+}
+
+TEST(CVconThread, KillOfAWaitingBodyLeavesTheEventUsable) {
+    CVconEvent event;
+    Body body([&] { event.Wait(); });
+    CVconThread thread(&body);
+    thread.Create();
+    thread.Kill();
+    EXPECT_TRUE(Ends(thread));
+    EXPECT_EQ(event.Wait(0), CVconEvent::Wake::TimedOut);
+    event.Signal();
+    EXPECT_EQ(event.Wait(), CVconEvent::Wake::Signalled);
+}
+
+TEST(CVconThread, KilledBodySeesTheRequestWhereItCannotBeEnded) {
+    std::atomic<bool> passed{false};
+    Body body([&] {
+        const NoCancellation cannotBeLeft;
+        while (!CVconThread::KillRequested()) std::this_thread::sleep_for(100us);
+        passed = true;
+    });
+    CVconThread thread(&body);
+    thread.Create();
+    thread.Kill();
+    EXPECT_TRUE(Ends(thread));
+    EXPECT_TRUE(passed);
+    EXPECT_FALSE(CVconThread::KillRequested()) << "only the killed thread is meant";
+}
+
+TEST(CVconThread, PausesAndGoesOnOverSeveralCycles) {
+    Counter one, other;
+    for (int cycle = 0; cycle < 5; ++cycle) {
+        one.thread.Suspend();
+        ASSERT_TRUE(Paused(1));
+        EXPECT_TRUE(one.Stands());
+        EXPECT_TRUE(other.Runs()) << "only one was suspended";
+
+        one.thread.Resume();
+        EXPECT_TRUE(one.Runs());
+        ASSERT_TRUE(Paused(0));
+    }
+    one.thread.Resume();
+    EXPECT_TRUE(one.Runs()) << "a resume without a suspend does nothing";
+}
+
+TEST(CVconThread, PausesTwoThreadsIndependently) {
+    Counter one, other;
+    one.thread.Suspend();
+    other.thread.Suspend();
+    ASSERT_TRUE(Paused(2));
+    other.thread.Resume();
+    EXPECT_TRUE(other.Runs());
+    EXPECT_TRUE(one.Stands());
+    one.thread.Resume();
+    EXPECT_TRUE(one.Runs());
+}
+
+TEST(CVconThread, EndsUpRunningAfterHurriedRequests) {
+    Counter counter;
+    for (int i = 0; i < 200; ++i) {
+        counter.thread.Suspend();
+        counter.thread.Resume();
+    }
+    EXPECT_TRUE(counter.Runs());
+}
+
+TEST(CVconThread, CanSuspendItselfAndBeResumed) {
+    CVconThread* self = nullptr;
+    std::atomic<bool> passed{false};
+    Body body([&] {
+        self->Suspend();
+        passed = true;
+    });
+    CVconThread thread(&body);
+    self = &thread;
+    thread.Create();
+    ASSERT_TRUE(Paused(1));
+    EXPECT_FALSE(passed);
+    EXPECT_TRUE(thread.IsAlive());
+    thread.Resume();
+    EXPECT_TRUE(Ends(thread));
+    EXPECT_TRUE(passed);
+}
+
+TEST(CVconThread, KillEndsASuspendedThread) {
+    Counter counter;
+    counter.thread.Suspend();
+    ASSERT_TRUE(Paused(1));
+    counter.thread.Kill();
+    EXPECT_TRUE(Ends(counter.thread));
+    EXPECT_TRUE(Paused(0));
+}
+
+using CVconThreadDeathTest = testing::Test;
+
+namespace {
+
+void EndByAnOperatorsQuit() {
+    const rlimit none{};
+    setrlimit(RLIMIT_CORE, &none);
+    CVconEvent never;
+    Body body([&] { never.Wait(); });
+    CVconThread thread(&body);
+    thread.Create();
+    kill(getpid(), SIGQUIT);
+    Ends(thread);
+}
+
+void EndWhenHandlersAreRefused() {
+    sigactionError = EACCES;
+    Body body([] {});
+    CVconThread thread(&body);
+    const std::string thrown = Thrown([&] { thread.Create(); });
+    sigactionError = 0;
+    thread.Create();  // tried again
+    _exit(thrown == std::string("Initialize Thread Lib Failed|") + std::strerror(EACCES) ? 7 : 1);
+}
+
+}  // namespace
+
+TEST(CVconThreadDeathTest, QuitFromOutsideStillEndsTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(EndByAnOperatorsQuit(), testing::KilledBySignal(SIGQUIT), "");
+}
+
+TEST(CVconThreadDeathTest, ReportsRefusedHandlersAndTriesAgain) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(EndWhenHandlersAreRefused(), testing::ExitedWithCode(7), "");
+}
