@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "CVsysEventLogMultiThreaded.h"
 #include "CVsysEventLogSingleThreaded.h"
 #include "EventMessage.h"
 #include "LogConfiguration.h"
@@ -21,7 +22,7 @@ std::unique_ptr<CVsysEventLogInterface> MakeForm(LogThreading threading, const s
         case LogThreading::Single:
             return std::make_unique<CVsysEventLogSingleThreaded>(module, configDirectory, furtherName);
         case LogThreading::Multi:
-            break;
+            return std::make_unique<CVsysEventLogMultiThreaded>(module, configDirectory, furtherName);
     }
     return nullptr;
 }
