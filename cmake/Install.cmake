@@ -21,7 +21,7 @@ install(FILES ${install_files}/config DESTINATION web)
 # share/ mirrors the checkout, so that the links between the pages lead somewhere.
 install(FILES README.md DESTINATION share OPTIONAL)
 install(DIRECTORY docs DESTINATION share FILES_MATCHING PATTERN *.md PATTERN man EXCLUDE)
-install(DIRECTORY deploy DESTINATION share)
+install(DIRECTORY deploy DESTINATION share USE_SOURCE_PERMISSIONS)
 install(FILES cmake/package/dir DESTINATION share/deploy)
 install(FILES ${CMAKE_BINARY_DIR}/share/quorbel.wsdl DESTINATION share OPTIONAL)
 if(EXISTS ${PROJECT_SOURCE_DIR}/docs/man)
