@@ -66,8 +66,10 @@ int CVCProcess::Send(CommandParameters& command, const std::string& url, const s
 void CVCProcess::ReportFailure(const char* output) {
     if (log_ != nullptr) log_->Error(nullptr, "Send process aborted.\n");
     // Operators know these texts as printed with the output itself as the format, so "%%" stands for "%".
-    const std::string text = *output != '\0' ? output : CatalogueText(kNoReplyMessage);
-    const std::string expanded = ExpandWithoutArguments(text, kReportSize - 1);
+    const std::string catalogueText = *output != '\0' ? "" : CatalogueText(kNoReplyMessage);
+    const std::string_view text = *output != '\0' ? std::string_view(output) : catalogueText;
+    // One byte more than a report holds, so that the report sees that it is cut.
+    const std::string expanded = ExpandWithoutArguments(text, kReportSize);
     if (!text.empty()) ReportError(kTransportFailure, "%s", expanded.c_str());
 }
 
