@@ -16,8 +16,9 @@
 
 namespace {
 
-// Both names are older than this class; administrators look for them.
+// These names are older than this class; administrators look for them.
 constexpr const char* kPathSource = "CVsysEventLogInterface::setFilePath";
+constexpr const char* kPrepareSource = "CVsysEventLogInterface::loadWriterConfig";
 constexpr const char* kWriteSource = "CVsysEventLogFileWriter::DoWork";
 constexpr const char* kUnknown = "Unknown Error";
 
@@ -83,9 +84,10 @@ void CVsysEventLogFileWriter::PrepareDirectory() {
     try {
         RemoveDeadLockFiles(directory_);
     } catch (...) {
-        ReportCaughtException(kPathSource, identity_, kUnknown);
+        ReportCaughtException(kPrepareSource, identity_, kUnknown);
     }
     initialised_ = !IsLockHopeless(path_ + ".lock");
+    if (!initialised_) ReportLogFailure(kPrepareSource, identity_, "Can not lock '" + path_ + ".lock'");
 }
 
 bool CVsysEventLogFileWriter::isReady() {

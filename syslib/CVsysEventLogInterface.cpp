@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "CVsysEventLogMultiThreaded.h"
 #include "CVsysEventLogSingleThreaded.h"
 #include "EventMessage.h"
 #include "LogConfiguration.h"
@@ -21,7 +22,7 @@ std::unique_ptr<CVsysEventLogInterface> MakeForm(LogThreading threading, const s
         case LogThreading::Single:
             return std::make_unique<CVsysEventLogSingleThreaded>(module, configDirectory, furtherName);
         case LogThreading::Multi:
-            break;
+            return std::make_unique<CVsysEventLogMultiThreaded>(module, configDirectory, furtherName);
     }
     return nullptr;
 }
@@ -140,7 +141,8 @@ void CVsysEventLogInterface::SetThreshold(EventLevel threshold) {
 }
 
 int CVsysEventLogInterface::WriteEntry(const Entry& entry, va_list arguments) {
-    if (!IsEnabled() || entry.level < Threshold()) return 0;
+    const EventLevel threshold = Threshold();
+    if (!IsEnabled() || entry.level < threshold || threshold == EventLevel::None) return 0;
     std::string message = BuildEventMessage(entry.context, entry.format, entry.systemError, arguments);
     if (threadIdShown_.load(std::memory_order_relaxed)) message = WithThreadId(message);
     return Write(entry.level, message, -1, nullptr);

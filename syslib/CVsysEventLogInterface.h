@@ -70,7 +70,7 @@ public:
     void SetEnabled(bool enabled) { enabled_.store(enabled, std::memory_order_relaxed); }
 
     EventLevel Threshold() const { return threshold_.load(std::memory_order_relaxed); }
-    /// EventLevel::None writes nothing: it clears the enabled flag.
+    /// With EventLevel::None nothing is written: it clears the enabled flag, too.
     void SetThreshold(EventLevel threshold);
 
     /// While set, every message begins with the kernel's id of the calling thread, as `ps -L` shows it.

@@ -50,7 +50,7 @@ std::string EffectiveFormat(const char* context, const char* format, int systemE
 }  // namespace
 
 std::string BuildEventMessage(const char* context, const char* format, int systemError, va_list arguments) {
-    const std::string effective = EffectiveFormat(context, format, systemError);
+    std::string effective = EffectiveFormat(context, format, systemError);
     char message[kLimit + 1];
     // A format that the library refuses, such as one with a percent sign at its end, is its own message.
     if (std::vsnprintf(message, sizeof message, effective.c_str(), arguments) < 0) return effective;

@@ -74,16 +74,19 @@ bool Complete(const std::string& fresh, const std::string& old) {
     return done;
 }
 
-bool Replace(IniReaderWriter& ini, const std::string& path) {
+void Replace(IniReaderWriter& ini, const std::string& path) {
     std::error_code ignored;
-    if (fs::is_symlink(path, ignored)) return false;  // it leads nowhere now, and must stay a link
+    if (fs::is_symlink(path, ignored)) return;  // it leads nowhere now, and must stay a link
     const std::string fresh = path + ".new";
     DeleteFile(fresh);  // a process that died here may have been another user's
-    if (ini.save(fresh) && Complete(fresh, path) && RenameFile(fresh, path)) return true;
-    DeleteFile(fresh);
-    return false;
+    if (!ini.save(fresh) || !Complete(fresh, path) || !RenameFile(fresh, path)) DeleteFile(fresh);
 }
 
+bool TakesNewFiles(const fs::path& directory) {
+    return faccessat(AT_FDCWD, directory.empty() ? "." : directory.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
+}
+
+// Only where there is no other way: a full disk would cost what the file held.
 void RewriteInPlace(const std::string& path, const LogSection& section) {
     CVIniReaderWriterEx file(path, /*lock=*/true, /*retry=*/false);
     if (!file.Open() || !LoadLogConfig(file) || HasSection(file, section)) return;
@@ -99,16 +102,16 @@ bool LoadLogConfig(IniReaderWriter& ini) {
 
 bool AddLogSection(IniReaderWriter& ini, const std::string& path, const LogSection& section) {
     const std::string real = RealPath(path);
-    bool saved = false;
     try {
         const LockFile lock(real + ".lock", {.attempts = 333, .pause = kAttempt, .sleep = {}});
         if (!LoadLogConfig(ini)) return false;
         if (HasSection(ini, section)) return true;
         Append(ini, section);
-        saved = Replace(ini, real);
+        Replace(ini, real);
+        return true;
     } catch (const CVException&) {
         Append(ini, section);
     }
-    if (!saved) RewriteInPlace(real, section);
+    if (!TakesNewFiles(fs::path(real).parent_path())) RewriteInPlace(real, section);
     return true;
 }

@@ -68,7 +68,7 @@ std::shared_ptr<GuardedWriter> MakeOwnWriter(const LogSettings& settings, const 
 // Modules that choose "common" share one writer, and with it one file, in this process.
 std::shared_ptr<GuardedWriter> CommonWriter(const LogOwner& owner) {
     static auto* const shared = new std::shared_ptr<GuardedWriter>;
-    if (*shared) return *shared;
+    if (*shared && (*shared)->IsReady()) return *shared;
     const auto settings = LoadLogSettings(LogConfigPath(owner.configDirectory), "common",
                                           DefaultLogPath("common_logs.txt", owner.configDirectory));
     if (!settings) {

@@ -141,9 +141,12 @@ TEST(CVsysEventLogFileWriter, ClearsAwayDeadLocksAndIsNotReadyWithoutItsOwn) {
     dir.Write("l.txt.lock/entry", "");  // nobody can lock a directory for writing
     CVsysEventLogFileWriter writer("SOAP");
     ASSERT_TRUE(writer.setFilePath(dir / "l.txt"));
+    TakeSystemLog();
     writer.PrepareDirectory();
     EXPECT_THAT(dir.Names(), ElementsAre("l.txt", "l.txt.lock"));
     EXPECT_FALSE(writer.isReady());
+    EXPECT_THAT(TakeSystemLog().at(0).text,
+                HasSubstr("loadWriterConfig: Can not lock '" + dir.Path() + "/l.txt.lock'"));
 }
 
 TEST(CVsysEventLogFileWriter, WritesSoonAfterALockHeldElsewhereIsFreed) {

@@ -69,6 +69,7 @@ TEST(CVsysEventLogInterface, WritesWhatItsLevelAsksFor) {
     EXPECT_EQ(log->Error(nullptr, "e"), 0);
     EXPECT_EQ(log->Fatal(nullptr, "f"), 1);
     log->SetThreshold(EventLevel::None);
+    log->SetEnabled(true);
     EXPECT_EQ(log->Fatal(nullptr, "silent"), 0);
     EXPECT_THAT(
         site.Read("soap_log.txt"),

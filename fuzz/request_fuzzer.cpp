@@ -1,0 +1,77 @@
+// Feeds arbitrary bodies through parse, translate and build, and arbitrary replies through the answer
+// writers. Coverage-guided: build with clang and run as fuzz/README.md tells.
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+#include "AdministrationCommands.h"
+#include "AdministrationDispatch.h"
+#include "AdministrationTranslation.h"
+#include "CVLogInterface.h"
+#include "CVsoapParser.h"
+#include "FaultEnvelope.h"
+#include "FormatExpansion.h"
+#include "HttpForm.h"
+#include "MessageCommands.h"
+#include "MessagingTranslation.h"
+#include "RequestGlobals.h"
+#include "ResponseEnvelope.h"
+#include "VisibleText.h"
+#include "XmlEscape.h"
+
+namespace {
+
+class NoLog : public CVLogInterface {
+protected:
+    int WriteEntry(const Entry&, va_list) override { return 0; }
+};
+
+void Require(bool holds) {
+    if (!holds) std::abort();
+}
+
+void BuildMessage(const RequestRecord& record) {
+    const MessagingParameters parameters = TranslateMessaging(record);
+    const CommandParameters command = IsSingleCommand(parameters.commandCode)
+                                          ? BuildSingleCommand(parameters)
+                                          : BuildSendCommand(parameters, parameters.recipients.front());
+    Require(command.lines.size() <= CommandParameters::kMaxLines);
+    const TextBuffer body = BuildFormBody(command.lines);
+    Require(body.Text().find_first_of("\r\n <") == std::string_view::npos);
+}
+
+void BuildAdministration(const RequestRecord& record) {
+    g_tAdminInfo = TranslateAdmin(record);
+    g_tDept = TranslateDepartment(record);
+    g_tUser = TranslateUser(record);
+    g_tUserGroup = TranslateUserGroup(record, g_nMethodCode);
+    gParameters = TranslateAdministration(record);
+    const AdministrationRequest request = {&gParameters, &g_tAdminInfo, &g_tDept,
+                                           &g_tUser,     &g_tUserGroup, &g_tSchd};
+    if (RefusalOf(request, g_szCommand) == nullptr)
+        BuildFormBody(BuildAdministrationCommand(request, 0).lines);
+}
+
+void AnswerWith(const std::string& reply) {
+    for (const char* method : {"AddGroup", "QueryGroup"}) ResponseEnvelope(method, reply);
+    const std::string expanded = ExpandWithoutArguments(reply, 2047);
+    Require(expanded.size() <= 2047);
+    FaultEnvelope(EscapeXml(expanded, WhiteSpace::AsEntities), "host");
+    MakeVisible(reply.data(), reply.size());
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string input(reinterpret_cast<const char*>(data), size);
+    NoLog log;
+    RequestRecord record;
+    if (ParseEnvelope(input.c_str(), record, log) == 1) {
+        BuildMessage(record);
+        BuildAdministration(record);
+    }
+    AnswerWith(input);
+    return 0;
+}

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+
+#include "CVconDelegate.h"
+#include "CVconThread.h"
+#include "CVsysEventLogInterface.h"
+#include "EventQueue.h"
+
+/// How long Start and Stop give a worker that does not come up, or does not end.
+struct WorkerPatience {
+    int startChecks = 5;
+    std::chrono::milliseconds startPause{500};
+    int stopRounds = 10;
+    std::chrono::milliseconds stopRound{1000};
+};
+
+/// The event log that queues each entry for a worker thread of its own, for long-running services: a slow
+/// disk or database does not delay the caller.
+///
+/// Entries are refused before Start and from Stop on. A result of 1 tells that the entry is queued, not that
+/// it will be written. Entries of one thread keep their order, and each carries the time at which it was
+/// queued.
+class CVsysEventLogMultiThreaded : public CVsysEventLogInterface, public CVconDelegate {
+public:
+    CVsysEventLogMultiThreaded(std::string module, std::string configDirectory, std::string furtherName = {},
+                               const WorkerPatience& patience = {});
+    /// Stops the log.
+    ~CVsysEventLogMultiThreaded() override;
+
+    /// Also starts the worker. Throws CVconException "Create Thread Failed" when the system gives no thread,
+    /// "Worker thread is not running" when it does not come up; the log is then stopped.
+    bool Start() override;
+    /// Waits until everything queued is written. A worker that has not ended after the rounds of the patience
+    /// is killed and, if it is still stuck in the writer, left behind: what is queued is lost, and the object
+    /// may be deleted all the same. Always true.
+    bool Stop() override;
+    /// False once Stop is called.
+    virtual bool IsRunning() const;
+
+    int Write(EventLevel level, const std::string& message, int extra, const char* userText) override;
+
+    /// The worker's body.
+    void DoWork(pthread_t threadId) override;
+
+private:
+    void StartWorker();
+    void EndWorker();
+
+    const WorkerPatience patience_;
+    const std::shared_ptr<EventQueue> queue_;
+    CVconThread worker_{this};
+};
