@@ -6,10 +6,10 @@ namespace {
 
 constexpr std::string_view kServiceNote =
     "Send the elements in the order given here and leave out what you do not use. Only szMessage keeps every "
-    "character: any other text that holds a line break, an ampersand or an angle bracket arrives as the part "
-    "behind the last of them, unless the whole text is sent as one CDATA section without line breaks. An "
-    "element "
-    "with an xsi:nil attribute counts as absent. An empty text counts as none, an empty boolean as true.";
+    "character. Of any other text that holds a line break, or a character that travels as an entity "
+    "(ampersand, angle brackets, with some toolkits quotes), only the last piece arrives, unless it is sent "
+    "as one CDATA section without line breaks. An element with an xsi:nil attribute counts as absent. An "
+    "empty text counts as none, an empty boolean as true.";
 
 struct MethodNote {
     std::string_view method;
@@ -39,17 +39,10 @@ constexpr MethodNote kMethodNotes[] = {
     {"DeleteUserGroup", "Deletes a user group."},
     {"QueryUserGroup", "Tells what the server knows of a user group."},
     {"SetUserGroupDeptPermission",
-     "Names the department that a user group works in. The permissions themselves do not reach the paging "
-     "server."},
-    {"SetUserGroupUgp",
-     "Gives a user group a permission set. The two booleans do not reach the paging server."},
-    {"SendStdMessage",
-     "Sends a message to a receiver or group of the directory. When no server can be reached the answer is a "
-     "result that tells the transport's error, not a fault."},
-    {"SendQuickMessage",
-     "Sends a message to a number that the directory does not know. When no server can be reached the answer "
-     "is "
-     "a result that tells the transport's error, not a fault."},
+     "Names the department that a user group works in. The booleans do not reach the paging server."},
+    {"SetUserGroupUgp", "Gives a user group a permission set. The booleans do not reach the paging server."},
+    {"SendStdMessage", "Sends a message to a receiver or a group of the directory."},
+    {"SendQuickMessage", "Sends a message to a carrier's number that the directory need not know."},
     {"QueryMessage", "Tells what became of a message."},
     {"QueryGroupMessage", "Tells what became of all messages of a job."},
     {"QueryMessageHistory", "Tells what happened to a message, step by step."},
@@ -69,8 +62,7 @@ constexpr ElementNote kElementNotes[] = {
     {"szURL", "The paging server's address, http or https."},
     {"szURL2",
      "A second paging server, tried once when the first cannot be reached. Keep it last: text behind it, "
-     "even "
-     "white space, takes its place."},
+     "white space too, takes its place."},
     {"szMessage", "Kept whole: line breaks and every character survive."},
     {"nPriority", "As the paging server numbers its priorities."},
     {"nTimeZone", "The paging server's identifier of the time zone; a text."},
@@ -83,7 +75,7 @@ constexpr ElementNote kElementNotes[] = {
     {"szFieldName", "An item without it ends the list: it and those behind it are dropped."},
     {"szAuthen", "sql (then szLinkUserName is required), nt (then szNTUserName is), or nothing."},
     {"szVoiceNumber", "Used only when szCarrier is Voice."},
-    {"bVoiceEnable", "Used only when szCarrier is Voice; then true unless sent otherwise."},
+    {"bVoiceEnable", "Used only when szCarrier is Voice; then on unless sent as false."},
     {"bAddAndDeleteGroup",
      "Excludes szURL2: what stands behind this element is lost, so leave it out to name a second server."},
     {"bSendreceWithoutDeptLicense", kSticky},
