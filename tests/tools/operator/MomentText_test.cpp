@@ -1,5 +1,7 @@
 #include "MomentText.h"
 
+#include <gtest/gtest.h>
+
 #include <cstdlib>
 
 TEST(MomentText, ReadsDatesAndAges) {

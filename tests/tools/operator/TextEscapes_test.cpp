@@ -1,5 +1,7 @@
 #include "TextEscapes.h"
 
+#include <gtest/gtest.h>
+
 #include "Characters.h"
 
 TEST(TextEscapes, MakesOneValidJsonStringOfAnyBytes) {
