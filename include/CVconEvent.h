@@ -17,7 +17,7 @@
 /// cancellation.
 ///
 /// Any thread may call. Every operation throws CVconException "Lock Failed" when the event's own mutex cannot
-/// be taken. No thread may wait when the event is destroyed.
+/// be taken. No thread may be in one when the event is destroyed.
 class CVconEvent : public CVobject {
 public:
     enum class Wake { Signalled, TimedOut };

@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "CVException.h"
+#include "CVconThread.h"
 #include "CVioDirectory.h"
 #include "LockedPath.h"
 #include "NoCancellation.h"
@@ -149,6 +150,11 @@ LockFile::LockFile(const std::string& path, const LockRetry& retry)
     : path_(&LockedPath::Of(path)), descriptor_(-1) {
     Answer answer = Answer::Busy;
     for (int attempt = 0; attempt < retry.attempts && answer == Answer::Busy; ++attempt) {
+        // A log's worker waits with cancellation off, and must not keep a stopping service for a minute.
+        if (CVconThread::KillRequested()) {
+            errno = EINTR;
+            break;
+        }
         answer = Attempt(*path_, path, retry, descriptor_);
     }
     if (answer != Answer::Granted) {

@@ -16,7 +16,9 @@
 #include "CVconEvent.h"
 #include "CVconLock.h"
 #include "Eventually.h"
+#include "LockFile.h"
 #include "NoCancellation.h"
+#include "TempDir.h"
 #include "ThreadSignals.h"
 
 using namespace std::chrono_literals;
@@ -267,6 +269,25 @@ TEST(CVconThread, KilledBodySeesTheRequestWhereItCannotBeEnded) {
     EXPECT_TRUE(Ends(thread));
     EXPECT_TRUE(passed);
     EXPECT_FALSE(CVconThread::KillRequested()) << "only the killed thread is meant";
+}
+
+TEST(CVconThread, KilledBodyGivesUpTheLockFileItWaitsFor) {
+    const TempDir dir;
+    const LockFile held(dir / "l.lock");
+    std::atomic<bool> refused{false};
+    Body body([&] {
+        const NoCancellation asInAWriter;
+        try {
+            const LockFile wanted(dir / "l.lock");
+        } catch (const CVException& exception) {
+            refused = exception.GetMessage() == "LockFile Creation Failed";
+        }
+    });
+    CVconThread thread(&body);
+    thread.Create();
+    thread.Kill();
+    EXPECT_TRUE(Ends(thread));
+    EXPECT_TRUE(refused);
 }
 
 TEST(CVconThread, PausesAndGoesOnOverSeveralCycles) {
