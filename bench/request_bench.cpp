@@ -82,7 +82,9 @@ void PostOnLoopback(benchmark::State& state) {
     std::vector<char> output(4096);
     for (auto _ : state) {
         CommandParameters command;
-        command.lines = {"cmd=Cli", "modid=cli", "name=oncall", "message=Pump 4"};
+        command.AddParameter("cmd", "Cli");
+        command.AddParameter("name", "oncall");
+        command.AddParameter("message", "Pump 4");
         PostCommand(output.data(), output.size(), command, server.Url(), "", "");
     }
 }

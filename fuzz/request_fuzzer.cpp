@@ -46,7 +46,7 @@ void BuildAdministration(const RequestRecord& record) {
     g_tAdminInfo = TranslateAdmin(record);
     g_tDept = TranslateDepartment(record);
     g_tUser = TranslateUser(record);
-    g_tUserGroup = TranslateUserGroup(record, g_nMethodCode);
+    g_tUserGroup = TranslateUserGroup(record, currentMethodCode);
     gParameters = TranslateAdministration(record);
     const AdministrationRequest request = {&gParameters, &g_tAdminInfo, &g_tDept,
                                            &g_tUser,     &g_tUserGroup, &g_tSchd};

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+
 #include "AdministrationCommands.h"
 #include "CommandLines.h"
 #include "StringRoutines.h"
@@ -21,13 +25,35 @@ struct Source {
 };
 using Line = CommandLine<Source>;
 
-inline std::string Nothing(const Source&) {
-    return {};
+// A line's value by the field that it comes from.
+template <auto Field>
+std::string Parameter(const Source& s) {
+    return s.parameters().*Field;
+}
+template <auto Field>
+std::string Department(const Source& s) {
+    return s.department().*Field;
+}
+template <auto Field>
+std::string User(const Source& s) {
+    return s.user().*Field;
+}
+template <auto Field>
+std::string UserGroup(const Source& s) {
+    return s.userGroup().*Field;
+}
+template <auto Field>
+std::string Schedule(const Source& s) {
+    return s.schedule().*Field;
+}
+/// A flag line of groups and memberships: only a flag of exactly 1 counts.
+template <auto Flag>
+std::string YesWhen(const Source& s) {
+    return s.parameters().*Flag == 1 ? "YES" : "";
 }
 
-/// The value of a flag line of groups and memberships; only a flag of exactly 1 counts.
-inline std::string Yes(int flag) {
-    return flag == 1 ? "YES" : "";
+inline std::string Nothing(const Source&) {
+    return {};
 }
 
 inline std::string OrDefault(const std::string& text, const char* otherwise) {
@@ -43,25 +69,25 @@ inline std::string OtherValue(const Source& s, std::string_view name) {
 
 inline constexpr Line kCommonLines[] = {
     {"cmd", [](const Source&) { return std::string("Cli"); }},
-    {"subcmd", [](const Source& s) { return s.parameters().command; }},
+    {"subcmd", Parameter<&AdministrationParameters::command>},
     {"modid", [](const Source&) { return std::string("cli"); }},
     {"adminusername", [](const Source& s) { return std::string(s.request.admin->name); }},
     {"adminpassword", [](const Source& s) { return std::string(s.request.admin->password); }},
 };
 
 inline constexpr Line kGroupLines[] = {
-    {"groupname", [](const Source& s) { return s.parameters().objectName; }},
-    {"grouptype", [](const Source& s) { return s.parameters().groupType; }},
-    {"department", [](const Source& s) { return s.parameters().department; }},
-    {"description", [](const Source& s) { return s.parameters().description; }},
-    {"newname", [](const Source& s) { return s.parameters().newName; }},
-    {"topic", [](const Source& s) { return s.parameters().topic; }},
-    {"enableownersettings", [](const Source& s) { return Yes(s.parameters().enableOwnerSettings); }},
-    {"username", [](const Source& s) { return s.parameters().user; }},
-    {"alertowner", [](const Source& s) { return Yes(s.parameters().alertOwner); }},
-    {"limitaccess", [](const Source& s) { return Yes(s.parameters().limitAccess); }},
-    {"isrecipusergrp", [](const Source& s) { return Yes(s.parameters().recipientUserGroup); }},
-    {"disable", [](const Source& s) { return Yes(s.parameters().disable); }},
+    {"groupname", Parameter<&AdministrationParameters::objectName>},
+    {"grouptype", Parameter<&AdministrationParameters::groupType>},
+    {"department", Parameter<&AdministrationParameters::department>},
+    {"description", Parameter<&AdministrationParameters::description>},
+    {"newname", Parameter<&AdministrationParameters::newName>},
+    {"topic", Parameter<&AdministrationParameters::topic>},
+    {"enableownersettings", YesWhen<&AdministrationParameters::enableOwnerSettings>},
+    {"username", Parameter<&AdministrationParameters::user>},
+    {"alertowner", YesWhen<&AdministrationParameters::alertOwner>},
+    {"limitaccess", YesWhen<&AdministrationParameters::limitAccess>},
+    {"isrecipusergrp", YesWhen<&AdministrationParameters::recipientUserGroup>},
+    {"disable", YesWhen<&AdministrationParameters::disable>},
 };
 
 inline bool IsVoice(const Source& s) {
@@ -69,37 +95,37 @@ inline bool IsVoice(const Source& s) {
 }
 
 inline constexpr Line kReceiverLines[] = {
-    {"rcv_name", [](const Source& s) { return s.parameters().receiver; }},
-    {"rcv_type", [](const Source& s) { return s.parameters().receiverType; }},
-    {"department", [](const Source& s) { return s.parameters().department; }},
-    {"description", [](const Source& s) { return s.parameters().description; }},
-    {"carrier", [](const Source& s) { return s.parameters().carrier; }},
-    {"pin", [](const Source& s) { return s.parameters().pin; }},
-    {"backupcarrier", [](const Source& s) { return s.parameters().backupCarrier; }},
-    {"backuppin", [](const Source& s) { return s.parameters().backupPin; }},
+    {"rcv_name", Parameter<&AdministrationParameters::receiver>},
+    {"rcv_type", Parameter<&AdministrationParameters::receiverType>},
+    {"department", Parameter<&AdministrationParameters::department>},
+    {"description", Parameter<&AdministrationParameters::description>},
+    {"carrier", Parameter<&AdministrationParameters::carrier>},
+    {"pin", Parameter<&AdministrationParameters::pin>},
+    {"backupcarrier", Parameter<&AdministrationParameters::backupCarrier>},
+    {"backuppin", Parameter<&AdministrationParameters::backupPin>},
     {"voice", [](const Source& s) { return IsVoice(s) ? OrDefault(s.parameters().voiceEnable, "ON") : ""; }},
     {"voicenumber", [](const Source& s) { return IsVoice(s) ? s.parameters().voiceNumber : ""; }},
-    {"firstname", [](const Source& s) { return s.parameters().firstName; }},
-    {"lastname", [](const Source& s) { return s.parameters().lastName; }},
-    {"securitycode", [](const Source& s) { return s.parameters().securityCode; }},
+    {"firstname", Parameter<&AdministrationParameters::firstName>},
+    {"lastname", Parameter<&AdministrationParameters::lastName>},
+    {"securitycode", Parameter<&AdministrationParameters::securityCode>},
     // The server takes a receiver without a status for a broken one, so there always is one.
     {"devicestatus", [](const Source& s) { return OrDefault(s.parameters().deviceStatus, "1"); }},
-    {"forwardto", [](const Source& s) { return s.parameters().forwardTo; }},
-    {"email", [](const Source& s) { return s.parameters().receiverEmail; }},
-    {"emailcc", [](const Source& s) { return s.parameters().emailCc; }},
-    {"emailfailover", [](const Source& s) { return s.parameters().emailFailover; }},
-    {"timezone", [](const Source& s) { return s.parameters().receiverTimeZone; }},
-    {"acctname", [](const Source& s) { return s.parameters().accountName; }},
-    {"acctpassword", [](const Source& s) { return s.parameters().accountPassword; }},
-    {"acctmodrece", [](const Source& s) { return s.parameters().canUpdateReceiver; }},
-    {"acctmodschd", [](const Source& s) { return s.parameters().canUpdateSchedule; }},
-    {"keepalpha", [](const Source& s) { return s.parameters().keepAlpha; }},
+    {"forwardto", Parameter<&AdministrationParameters::forwardTo>},
+    {"email", Parameter<&AdministrationParameters::receiverEmail>},
+    {"emailcc", Parameter<&AdministrationParameters::emailCc>},
+    {"emailfailover", Parameter<&AdministrationParameters::emailFailover>},
+    {"timezone", Parameter<&AdministrationParameters::receiverTimeZone>},
+    {"acctname", Parameter<&AdministrationParameters::accountName>},
+    {"acctpassword", Parameter<&AdministrationParameters::accountPassword>},
+    {"acctmodrece", Parameter<&AdministrationParameters::canUpdateReceiver>},
+    {"acctmodschd", Parameter<&AdministrationParameters::canUpdateSchedule>},
+    {"keepalpha", Parameter<&AdministrationParameters::keepAlpha>},
 };
 
 inline constexpr Line kDepartmentLines[] = {
-    {"name", [](const Source& s) { return std::string(s.department().name); }},
-    {"desp", [](const Source& s) { return std::string(s.department().description); }},
-    {"newname", [](const Source& s) { return std::string(s.department().newName); }},
+    {"name", Department<&DepartmentInfo::name>},
+    {"desp", Department<&DepartmentInfo::description>},
+    {"newname", Department<&DepartmentInfo::newName>},
 };
 
 inline std::string IfSql(const Source& s, const char* text) {
@@ -110,21 +136,21 @@ inline std::string IfNt(const Source& s, const char* text) {
 }
 
 inline constexpr Line kUserLines[] = {
-    {"hname", [](const Source& s) { return std::string(s.user().userName); }},
-    {"name", [](const Source& s) { return std::string(s.user().userName); }},
-    {"newname", [](const Source& s) { return std::string(s.user().newUserName); }},
-    {"desp", [](const Source& s) { return std::string(s.user().description); }},
-    {"password", [](const Source& s) { return std::string(s.user().password); }},
-    {"retypepassword", [](const Source& s) { return std::string(s.user().password); }},
-    {"usergroup", [](const Source& s) { return std::string(s.user().userGroup); }},
-    {"email", [](const Source& s) { return std::string(s.user().email); }},
-    {"timezoneid", [](const Source& s) { return std::string(s.user().timeZone); }},
-    {"accesscode", [](const Source& s) { return std::string(s.user().accessCode); }},
-    {"accounttype", [](const Source& s) { return std::string(s.user().accountType); }},
-    {"ip", [](const Source& s) { return std::string(s.user().ip); }},
+    {"hname", User<&UserInfo::userName>},
+    {"name", User<&UserInfo::userName>},
+    {"newname", User<&UserInfo::newUserName>},
+    {"desp", User<&UserInfo::description>},
+    {"password", User<&UserInfo::password>},
+    {"retypepassword", User<&UserInfo::password>},
+    {"usergroup", User<&UserInfo::userGroup>},
+    {"email", User<&UserInfo::email>},
+    {"timezoneid", User<&UserInfo::timeZone>},
+    {"accesscode", User<&UserInfo::accessCode>},
+    {"accounttype", User<&UserInfo::accountType>},
+    {"ip", User<&UserInfo::ip>},
     {.name = "gui", .flag = [](const Source& s) { return s.user().gui; }},
     {.name = "result2email", .flag = [](const Source& s) { return s.user().resultToEmail; }},
-    {"authen", [](const Source& s) { return std::string(s.user().authentication); }},
+    {"authen", User<&UserInfo::authentication>},
     {"netiqusername", [](const Source& s) { return IfSql(s, s.user().linkUserName); }},
     {"netiqpassword", [](const Source& s) { return IfSql(s, s.user().linkPassword); }},
     {"netiqretypepassword", [](const Source& s) { return IfSql(s, s.user().linkPassword); }},
@@ -132,8 +158,8 @@ inline constexpr Line kUserLines[] = {
     {"ntpassword", [](const Source& s) { return IfNt(s, s.user().ntPassword); }},
     {"ntretypepassword", [](const Source& s) { return IfNt(s, s.user().ntPassword); }},
     {"ntdomain", [](const Source& s) { return IfNt(s, s.user().ntDomain); }},
-    {"netiqdbhost", [](const Source& s) { return std::string(s.user().dbHost); }},
-    {"netiqapphost", [](const Source& s) { return std::string(s.user().appHost); }},
+    {"netiqdbhost", User<&UserInfo::dbHost>},
+    {"netiqapphost", User<&UserInfo::appHost>},
 };
 
 inline std::string UserGroupName(const Source& s) {
@@ -144,21 +170,21 @@ inline std::string UserGroupDescription(const Source& s) {
 }
 
 inline constexpr Line kUserGroupLines[] = {
-    {"name", UserGroupName},
-    {"desp", UserGroupDescription},
-    {"newname", [](const Source& s) { return std::string(s.userGroup().newName); }},
+    {"name", UserGroup<&UserGroupInfo::name>},
+    {"desp", UserGroup<&UserGroupInfo::description>},
+    {"newname", UserGroup<&UserGroupInfo::newName>},
 };
 
 inline constexpr Line kDepartmentPermissionLines[] = {
-    {"name", UserGroupName},
-    {"desp", UserGroupDescription},
-    {"deptname", [](const Source& s) { return std::string(s.userGroup().departmentName); }},
+    {"name", UserGroup<&UserGroupInfo::name>},
+    {"desp", UserGroup<&UserGroupInfo::description>},
+    {"deptname", UserGroup<&UserGroupInfo::departmentName>},
 };
 
 inline constexpr Line kPermissionSetLines[] = {
-    {"name", UserGroupName},
-    {"desp", UserGroupDescription},
-    {"ugpname", [](const Source& s) { return std::string(s.userGroup().permissionSet); }},
+    {"name", UserGroup<&UserGroupInfo::name>},
+    {"desp", UserGroup<&UserGroupInfo::description>},
+    {"ugpname", UserGroup<&UserGroupInfo::permissionSet>},
 };
 
 inline std::string MemberName(const Source& s) {
@@ -170,36 +196,42 @@ inline constexpr Line kMembershipLines[] = {
     {"name", Nothing},
     {"type", Nothing},
     {"department", Nothing},
-    {"grp_name", [](const Source& s) { return s.parameters().objectName; }},
-    {"all", [](const Source& s) { return Yes(s.parameters().allMembers); }},
-    {"mtype", [](const Source& s) { return s.parameters().memberKind; }},
+    {"grp_name", Parameter<&AdministrationParameters::objectName>},
+    {"all", YesWhen<&AdministrationParameters::allMembers>},
+    {"mtype", Parameter<&AdministrationParameters::memberKind>},
     {"mname", MemberName},
 };
 
 inline constexpr Line kScheduleLines[] = {
-    {"name", [](const Source& s) { return std::string(s.schedule().name); }},
-    {"schdname", [](const Source& s) { return std::string(s.schedule().scheduleName); }},
-    {"schdtype", [](const Source& s) { return std::string(s.schedule().scheduleType); }},
-    {"starthr", [](const Source& s) { return std::string(s.schedule().startHour); }},
-    {"startmin", [](const Source& s) { return std::string(s.schedule().startMinute); }},
-    {"endhr", [](const Source& s) { return std::string(s.schedule().endHour); }},
-    {"endmin", [](const Source& s) { return std::string(s.schedule().endMinute); }},
-    {"startdate", [](const Source& s) { return std::string(s.schedule().startDate); }},
-    {"enddate", [](const Source& s) { return std::string(s.schedule().endDate); }},
-    {"recurrences", [](const Source& s) { return std::string(s.schedule().recurrences); }},
-    {"weekdays", [](const Source& s) { return std::string(s.schedule().weekdays); }},
-    {"every", [](const Source& s) { return std::string(s.schedule().every); }},
-    {"dayofmonth", [](const Source& s) { return std::string(s.schedule().dayOfMonth); }},
-    {"weekofmonth", [](const Source& s) { return std::string(s.schedule().weekOfMonth); }},
-    {"dayofweek", [](const Source& s) { return std::string(s.schedule().dayOfWeek); }},
-    {"fordays", [](const Source& s) { return std::string(s.schedule().forDays); }},
-    {"membername", [](const Source& s) { return std::string(s.schedule().memberName); }},
-    {"membertype", [](const Source& s) { return std::string(s.schedule().memberType); }},
-    {"delay", [](const Source& s) { return std::string(s.schedule().delay); }},
+    {"name", Schedule<&ScheduleInfo::name>},
+    {"schdname", Schedule<&ScheduleInfo::scheduleName>},
+    {"schdtype", Schedule<&ScheduleInfo::scheduleType>},
+    {"starthr", Schedule<&ScheduleInfo::startHour>},
+    {"startmin", Schedule<&ScheduleInfo::startMinute>},
+    {"endhr", Schedule<&ScheduleInfo::endHour>},
+    {"endmin", Schedule<&ScheduleInfo::endMinute>},
+    {"startdate", Schedule<&ScheduleInfo::startDate>},
+    {"enddate", Schedule<&ScheduleInfo::endDate>},
+    {"recurrences", Schedule<&ScheduleInfo::recurrences>},
+    {"weekdays", Schedule<&ScheduleInfo::weekdays>},
+    {"every", Schedule<&ScheduleInfo::every>},
+    {"dayofmonth", Schedule<&ScheduleInfo::dayOfMonth>},
+    {"weekofmonth", Schedule<&ScheduleInfo::weekOfMonth>},
+    {"dayofweek", Schedule<&ScheduleInfo::dayOfWeek>},
+    {"fordays", Schedule<&ScheduleInfo::forDays>},
+    {"membername", Schedule<&ScheduleInfo::memberName>},
+    {"membertype", Schedule<&ScheduleInfo::memberType>},
+    {"delay", Schedule<&ScheduleInfo::delay>},
 };
 
+/// The whole number at the start of a text, clamped to what an int holds.
+inline int Number(const std::string& text) {
+    const long number = std::strtol(text.c_str(), nullptr, 10);
+    return static_cast<int>(std::clamp<long>(number, INT_MIN, INT_MAX));
+}
+
 inline constexpr Line kTimeZoneLines[] = {
-    {.name = "offset", .number = [](const Source& s) { return std::atoi(OtherValue(s, "offset").c_str()); }},
+    {.name = "offset", .number = [](const Source& s) { return Number(OtherValue(s, "offset")); }},
 };
 
 inline constexpr const char* kEnablingNames[] = {"name", "enable", "membername"};

@@ -6,49 +6,20 @@
 
 namespace {
 
-constexpr int kAddUserGroupCode = 145;
-
-/// The boolean element that grants a permission. Five have another name in AddUserGroup than in the other
-/// methods.
-struct Permission {
-    int slot;
-    const char* element;
-    const char* addUserGroupElement = nullptr;
-};
-constexpr Permission kPermissions[] = {
-    {62, "bLog"},
-    {63, "bCarrier"},
-    {64, "bTemplate"},
-    {65, "bUseTemplate"},
-    {66, "bQueue"},
-    {67, "bDirectory"},
-    {68, "bMessenger"},
-    {69, "bMonitor"},
-    {70, "bLicense"},
-    {71, "bEmailGateway"},
-    {72, "bAction"},
-    {73, "bStdSend"},
-    {74, "bTwoWaySend"},
-    {75, "bQuickSend"},
-    {76, "bFaxSend"},
-    {77, "bVoiceSend"},
-    {78, "bScheduleSend"},
-    {79, "bEscelationSend"},
-    {80, "bGroupReport"},
-    {81, "bGroupUser"},
-    {87, "bService"},
-    {88, "bSendReceiver", "bSendreceWithoutDeptLicense"},
-    {89, "bSendGroup", "bSendgrpWithoutDeptLicense"},
-    {90, "bManageReceiver", "bRreceiverWithoutDeptLicense"},
-    {91, "bAddAndDeleteGroup", "bAddgroupWithoutDeptLicense"},
-    {92, "bModifyGroup", "bModgroupWithoutDeptLicense"},
-    {93, "bViewReceiver"},
-    {94, "bViewGroup"},
-    {95, "bManageUser"},
-    {96, "bViewReport"},
-    {97, "bEnableConfidMode"},
-};
-static_assert(std::size(kPermissions) <= std::size(UserGroupInfo{}.permissions), "room for every permission");
+/// The name of the element that grants the permission of `slot`. Five slots have one name in AddUserGroup and
+/// another elsewhere.
+std::string_view PermissionElement(Slot slot, int methodCode) {
+    const Method* method = MethodOfCode(methodCode);
+    const bool addsGroup = method != nullptr && method->handler == FieldHandler::AddUserGroup;
+    const FieldHandler own = addsGroup ? FieldHandler::AddUserGroup : FieldHandler::DepartmentPermission;
+    const FieldHandler other = addsGroup ? FieldHandler::DepartmentPermission : FieldHandler::AddUserGroup;
+    for (const FieldHandler handler : {own, FieldHandler::PermissionSet, other}) {
+        for (const FieldRule& rule : FieldsOf(handler)) {
+            if (rule.kind == FieldKind::Text && rule.slot == slot) return rule.element;
+        }
+    }
+    return {};
+}
 
 struct ParameterText {
     Slot slot;
@@ -136,11 +107,11 @@ UserGroupInfo TranslateUserGroup(const RequestRecord& record, int methodCode) {
     CopyText(group.description, record.Text(Slot::UserGroupDescription));
     CopyText(group.departmentName, record.Text(Slot::DepartmentOfUserGroup));
     CopyText(group.permissionSet, record.Text(Slot::PermissionSet));
-    for (const Permission& permission : kPermissions) {
-        if (!IsTrue(record, static_cast<Slot>(permission.slot))) continue;
-        const bool ownName = methodCode == kAddUserGroupCode && permission.addUserGroupElement != nullptr;
-        CopyText(group.permissions[group.permissionCount++].name,
-                 ownName ? permission.addUserGroupElement : permission.element);
+    for (int number = static_cast<int>(Slot::FirstPermission);
+         number <= static_cast<int>(Slot::LastPermission); ++number) {
+        const auto slot = static_cast<Slot>(number);
+        if (!IsTrue(record, slot)) continue;
+        CopyText(group.permissions[group.permissionCount++].name, PermissionElement(slot, methodCode));
     }
     return group;
 }

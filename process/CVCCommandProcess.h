@@ -13,6 +13,9 @@ public:
     void ShowResult(std::string_view text, std::string_view code) override;
     void ShowReply(std::string_view text) override;
 
+    /// The last result line; empty while nothing failed.
+    const char* ResultLine() const { return resultLine_; }
+
     /// Builds and sends the request's command, or one command for each recipient up to the first empty one.
     void RunMessaging();
 

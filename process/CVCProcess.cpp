@@ -17,6 +17,7 @@ namespace {
 constexpr std::size_t kOutputSize = 100UL << 20;  ///< no reply is cut in practice
 constexpr std::size_t kReportSize = 2048;
 constexpr char kTransportFailure[] = "2012";
+constexpr int kOutOfMemory = 27;        ///< the transport's code
 constexpr int kNoReplyMessage = 55001;  ///< the catalogue's text for a post that brought back no text at all
 
 struct FreeArea {
@@ -51,8 +52,10 @@ void CVCProcess::FinishCommand() {}
 int CVCProcess::Send(CommandParameters& command, const std::string& url, const std::string& url2,
                      std::string* outputCopy) {
     const auto area = OutputArea();
-    const int result = area ? PostCommand(area.get(), kOutputSize, command, url, url2, caFilePath_) : -1;
-    const char* output = area ? area.get() : "";
+    const int result =
+        area ? PostCommand(area.get(), kOutputSize, command, url, url2, caFilePath_) : kOutOfMemory;
+    // Never silent about a message that was not sent: clients take an empty answer for success.
+    const char* output = area ? area.get() : TransportErrorText(kOutOfMemory);
     if (result != 0) {
         ReportFailure(output);
     } else if (log_ != nullptr) {
@@ -66,8 +69,10 @@ int CVCProcess::Send(CommandParameters& command, const std::string& url, const s
 void CVCProcess::ReportFailure(const char* output) {
     if (log_ != nullptr) log_->Error(nullptr, "Send process aborted.\n");
     // Operators know these texts as printed with the output itself as the format, so "%%" stands for "%".
-    const std::string text = *output != '\0' ? output : CatalogueText(kNoReplyMessage);
-    const std::string expanded = ExpandWithoutArguments(text, kReportSize - 1);
+    const std::string catalogueText = *output != '\0' ? "" : CatalogueText(kNoReplyMessage);
+    const std::string_view text = *output != '\0' ? std::string_view(output) : catalogueText;
+    // One byte more than a report holds, so that the report sees that it is cut.
+    const std::string expanded = ExpandWithoutArguments(text, kReportSize);
     if (!text.empty()) ReportError(kTransportFailure, "%s", expanded.c_str());
 }
 

@@ -13,6 +13,7 @@ class CVLogInterface;
 /// Not thread-safe. The event log is borrowed and must outlive the object; null means no logging.
 class CVCProcess {
 public:
+    // The order of the virtual operations is fixed: programs built against this class know it.
     virtual void SetEventLog(CVLogInterface* log);
     /// The certificate bundle for HTTPS; null or empty means the poster's default.
     virtual void SetCaFilePath(const char* path);

@@ -16,7 +16,7 @@ void CVCSoapProcess::Run(RunMode mode) {
 
 void CVCSoapProcess::ShowResult(std::string_view text, std::string_view code) {
     if (mode_ == RunMode::Messaging) {
-        resultLine_ = FormatResultLine(text, code);
+        FormatResultLine(text, code);
     } else {
         WriteFault(std::string(code) + " " + std::string(text));
     }

@@ -18,8 +18,6 @@ public:
     void Run(RunMode mode);
     /// The last reply of a messaging run; empty before any run.
     const std::string& ResultText() const { return resultText_; }
-    /// The last result line of a messaging run; empty when nothing failed.
-    const std::string& ResultLine() const { return resultLine_; }
 
     void ShowResult(std::string_view text, std::string_view code) override;
     void ShowReply(std::string_view text) override;
@@ -27,7 +25,6 @@ public:
 private:
     RunMode mode_ = RunMode::Administration;
     std::string resultText_;
-    std::string resultLine_;
 };
 
 /// The only process object of a run. Constructed from the addresses of the records alone, so it may stand

@@ -36,5 +36,7 @@ void CommandParameters::AddNumber(std::string_view name, int number) {
 }
 
 void CommandParameters::Add(std::string_view name, std::string_view value) {
-    if (lines.size() < kMaxLines) lines.push_back(Line(name, value));
+    if (count == kMaxLines) return;
+    if (lines.size() == count) lines.emplace_back();
+    lines[count++] = Line(name, value);
 }

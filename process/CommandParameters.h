@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,12 +13,12 @@ struct CommandParameters {
     static constexpr std::size_t kMaxLines = 1024;
 
     std::vector<std::string> lines;  ///< an empty one stands for none and is not posted
+    std::size_t count = 0;           ///< how many of them are posted
     std::string attachment;          ///< a file path; non-empty makes the post a multipart form
 
     /// Adds name=value when both are non-empty and there is room.
     void AddParameter(std::string_view name, std::string_view value);
-    /// Sets the line at `index`, which must be below kMaxLines; the lines' order and count are otherwise
-    /// kept.
+    /// Sets the line at `index`, which must be below kMaxLines, and leaves the count alone.
     void SetParameter(std::size_t index, std::string_view name, std::string_view value);
     /// Adds both lines when the first is complete and the second has a name; the second's value may be empty.
     void AddParameterPair(std::string_view name1, std::string_view value1, std::string_view name2,
@@ -25,6 +26,8 @@ struct CommandParameters {
     /// Adds name=on when `flag` is exactly 1.
     void AddFlag(std::string_view name, int flag);
     void AddNumber(std::string_view name, int number);
+
+    std::span<std::string> Posted() { return {lines.data(), count}; }
 
 private:
     void Add(std::string_view name, std::string_view value);

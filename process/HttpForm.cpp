@@ -1,5 +1,7 @@
 #include "HttpForm.h"
 
+#include <new>
+
 #include "StringRoutines.h"
 
 namespace {
@@ -11,16 +13,20 @@ bool IsPlain(char c) {
     return IsAlphanumeric(c) || c == '/' || c == '_' || c == '.';
 }
 
+/// A command that no longer fits into memory must not be posted in part.
+void Append(TextBuffer& body, const std::string& text) {
+    if (!text.empty() && !body.Append(text.data(), static_cast<int>(text.size()))) throw std::bad_alloc();
+}
+
 void AppendEncoded(TextBuffer& body, std::string_view text) {
-    const std::string encoded = EncodeFormText(text, kFieldCapacity);
-    body.Append(encoded.data(), static_cast<int>(encoded.size()));
+    Append(body, EncodeFormText(text, kFieldCapacity));
 }
 
 void AppendLine(TextBuffer& body, std::string_view line) {
     const std::size_t equals = line.find('=');
     if (equals != line.npos && equals > 0) {
         AppendEncoded(body, line.substr(0, equals));
-        body.Append("=");
+        Append(body, "=");
     }
     AppendEncoded(body, equals == line.npos ? line : line.substr(equals + 1));
 }
@@ -46,12 +52,12 @@ std::string EncodeFormText(std::string_view text, std::size_t capacity) {
     return encoded;
 }
 
-TextBuffer BuildFormBody(const std::vector<std::string>& lines) {
+TextBuffer BuildFormBody(std::span<const std::string> lines) {
     TextBuffer body;
-    body.Initialise(kBodyCapacity);
+    if (!body.Initialise(kBodyCapacity)) throw std::bad_alloc();
     for (std::size_t i = 0; i < lines.size(); ++i) {
         if (lines[i].empty()) continue;
-        if (i > 0) body.Append("&");
+        if (i > 0) Append(body, "&");
         AppendLine(body, lines[i]);
     }
     return body;

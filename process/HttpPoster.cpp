@@ -94,7 +94,7 @@ private:
 #pragma GCC diagnostic pop
 
 /// Adds each line that has a name and an "=", and cuts it there.
-void AddLines(MultipartForm& form, std::vector<std::string>& lines) {
+void AddParts(MultipartForm& form, std::span<std::string> lines) {
     for (std::string& line : lines) {
         const std::size_t equals = line.find('=');
         if (equals == line.npos) continue;
@@ -106,9 +106,10 @@ void AddLines(MultipartForm& form, std::vector<std::string>& lines) {
 
 int PostOnce(const PostTarget& target, CommandParameters& command, TextBuffer& reply) {
     reply.Initialise(kReplyCapacity);
-    const int code = command.attachment.empty()
-                         ? PostUrlencoded(target, command.lines, &reply, {}, nullptr)
-                         : PostMultipart(target, command.lines, command.attachment, kAttachmentField, &reply);
+    const int code =
+        command.attachment.empty()
+            ? PostUrlencoded(target, command.Posted(), &reply, {}, nullptr)
+            : PostMultipart(target, command.Posted(), command.attachment, kAttachmentField, &reply);
     if (code != CURLE_OK) reply.Append(TransportErrorText(code));
     return code;
 }
@@ -134,7 +135,7 @@ const char* TransportErrorText(int code) {
     return curl_easy_strerror(static_cast<CURLcode>(code));
 }
 
-int PostUrlencoded(const PostTarget& target, const std::vector<std::string>& lines, TextBuffer* reply,
+int PostUrlencoded(const PostTarget& target, std::span<const std::string> lines, TextBuffer* reply,
                    const std::string& failoverUrl, TextBuffer* headers) {
     const TextBuffer body = BuildFormBody(lines);
     const int code = TransferBody(target, body, reply, headers);
@@ -144,14 +145,14 @@ int PostUrlencoded(const PostTarget& target, const std::vector<std::string>& lin
     return TransferBody({failoverUrl, target.caFile}, body, reply, headers);
 }
 
-int PostMultipart(const PostTarget& target, std::vector<std::string>& lines, const std::string& attachment,
+int PostMultipart(const PostTarget& target, std::span<std::string> lines, const std::string& attachment,
                   const std::string& attachmentField, TextBuffer* reply) {
     if (target.url.empty()) return CURLE_URL_MALFORMAT;
     const Transfer transfer(curl_easy_init());
     if (!transfer) return CURLE_OK;
     CURL* handle = transfer.get();
     MultipartForm form;
-    AddLines(form, lines);
+    AddParts(form, lines);
     form.AddFile(attachmentField.c_str(), attachment.c_str());
     curl_easy_setopt(handle, CURLOPT_URL, WithSlashes(target.url).c_str());
     form.PostWith(handle);

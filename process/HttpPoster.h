@@ -6,9 +6,9 @@
 #include "CommandParameters.h"
 #include "TextBuffer.h"
 
-// Posts one command to a paging server over HTTP or HTTPS and collects the reply. Nothing is thrown or
-// logged; results are the transport library's codes. Only http and https addresses are followed, never a
-// redirect, and an HTTP error status is a reply like any other. One thread at a time.
+// Posts one command to a paging server over HTTP or HTTPS and collects the reply. Nothing but std::bad_alloc
+// is thrown, nothing is logged; results are the transport library's codes. Only http and https addresses are
+// followed, never a redirect, and an HTTP error status is a reply like any other. One thread at a time.
 
 /// The transport's callback for reply bytes and headers. Appends `count` bytes to the TextBuffer `user`, or
 /// writes them to standard output without one; `size` is ignored, it is always 1. Returns `count`, also when
@@ -26,13 +26,13 @@ struct PostTarget {
 
 /// Posts the lines as a form body. With a fail-over address, a refused connection is tried there once more
 /// with the same body; the buffers, either of which may be null, then hold only that reply.
-int PostUrlencoded(const PostTarget& target, const std::vector<std::string>& lines, TextBuffer* reply,
+int PostUrlencoded(const PostTarget& target, std::span<const std::string> lines, TextBuffer* reply,
                    const std::string& failoverUrl, TextBuffer* headers);
 
 /// Posts the lines and one file as a multipart form. The reply then begins with the response headers. Cuts
 /// each line at its "=" for good, so a second post of the same lines carries only the file; receivers know it
 /// so.
-int PostMultipart(const PostTarget& target, std::vector<std::string>& lines, const std::string& attachment,
+int PostMultipart(const PostTarget& target, std::span<std::string> lines, const std::string& attachment,
                   const std::string& attachmentField, TextBuffer* reply);
 
 /// Posts a command to `url` and, when that fails in any way, to `url2` unless it is empty. The last attempt's

@@ -137,6 +137,8 @@ void AddFormLines(CommandParameters& command, const Message& message) {
     }
 }
 
+constexpr std::size_t kPairSlots = 256;  ///< how far the walk over pairs goes
+
 /// Response actions up to the first empty slot, then pairs from the first slot on. With all custom field
 /// slots taken, the pairs go on into the response actions: receivers of messages have always got those lines,
 /// too.
@@ -147,7 +149,7 @@ void AddExtraLines(CommandParameters& command, const ExtraSlots& slots) {
         command.AddParameter("action", action);
         command.AddParameter("final", final);
     }
-    for (std::size_t i = 0; i < kResponseActionSlots && slots[i]; ++i) {
+    for (std::size_t i = 0; i < kPairSlots && slots[i]; ++i) {
         command.AddParameter((*slots[i])[0], (*slots[i])[1]);
     }
 }

@@ -26,7 +26,7 @@ void FillAdministrationRecords(const RequestRecord& record) {
     g_tAdminInfo = TranslateAdmin(record);
     g_tDept = TranslateDepartment(record);
     g_tUser = TranslateUser(record);
-    g_tUserGroup = TranslateUserGroup(record, g_nMethodCode);
+    g_tUserGroup = TranslateUserGroup(record, currentMethodCode);
     gParameters = TranslateAdministration(record);
 }
 

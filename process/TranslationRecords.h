@@ -61,7 +61,7 @@ struct MessagingParameters {
     std::string alternatePin;
     std::string sender;
     std::string subject;
-    // No element of a SOAP request fills the next ten; programs that link the command process do.
+    // No element of a SOAP request fills the next nine; programs that link the command process do.
     std::string securityCode;
     std::string coverPage;
     std::string attachment;

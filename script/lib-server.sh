@@ -20,13 +20,14 @@ start_standin() {
     server_url=http://127.0.0.1:$(<"$port_file")/cgi/cmd
 }
 
-# start_web SITE PORT: 0 takes a free port; sets web_url.
+# start_web SITE PORT: 0 takes a free port; sets web_url and wsdl_url.
 start_web() {
     local site=$1 wanted=$2 port tries
     for ((tries = 0; tries < 20; tries++)); do
         port=$((wanted ? wanted : 20000 + RANDOM % 10000)) # below the ports the kernel hands out itself
         if try_web "$site" "$port"; then
             web_url=http://127.0.0.1:$port/cgi-bin/quorbel-soap
+            wsdl_url=http://127.0.0.1:$port/quorbel.wsdl
             return 0
         fi
         if ((wanted)); then fail "lighttpd cannot listen on port $port: $(tail -n 1 "$site/logs/lighttpd.err")"; fi

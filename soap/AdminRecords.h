@@ -51,7 +51,7 @@ struct UserGroupInfo {
     char departmentName[101];
     char permissionSet[101];
     int permissionCount;
-    PermissionEntry permissions[32];
+    PermissionEntry permissions[36];  ///< one for each permission slot of a request
 };
 
 /// The texts of a schedule command. No SOAP method fills them; programs that link the command process do.

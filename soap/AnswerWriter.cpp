@@ -10,7 +10,7 @@
 
 namespace {
 
-bool g_faultWritten = false;
+bool faultWritten = false;
 
 /// Output errors have no one left to hear of them: the client is gone.
 void Write(std::string_view text) {
@@ -19,8 +19,8 @@ void Write(std::string_view text) {
 }
 
 void WriteFaultString(std::string_view faultString) {
-    if (g_faultWritten) return;
-    g_faultWritten = true;
+    if (faultWritten) return;
+    faultWritten = true;
     Write(FaultEnvelope(faultString, m_szHostName));
 }
 
@@ -31,7 +31,7 @@ void WriteHeader() {
 }
 
 void WriteResponse(std::string_view reply) {
-    if (!g_faultWritten) Write(ResponseEnvelope(g_szCommand, reply));
+    if (!faultWritten) Write(ResponseEnvelope(g_szCommand, reply));
 }
 
 void WriteFault(std::string_view code, std::string_view text) {
@@ -43,5 +43,5 @@ void WriteFault(std::string_view text) {
 }
 
 void ForgetAnswer() {
-    g_faultWritten = false;
+    faultWritten = false;
 }

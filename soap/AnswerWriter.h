@@ -2,9 +2,9 @@
 
 #include <string_view>
 
-// Writes the answer to standard output, which the web server relays to the client. All output of the program
-// goes through here. Once a fault is written the run has its answer: every later call writes nothing, so a
-// client never sees a second document behind a fault.
+// Writes the answer to standard output, which the web server relays to the client. Nothing else of the
+// program may write there. Once a fault is written the run has its answer: every later call writes nothing,
+// so a client never sees a second document behind a fault.
 
 /// The CGI header and the empty line behind it. From here on everything written is the HTTP body.
 void WriteHeader();

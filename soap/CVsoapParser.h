@@ -4,7 +4,7 @@
 
 class CVLogInterface;
 
-/// Parses one SOAP envelope into `record` (which should be empty) and sets g_szCommand and g_nMethodCode.
+/// Parses one SOAP envelope into `record` (which should be empty) and sets g_szCommand and currentMethodCode.
 ///
 /// `body` is a zero-terminated document in the encoding that it declares, UTF-8 without a declaration; values
 /// arrive in the record as UTF-8. Only the method element and the fields inside it matter, wherever they

@@ -11,8 +11,8 @@
 #include "CVsoap.h"
 #include "CVsoapParser.h"
 #include "CVsysEventLogInterface.h"
-#include "ConfigPath.h"
 #include "CVsysEventLogModNames.h"
+#include "ConfigPath.h"
 #include "RequestGlobals.h"
 #include "RequestRecord.h"
 #include "SpoolDirectories.h"
@@ -92,6 +92,15 @@ int ReadRequest(RequestRecord& record, CVLogInterface& log) {
     return std::string(method) == "GET" ? kServed : kNotServed;
 }
 
+/// Only memory can run out here. The client is told in the transport's words: silence is taken for success.
+void Translate(const RequestRecord& record) {
+    try {
+        TranslateRequest(record);
+    } catch (...) {
+        WriteFault("2012", "Out of memory");
+    }
+}
+
 int Serve(const char* programPath) {
     RequestRecord record;
     WriteHeader();
@@ -108,7 +117,7 @@ int Serve(const char* programPath) {
     log->Trace(nullptr, "%s\n", std::string(58, '=').c_str());
     log->Trace(nullptr, "Quorbel SOAP [%s] STARTED \n", programPath);
     if (ReadRequest(record, *log) != kServed) return kNotServed;
-    TranslateRequest(record);
+    Translate(record);
     ShutDown();
     return kServed;
 }
@@ -119,9 +128,5 @@ int main(int argc, char** argv) {
     static int running = 0;
     if (running != 0) return kNotServed;
     running = 1;
-    try {
-        return Serve(argc > 0 && argv[0] != nullptr ? argv[0] : "");
-    } catch (...) {
-        return kNotServed;  // out of memory: an empty answer rather than a crash
-    }
+    return Serve(argc > 0 && argv[0] != nullptr ? argv[0] : "");
 }

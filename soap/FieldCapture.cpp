@@ -1,17 +1,32 @@
 #include "FieldCapture.h"
 
+#include <algorithm>
+#include <new>
+
 #include "StringRoutines.h"
 
 namespace {
 
-/// Counts an item that ended. An end tag without a start counts too, as an item without members.
+/// Counts an item that ended. A nil one counts too, as an item without members.
 void CountItem(RequestItems& items) {
     items.Current();
     ++items.count;
 }
 
+/// A text that no longer fits into memory fails the request: a page must not go out without its text.
+void StoreText(std::optional<TextBuffer>& slot, OnData onData, std::string_view text) {
+    if (onData == OnData::Replace || !slot) slot.emplace();
+    if (!text.empty() && !slot->Append(text.data(), static_cast<int>(text.size()))) throw std::bad_alloc();
+}
+
 /// The position of szURL in the common fields, whose capture the end of szURL2 stops.
-constexpr std::size_t kUrlField = 0;
+std::size_t UrlField() {
+    const auto rules = FieldsOf(FieldHandler::Common);
+    return static_cast<std::size_t>(
+        std::find_if(rules.begin(), rules.end(),
+                     [](const FieldRule& rule) { return rule.slot == Slot::Url; }) -
+        rules.begin());
+}
 
 }  // namespace
 
@@ -49,8 +64,7 @@ void FieldCapture::Data(FieldHandler handler, std::string_view text) {
 void FieldCapture::Store(const FieldRule& rule, std::string_view text) {
     switch (rule.kind) {
         case FieldKind::Text:
-            if (rule.onData == OnData::Replace || !record_.Has(rule.slot)) record_[rule.slot].emplace();
-            record_[rule.slot]->Append(text.data(), static_cast<int>(text.size()));
+            StoreText(record_[rule.slot], rule.onData, text);
             break;
         case FieldKind::ResponseActionPart:
             StorePart(insideResponseAction_, record_.responseActions, rule, text);
@@ -78,7 +92,7 @@ void FieldCapture::End(FieldHandler handler, std::string_view element) {
                 FlagsOf(handler).reset(i);
                 break;
             case OnEnd::StopUrlCapture:
-                FlagsOf(handler).reset(kUrlField);
+                FlagsOf(handler).reset(UrlField());
                 break;
             case OnEnd::KeepCapturing:
                 FlagsOf(handler).set(i);

@@ -7,8 +7,7 @@
 
 /// What character data does to a field that is being captured.
 enum class OnData {
-    Replace,  ///< only the last chunk stays; the parser delivers a chunk per line, entity and character
-              ///< reference
+    Replace,  ///< only the last chunk stays; every line break and entity begins a new chunk
     Append,   ///< the text is kept whole
 };
 

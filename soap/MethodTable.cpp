@@ -11,8 +11,8 @@ constexpr EndRecords kMember = EndRecords::MemberKind;
 constexpr EndRecords kAction = EndRecords::MessagingAction;
 using H = FieldHandler;
 
-// The last three codes do not follow the order of the rows: clients and logs know the codes, and a name that
-// ends with two keys is decided by the order. Both stay as they are.
+// The last three codes do not follow the order of the rows: other programs know the codes, and a name
+// that ends with two keys is decided by the order. Both stay as they are.
 constexpr Method kMethods[] = {
     {"AddReceiver2Group", 128, "addrecvtogrp", H::AddReceiverToGroup, kMember, "receiver"},
     {"DeleteReceiverFromGroup", 129, "delrecvfromgrp", H::DeleteReceiverFromGroup, kMember, "receiver"},
@@ -48,8 +48,8 @@ constexpr std::size_t kMethodCount = kLastMethodCode - kFirstMethodCode + 1;
 static_assert(std::size(kMethods) == kMethodCount, "one row for each code");
 
 /// The codes in the order in which an end tag is tested.
-constexpr std::array kEndOrder = {128, 129, 130, 131, 132, 133, 134, 135, 136, 137, 138, 139, 140, 141,
-                                  143, 144, 142, 145, 146, 147, 148, 149, 150, 151, 152, 154, 155, 153};
+constexpr int kEndCodes[] = {128, 129, 130, 131, 132, 133, 134, 135, 136, 137, 138, 139, 140, 141,
+                             143, 144, 142, 145, 146, 147, 148, 149, 150, 151, 152, 154, 155, 153};
 
 constexpr const Method* ByCode(int code) {
     return std::find_if(std::begin(kMethods), std::end(kMethods),
@@ -59,11 +59,18 @@ constexpr const Method* ByCode(int code) {
 constexpr bool EveryCodeOnce() {
     for (int code = kFirstMethodCode; code <= kLastMethodCode; ++code) {
         if (ByCode(code) == std::end(kMethods)) return false;
-        if (std::count(kEndOrder.begin(), kEndOrder.end(), code) != 1) return false;
+        if (std::count(std::begin(kEndCodes), std::end(kEndCodes), code) != 1) return false;
     }
     return true;
 }
 static_assert(EveryCodeOnce(), "both orders hold every code exactly once");
+
+constexpr std::array<const Method*, kMethodCount> InEndOrder() {
+    std::array<const Method*, kMethodCount> order{};
+    for (std::size_t i = 0; i < kMethodCount; ++i) order[i] = ByCode(kEndCodes[i]);
+    return order;
+}
+constexpr auto kEndOrder = InEndOrder();
 
 }  // namespace
 
@@ -79,11 +86,15 @@ const Method* MethodOpenedBy(std::string_view element) {
 }
 
 const Method* MethodClosedBy(std::string_view element) {
-    for (const int code : kEndOrder) {
-        const Method* method = ByCode(code);
-        if (EndsWithNoCase(element, method->name)) return method;
-    }
-    return nullptr;
+    const auto* match = std::find_if(kEndOrder.begin(), kEndOrder.end(), [element](const Method* row) {
+        return EndsWithNoCase(element, row->name);
+    });
+    return match == kEndOrder.end() ? nullptr : *match;
+}
+
+const Method* MethodOfCode(int code) {
+    const Method* method = ByCode(code);
+    return method == std::end(kMethods) ? nullptr : method;
 }
 
 bool IsMessagingMethod(std::string_view name) {

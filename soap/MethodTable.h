@@ -13,7 +13,7 @@ struct Method {
     std::string_view name;  ///< also what g_szCommand and the answer's elements carry
     int code;               ///< 128 to 155
     std::string_view
-        commandWord;  ///< recorded at the start tag: the server's word for an administration method
+        commandWord;  ///< recorded at the start tag; the server's word of an administration method
     FieldHandler handler;
     EndRecords endRecords = EndRecords::Nothing;
     std::string_view endWord = {};
@@ -30,6 +30,9 @@ std::span<const Method> Methods();
 const Method* MethodOpenedBy(std::string_view element);
 /// The method whose name ends an end tag's name. The order of these tests differs from that of start tags.
 const Method* MethodClosedBy(std::string_view element);
+
+/// The method with this code; null for any other number.
+const Method* MethodOfCode(int code);
 
 /// True for the six methods that send, query and confirm messages; exact spelling.
 bool IsMessagingMethod(std::string_view name);

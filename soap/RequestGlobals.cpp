@@ -3,7 +3,7 @@
 #include "MethodTable.h"
 
 char g_szCommand[256];
-int g_nMethodCode = kNoMethod;
+int currentMethodCode = kNoMethod;
 char m_szHostName[256];
 char m_szPath[1024];
 StartArguments gArguments;

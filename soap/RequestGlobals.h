@@ -2,20 +2,21 @@
 
 #include <string>
 
-// What one run of the program shares across its layers. Each is written in one place, at the edge; functions
-// below take what they need as arguments.
+// What one run of the program shares across its layers. Each is written in one place; pure functions
+// take what they need as arguments.
 
 /// The current method's name as the method table spells it; empty while no method was recognised.
 /// Written by the envelope parser; read by translation and the response writer.
 extern char g_szCommand[256];
 
 /// The current method's code, 128 to 155, or 156 for none. Written by the envelope parser.
-extern int g_nMethodCode;
+extern int currentMethodCode;
 
 /// This machine's name, for the fault actor. Written by the program entry.
 extern char m_szHostName[256];
 
-/// The full path of the program's log file. Written by the program entry.
+/// The full path of the program's log file, for whoever looks at a run from outside. Written by the program
+/// entry.
 extern char m_szPath[1024];
 
 /// What the program was started with: the directory of its logs and the server addresses of the request.

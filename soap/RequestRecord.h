@@ -105,8 +105,7 @@ struct RequestItems {
 };
 
 /// What one SOAP request said, as text: every element fills its slot, and an absent one leaves it
-/// empty-handed
-/// (`nullopt`), which is not the same as an empty text for booleans.
+/// without a value, which is not the same as an empty text for booleans.
 struct RequestRecord {
     std::array<std::optional<TextBuffer>, kSlotCount + 1> slots;
     RequestItems responseActions;

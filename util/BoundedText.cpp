@@ -22,8 +22,3 @@ std::string_view WithoutIncompleteEnd(std::string_view text) {
     const std::size_t lead = text.size() - 1 - tail;
     return SequenceLength(static_cast<unsigned char>(text[lead])) > tail + 1 ? text.substr(0, lead) : text;
 }
-
-std::string CutForXml(std::string_view text, std::size_t limit) {
-    if (text.size() <= limit) return std::string(text);
-    return std::string(WithoutIncompleteEnd(text.substr(0, limit)));
-}

@@ -13,10 +13,6 @@ void CopyText(char (&field)[N], std::string_view text) {
     text.copy(field, N - 1);
 }
 
-/// Cuts a text to at most `limit` bytes. A UTF-8 sequence that the cut left incomplete goes too: what is cut
-/// here goes out in an XML document, which must stay well-formed.
-std::string CutForXml(std::string_view text, std::size_t limit);
-
-/// The text without a UTF-8 sequence that lacks its last bytes. Bytes that are no UTF-8 at all are left
-/// alone.
+/// The text without a UTF-8 sequence that lacks its last bytes, for texts that were cut and go out in an XML
+/// document. Bytes that are no UTF-8 at all are left alone.
 std::string_view WithoutIncompleteEnd(std::string_view text);

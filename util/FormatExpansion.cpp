@@ -51,13 +51,14 @@ std::string PrintZero(const Conversion& conversion, const char* letter, Zero zer
     const std::string format = "%" + conversion.flags + "*" + (conversion.hasPrecision ? ".*" : "") + letter;
     const int width = static_cast<int>(conversion.width);
     const int precision = static_cast<int>(conversion.precision);
-    std::string output(limit + 1, '\0');
+    constexpr std::size_t kLongestZero = 32;
+    std::string output(std::min(limit, conversion.width + conversion.precision + kLongestZero) + 1, '\0');
     // The format is built from checked flags and one known letter, and gets each argument it asks for.
     const int wanted =
         conversion.hasPrecision
             ? std::snprintf(output.data(), output.size(), format.c_str(), width, precision, zero)
             : std::snprintf(output.data(), output.size(), format.c_str(), width, zero);
-    output.resize(std::min(limit, static_cast<std::size_t>(std::max(wanted, 0))));
+    output.resize(std::min(output.size() - 1, static_cast<std::size_t>(std::max(wanted, 0))));
     return output;
 }
 

@@ -4,7 +4,8 @@
 
 #include <algorithm>
 #include <cstring>
-#include <ctime>
+
+#include "PathRoutines.h"
 
 namespace {
 
@@ -77,10 +78,5 @@ bool HoldsPrintable(std::string_view text) {
 }
 
 std::string TimeOfDay() {
-    const std::time_t now = std::time(nullptr);
-    std::tm local{};
-    localtime_r(&now, &local);
-    char text[16] = {};
-    std::strftime(text, sizeof text, "%H:%M:%S", &local);
-    return text;
+    return CurrentTimeOfDay();
 }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <new>
+#include <utility>
 
 namespace {
 
@@ -13,6 +15,26 @@ constexpr int kSpare = 100;        ///< room added with every growth, for the ch
 
 void TextBuffer::Free::operator()(char* bytes) const {
     std::free(bytes);
+}
+
+TextBuffer::TextBuffer(std::string_view text) {
+    if (text.size() > static_cast<std::size_t>(INT_MAX)) throw std::bad_alloc();
+    if (!text.empty() && !Append(text.data(), static_cast<int>(text.size()))) throw std::bad_alloc();
+}
+
+TextBuffer& TextBuffer::operator=(TextBuffer&& other) noexcept {
+    TextBuffer taken(std::move(other));
+    Swap(taken);
+    return *this;
+}
+
+void TextBuffer::Swap(TextBuffer& other) noexcept {
+    std::swap(data_, other.data_);
+    std::swap(limit_, other.limit_);
+    std::swap(reserved_, other.reserved_);
+    std::swap(capacity_, other.capacity_);
+    std::swap(length_, other.length_);
+    std::swap(textEnd_, other.textEnd_);
 }
 
 bool TextBuffer::Initialise(int capacity) {

@@ -9,15 +9,15 @@
 /// Always ends in a zero byte once it has storage; readers take it as a zero-terminated text. A zero byte
 /// inside an appended chunk ends the copy while the length still grows by the whole chunk, so the text then
 /// reads as ending there and later chunks start where it ended. Sizes are signed 32-bit; growth past that
-/// range is refused.
+/// range, or past a limit, is refused.
 class TextBuffer {
 public:
     TextBuffer() = default;
-    /// Holds `text`.
-    explicit TextBuffer(std::string_view text) { Append(text.data(), static_cast<int>(text.size())); }
+    /// Holds `text`. Throws std::bad_alloc: half a value is worse than none.
+    explicit TextBuffer(std::string_view text);
 
-    TextBuffer(TextBuffer&&) = default;
-    TextBuffer& operator=(TextBuffer&&) = default;
+    TextBuffer(TextBuffer&& other) noexcept { Swap(other); }
+    TextBuffer& operator=(TextBuffer&& other) noexcept;
 
     /// Refuses to grow beyond `capacity` bytes from now on: a chunk that would need more is dropped whole.
     void LimitTo(int capacity) { limit_ = capacity; }
@@ -43,14 +43,14 @@ public:
 private:
     bool Grow(long long capacity);
     bool Reserve(int capacity);
+    void Swap(TextBuffer& other) noexcept;
 
     struct Free {
         void operator()(char* bytes) const;
     };
     std::unique_ptr<char, Free> data_;
     int limit_ = INT_MAX;
-    int reserved_ =
-        0;  ///< bytes behind data_, at least capacity_: grows by doubling, so many small chunks stay cheap
+    int reserved_ = 0;  ///< bytes behind data_, at least capacity_; doubles, so many small chunks stay cheap
     int capacity_ = 0;
     int length_ = 0;
     int textEnd_ = 0;  ///< where the next chunk lands: the first zero byte

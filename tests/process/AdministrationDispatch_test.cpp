@@ -32,7 +32,8 @@ TEST_F(AdministrationDispatchTest, ChecksTheWordThenTheCredentials) {
     EXPECT_EQ(Refusal(" \""), "Invalid command");
     EXPECT_EQ(Refusal("AddGroup"), "Unknown command name");
     EXPECT_EQ(Refusal("addgroupx"), "Unknown command name");
-    EXPECT_EQ(Refusal("addgroup"), "");
+    CopyText(admin.name, " ");
+    EXPECT_EQ(Refusal("addgroup"), "") << "a blank name is a name";
     admin.name[0] = '\0';
     EXPECT_EQ(Refusal("addgroup"), "Missing Admin user-name and/or password");
     EXPECT_EQ(Refusal("nonsense"), "Missing Admin user-name and/or password");

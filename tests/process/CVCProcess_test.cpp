@@ -4,8 +4,11 @@
 #include <gtest/gtest.h>
 
 #include "CVCSoapProcess.h"
+#include "CVMessageManager.h"
+#include "ChildProcess.h"
 #include "LoopbackServer.h"
 #include "RecordingLog.h"
+#include "TempDir.h"
 
 namespace {
 
@@ -69,13 +72,52 @@ TEST(CVCProcess, ReportsAFailureWithTheOutputAsItsFormat) {
     EXPECT_THAT(log.entries, ElementsAre("5 Send process aborted.\n"));
 }
 
-TEST(CVCProcess, FailureWithoutTextOrCatalogueIsNotReported) {
+TEST(CVCProcess, FailureWithoutTextIsReportedFromTheCatalogueIfThereIsOne) {
+    TempDir dir;
+    const auto shownWithout = [](const std::string& directory) {
+        CVMessageManager::GetDBFilePath(directory);  // decides for the rest of a process
+        ShowingProcess process;
+        CommandParameters command;
+        std::string copy = "old";
+        if (process.Send(command, "", "", &copy) != -1 || copy != "") throw std::logic_error("sent");
+        return process.shown;
+    };
+    EXPECT_EQ(InChildProcess([&] {
+                  if (shownWithout(dir.Path()) != std::vector<std::string>{""})
+                      throw std::logic_error("shown");
+              }),
+              Child::Finished);
+    EXPECT_EQ(InChildProcess([&] {
+                  CVMessageManager::GetDBFilePath(dir.Path());
+                  CVMessageManager::LoadMessageConstants(
+                      dir.Write("m.h", "#define M 55001 /* No answer, 100%% */\n"));
+                  const std::vector<std::string> expected = {"2012: No answer, 100%", ""};
+                  if (shownWithout(dir.Path()) != expected) throw std::logic_error("shown");
+              }),
+              Child::Finished);
+}
+
+TEST(CVCSoapProcess, FailedMessageIsAResponseAndKeepsItsResultLine) {
+    MessagingParameters parameters;
+    parameters.commandCode = kConfirm;
+    parameters.url = DeadUrl();
+    CVCSoapProcess process(&parameters, {});
+    EXPECT_EQ(process.ResultText(), "");
+    testing::internal::CaptureStdout();
+    process.Run(RunMode::Messaging);
+    EXPECT_THAT(testing::internal::GetCapturedStdout(),
+                testing::HasSubstr(">Couldn&apos;t connect to server<"));
+    EXPECT_EQ(process.ResultText(), "Couldn't connect to server");
+    EXPECT_STREQ(process.ResultLine(), "2012 99999999 \"Couldn't connect to server\"\n");
+}
+
+TEST(CVCProcess, ReportedPartialReplyIsCutBetweenCharacters) {
+    LoopbackServer server({.body = std::string(2046, 'x') + "\xC3\xA9tail", .missing = 10});
     ShowingProcess process;
     CommandParameters command;
-    std::string copy = "old";
-    EXPECT_EQ(process.Send(command, "", "", &copy), -1);
-    EXPECT_EQ(copy, "");
-    EXPECT_THAT(process.shown, ElementsAre(""));
+    process.Send(command, server.Url(), "");
+    ASSERT_EQ(process.shown.size(), 2u);
+    EXPECT_EQ(process.shown[0], "2012: " + std::string(2046, 'x'));
 }
 
 TEST(CVCProcess, ReportsAreCutBetweenCharacters) {

@@ -19,13 +19,16 @@ TEST(CommandParameters, LeavesOutLinesThatLackSomething) {
     EXPECT_THAT(command.lines, ElementsAre("a=1", "n=x", "v=", "on1=on", "offset=-60"));
 }
 
-TEST(CommandParameters, SetsALineWithoutMovingOthers) {
+TEST(CommandParameters, SetsALineWithoutMovingTheCount) {
     CommandParameters command;
     command.AddParameter("a", "1");
     command.SetParameter(2, "c", "3");
     command.SetParameter(0, "", "x");
     command.SetParameter(CommandParameters::kMaxLines, "far", "x");
-    EXPECT_THAT(command.lines, ElementsAre("a=1", "", "c=3"));
+    EXPECT_EQ(command.count, 1u);
+    command.AddParameter("b", "2");
+    EXPECT_THAT(command.Posted(), ElementsAre("a=1", "b=2"));
+    EXPECT_THAT(command.lines, ElementsAre("a=1", "b=2", "c=3"));
 }
 
 TEST(CommandParameters, HoldsNoMoreThanTheServerTakes) {

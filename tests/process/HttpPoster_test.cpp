@@ -28,6 +28,7 @@ Posted Post(CommandParameters command, const std::string& url, const std::string
 CommandParameters Command(std::vector<std::string> lines) {
     CommandParameters command;
     command.lines = std::move(lines);
+    command.count = command.lines.size();
     return command;
 }
 
@@ -119,11 +120,27 @@ TEST(HttpPoster, AttachmentThatCannotBeReadFailsThePost) {
     EXPECT_TRUE(server.Posts().empty());
 }
 
+TEST(HttpPoster, CollectsWhatTheTransportDelivers) {
+    TextBuffer reply;
+    char data[] = "ab\0cd";
+    EXPECT_EQ(Curl_GetCallBackResult(data, 7, 5, &reply), 5u) << "the size of an item is always 1";
+    EXPECT_EQ(Curl_GetCallBackResult(nullptr, 1, 5, &reply), 0u);
+    EXPECT_EQ(Curl_GetCallBackResult(data, 1, 0, &reply), 0u);
+    EXPECT_EQ(reply.Text(), "ab") << "a reply ends at its first zero byte";
+    EXPECT_EQ(reply.length(), 5);
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(Curl_GetCallBackResult(data, 1, 2, nullptr), 2u);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "ab");
+}
+
 TEST(HttpPoster, RetriesARefusedConnectionInside) {
     LoopbackServer second({.body = "second"});
+    const std::vector<std::string> lines = {"a=1"};
     TextBuffer reply;
-    EXPECT_EQ(PostUrlencoded({DeadUrl(), ""}, {"a=1"}, &reply, second.Url(), nullptr), 0);
+    TextBuffer headers;
+    EXPECT_EQ(PostUrlencoded({DeadUrl(), ""}, lines, &reply, second.Url(), &headers), 0);
+    EXPECT_THAT(std::string(headers.Text()), StartsWith("HTTP/1.1 200 OK\r\n"));
     EXPECT_EQ(reply.Text(), "second");
-    EXPECT_EQ(PostUrlencoded({"", ""}, {"a=1"}, &reply, second.Url(), nullptr), 3)
+    EXPECT_EQ(PostUrlencoded({"", ""}, lines, &reply, second.Url(), nullptr), 3)
         << "no address: nothing is tried";
 }

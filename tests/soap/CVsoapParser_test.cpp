@@ -16,7 +16,7 @@ class EnvelopeParserTest : public testing::Test {
 protected:
     void SetUp() override {
         CopyText(g_szCommand, "");
-        g_nMethodCode = kNoMethod;
+        currentMethodCode = kNoMethod;
     }
     int Parse(const std::string& body) { return ParseEnvelope(body.c_str(), record, log); }
     /// Parses a complete envelope around one method element.
@@ -41,7 +41,7 @@ TEST_F(EnvelopeParserTest, KnowsEveryMethodInAnySpellingThatEndsWithItsName) {
                 for (char& c : name) c = static_cast<char>(std::toupper(c));
             }
             ASSERT_EQ(ParseEnvelope(("<" + name + "/>").c_str(), fresh, log), 1) << name;
-            EXPECT_EQ(g_nMethodCode, method.code) << name;
+            EXPECT_EQ(currentMethodCode, method.code) << name;
             EXPECT_EQ(g_szCommand, method.name);
             EXPECT_EQ(fresh.Text(Slot::CommandWord), method.commandWord);
             const bool member = method.endRecords == EndRecords::MemberKind;
@@ -69,7 +69,7 @@ TEST_F(EnvelopeParserTest, ServesWhatEndsTooSoon) {
 
 TEST_F(EnvelopeParserTest, IgnoresUnknownMethods) {
     EXPECT_EQ(ParseMethod("Unknown", "<szURL>http://x</szURL>"), 1);
-    EXPECT_EQ(g_nMethodCode, kNoMethod);
+    EXPECT_EQ(currentMethodCode, kNoMethod);
     EXPECT_FALSE(record.Has(Slot::Url));
     EXPECT_TRUE(log.entries.empty());
 }
@@ -84,6 +84,13 @@ TEST_F(EnvelopeParserTest, KeepsTheLastChunkExceptOfTheMessage) {
     EXPECT_EQ(Text(Slot::Recipient), "\n");
     EXPECT_EQ(Text(Slot::Message), "a&b\nc<d\ne");
     EXPECT_EQ(Text(Slot::JobId), "R&D");
+}
+
+TEST_F(EnvelopeParserTest, DeliversUtf8WhateverTheDocumentsEncoding) {
+    Parse(
+        "<?xml version='1.0' "
+        "encoding='ISO-8859-1'?><SendStdMessage><szMessage>caf\xE9</szMessage></SendStdMessage>");
+    EXPECT_EQ(Text(Slot::Message), "caf\xC3\xA9");
 }
 
 TEST_F(EnvelopeParserTest, TellsAbsentNilAndEmptyApart) {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "ChildProcess.h"
 #include "RecordingLog.h"
 
 namespace {
@@ -56,6 +57,19 @@ TEST_F(BodyReaderTest, ReadsWhatIsAnnouncedAndNoMore) {
                                          "1 Complete request data read in memory buffer: [hello]"));
     char rest[16] = {};
     EXPECT_EQ(read(STDIN_FILENO, rest, sizeof rest), 6) << "the rest stays unread";
+}
+
+TEST_F(BodyReaderTest, TakesABodyThatComesInPieces) {
+    const pid_t sender = StartChild([this] {
+        Send("hel");
+        usleep(50000);
+        Send("lo");
+    });
+    const HeapText body = ReadWithLength("5");
+    EXPECT_EQ(WaitForChild(sender), Child::Finished);
+    ASSERT_TRUE(body);
+    EXPECT_STREQ(body.get(), "hello");
+    EXPECT_THAT(log.entries, testing::IsSupersetOf({"1 Data [size=3] read", "1 Data [size=2] read"}));
 }
 
 TEST_F(BodyReaderTest, RefusesLengthsThatPromiseNothing) {

@@ -1,7 +1,6 @@
 #include "ProgramRun.h"
 
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -38,11 +37,19 @@ void Redirect(const std::string& path, int flags, int descriptor) {
     _exit(127);
 }
 
+/// The process's peak of resident memory so far. The figure that `wait` gives is of no use: it still holds the peak
+/// of this process, of which the child was a copy.
+long PeakMemoryKiB(pid_t pid) {
+    const std::string status = ReadFile("/proc/" + std::to_string(pid) + "/status");
+    const std::size_t at = status.find("VmHWM:");
+    return at == status.npos ? 0 : std::atol(status.c_str() + at + 6);
+}
+
 void Await(pid_t pid, ProgramResult& result) {
     const auto deadline = Clock::now() + kLongest;
     int status = 0;
-    rusage usage{};
-    while (wait4(pid, &status, WNOHANG, &usage) == 0) {
+    while (waitpid(pid, &status, WNOHANG) == 0) {
+        if (const long peak = PeakMemoryKiB(pid); peak > 0) result.peakMemoryKiB = peak;
         if (!result.timedOut && Clock::now() > deadline) {
             result.timedOut = true;
             kill(pid, SIGKILL);
@@ -50,7 +57,6 @@ void Await(pid_t pid, ProgramResult& result) {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     result.exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    result.peakMemoryKiB = usage.ru_maxrss;
 }
 
 }  // namespace

@@ -65,12 +65,16 @@ ProgramResult FrontEnd::Serve(const std::string& body, const std::vector<std::st
 }
 
 ProgramResult FrontEnd::ServeWith(const std::string& program, const std::string& body,
-                                  const std::vector<std::string>& environment) const {
+                                  const std::vector<std::string>& environment,
+                                  const std::vector<std::string>& arguments) const {
     std::vector<std::string> variables = {"REQUEST_METHOD=POST",
                                           "CONTENT_LENGTH=" + std::to_string(body.size())};
     for (const auto& variable : environment) Set(variables, variable);
-    return RunProgram(
-        {.program = program, .environment = variables, .directory = site_ / "web/cgi-bin", .input = body});
+    return RunProgram({.program = program,
+                       .arguments = arguments,
+                       .environment = variables,
+                       .directory = site_ / "web/cgi-bin",
+                       .input = body});
 }
 
 std::string BodyOf(const ProgramResult& result) {
@@ -80,14 +84,13 @@ std::string BodyOf(const ProgramResult& result) {
     return result.output.substr(std::min(result.output.size(), sizeof kHeader - 1));
 }
 
-int CountDocuments(const std::string& text) {
-    if (text.empty()) return 0;
+void ExpectWellFormed(const std::string& text) {
+    if (text.empty()) return;
     const XML_Parser parser = XML_ParserCreate(nullptr);
     EXPECT_EQ(XML_Parse(parser, text.data(), static_cast<int>(text.size()), XML_TRUE), XML_STATUS_OK)
         << XML_ErrorString(XML_GetErrorCode(parser)) << " in\n"
         << text;
     XML_ParserFree(parser);
-    return 1;
 }
 
 std::string FaultDocument(const std::string& faultString) {

@@ -15,9 +15,10 @@ public:
     /// Serves one request in a real process: `environment` replaces the usual REQUEST_METHOD=POST and
     /// CONTENT_LENGTH, and "-NAME" removes one.
     ProgramResult Serve(const std::string& body, const std::vector<std::string>& environment = {}) const;
-    /// The same with another program file.
+    /// The same with another program file and arguments.
     ProgramResult ServeWith(const std::string& program, const std::string& body,
-                            const std::vector<std::string>& environment = {}) const;
+                            const std::vector<std::string>& environment = {},
+                            const std::vector<std::string>& arguments = {}) const;
 
     const TempDir& Site() const { return site_; }
     std::string Log() const { return ReadFile(site_ / "logs/soap_log.txt"); }
@@ -28,9 +29,8 @@ private:
 
 /// What follows the CGI header; fails the test when the header is not the one told.
 std::string BodyOf(const ProgramResult& result);
-/// The number of XML documents in a text: 0 when it is empty, 1 when all of it is one; anything else fails
-/// the test.
-int CountDocuments(const std::string& text);
+/// Fails the test unless the text is empty or one XML document.
+void ExpectWellFormed(const std::string& text);
 
 /// The whole fault document for a fault string.
 std::string FaultDocument(const std::string& faultString);

@@ -47,7 +47,7 @@ TEST_P(ToolkitsTest, ReachesTheServer) {
     ASSERT_FALSE(request.empty());
     const ProgramResult result = frontEnd.Serve(Redirected(request, server.Url()));
     EXPECT_EQ(result.exitStatus, 0);
-    EXPECT_EQ(CountDocuments(BodyOf(result)), 1);
+    ExpectWellFormed(BodyOf(result));
     ASSERT_EQ(server.Bodies().size(), 1u) << result.output;
     EXPECT_EQ(server.Bodies()[0], GetParam().command);
 }

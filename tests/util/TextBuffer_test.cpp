@@ -45,6 +45,15 @@ TEST(TextBuffer, DropsAChunkBeyondItsLimitAndStaysUsable) {
     EXPECT_EQ(buffer.Text(), "abcd");
 }
 
+TEST(TextBuffer, CanBeUsedAgainWhenMovedFrom) {
+    TextBuffer first("first");
+    TextBuffer second = std::move(first);
+    first.Append("new");
+    EXPECT_EQ(first.Text(), "new");
+    first = std::move(second);
+    EXPECT_EQ(first.Text(), "first");
+}
+
 TEST(TextBuffer, InitialisesZeroedRoom) {
     TextBuffer buffer;
     EXPECT_TRUE(buffer.Initialise(0));

@@ -1,0 +1,56 @@
+// The service description tells clients which elements they must send. Toolkits refuse a call without one of
+// them before it leaves the client, so no more may be required than the program itself refuses to do without.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "FrontEnd.h"
+#include "LoopbackServer.h"
+#include "RequestElements.h"
+
+namespace {
+
+class RequiredElementsTest : public testing::TestWithParam<Method> {
+protected:
+    /// The fault string, or nothing, of a request with the required elements less `omitted`.
+    std::string FaultWithout(std::string_view omitted) const {
+        std::string fields;
+        for (const std::string& element : Required()) {
+            const std::string value = element == "szURL" ? server_.Url() : "x";
+            if (element != omitted) fields += "<" + element + ">" + value + "</" + element + ">";
+        }
+        const std::string method(GetParam().name);
+        const std::string answer = BodyOf(frontEnd_.Serve("<Envelope><Body><" + method + ">" + fields + "</" +
+                                                          method + "></Body></Envelope>"));
+        const std::size_t start = answer.find("<faultstring>");
+        if (start == answer.npos) return {};
+        return answer.substr(start + 13, answer.find("</faultstring>") - start - 13);
+    }
+
+    std::vector<std::string> Required() const {
+        std::vector<std::string> names;
+        for (const FieldRule& rule : RequestElementsOf(GetParam())) {
+            if (IsRequired(GetParam(), rule)) names.emplace_back(rule.element);
+        }
+        return names;
+    }
+
+private:
+    LoopbackServer server_;
+    FrontEnd frontEnd_;
+};
+
+std::string TestName(const testing::TestParamInfo<Method>& info) {
+    return std::string(info.param.name);
+}
+
+}  // namespace
+
+TEST_P(RequiredElementsTest, AreThoseTheProgramRefusesToDoWithout) {
+    EXPECT_EQ(FaultWithout(""), "") << "something else is required, too";
+    for (const std::string& element : Required()) EXPECT_NE(FaultWithout(element), "") << element;
+}
+
+INSTANTIATE_TEST_SUITE_P(System, RequiredElementsTest, testing::ValuesIn(Methods().begin(), Methods().end()),
+                         TestName);

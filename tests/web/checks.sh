@@ -1,0 +1,109 @@
+# What each web server of deploy/ must do, as functions check_NAME; sourced by script/webservers.
+# They find the server at $url and $tls_url, its site at $site and what is peculiar to it in $chunked_answer.
+
+soap_type='text/xml; charset=utf-8'
+sent='<SendStdMessageResult>OK job'
+limit=16777216
+
+complaints=()
+
+# expect WHAT ACTUAL WANTED
+expect() { [[ $2 == "$3" ]] || complaints+=("$1: $2 instead of $3"); }
+# expect_text TEXT: in the last answer
+expect_text() { grep -qF -e "$1" "$work/answer" || complaints+=("$1 is not in: $(head -c 300 "$work/answer" | tr '\n' ' ')"); }
+
+# ask CURL-ARGUMENT...: sets seen to the status and the type of the answer, which lies in $work/answer.
+ask() {
+    : >"$work/answer"
+    seen=$(curl --noproxy '*' -sS -m 30 -o "$work/answer" -w '%{http_code} %{content_type}' "$@" 2>>"$work/curl.err") || true
+}
+post() { ask -H 'Content-Type: text/xml' --data-binary "@$1" "${@:2}"; }
+
+# How often the program was started.
+starts() { grep -c 'STARTED' "$site/logs/soap_log.txt" || true; }
+
+# Fails, too, where a proxy of the server's environment is asked to reach the paging server.
+check_message() {
+    post "$work/requests/SendStdMessage.xml" -H 'Proxy: http://127.0.0.1:1' "$url"
+    expect answer "$seen" "200 $soap_type"
+    expect_text "$sent"
+}
+
+check_get() {
+    ask "$url"
+    expect answer "$seen" "200 $soap_type"
+    expect_text '<faultstring>2004 Invalid command</faultstring>'
+}
+
+check_description() {
+    ask "${url%/cgi-bin/*}/quorbel.wsdl"
+    expect answer "$seen" "200 $soap_type"
+    cmp -s "$work/answer" "$site/web/quorbel.wsdl" || complaints+=("not the site's file")
+}
+
+check_hidden() {
+    local path before
+    before=$(starts)
+    for path in / /config/dir /config/cvlogs.ini /cgi-bin/ /cgi-bin/quorbel-soap/x /cgi-bin/../config/dir /quorbel.wsdl/; do
+        ask --path-as-is "${url%/cgi-bin/*}$path"
+        [[ $seen == 40[34]* ]] || complaints+=("$path: $seen")
+    done
+    expect 'starts of the program' "$(starts)" "$before"
+}
+
+check_chunked() {
+    post "$work/requests/SendStdMessage.xml" -H 'Transfer-Encoding: chunked' "$url"
+    expect answer "$seen" "200 $soap_type"
+    expect_text "$chunked_answer"
+}
+
+# padded SIZE: a request of that many bytes
+padded() {
+    cat "$work/requests/SendStdMessage.xml"
+    printf '%*s' $(($1 - $(stat -c %s "$work/requests/SendStdMessage.xml"))) ''
+}
+
+check_limit() {
+    local before size
+    padded $limit >"$work/largest"
+    padded $((limit + 1)) >"$work/too-large"
+    before=$(starts)
+    for size in 99999999999 99999999999999999999999; do
+        ask -H "Content-Length: $size" -H 'Expect:' --data-binary x "$url"
+        [[ $seen == 4[01][03]* ]] || complaints+=("$size bytes: $seen")
+    done
+    post "$work/too-large" "$url"
+    expect 'answer to one byte too much' "${seen%% *}" 413
+    expect 'starts of the program' "$(starts)" "$before"
+
+    post "$work/largest" "$url"
+    expect_text "$sent"
+    post "$work/too-large" -H 'Transfer-Encoding: chunked' "$url"
+    expect 'answer to one byte too much in chunks' "${seen%% *}" 413
+}
+
+check_tls() {
+    post "$work/requests/SendStdMessage.xml" --cacert "$work/ca.pem" "$tls_url"
+    expect answer "$seen" "200 $soap_type"
+    expect_text "$sent"
+}
+
+check_environment() {
+    local variable
+    install -m 755 "$root/tests/web/show-environment.sh" "$site/web/cgi-bin/quorbel-soap"
+    ask -H 'Proxy: http://127.0.0.1:1' "$url"
+    expect_text 'REQUEST_METHOD=GET'
+    for variable in "${hostile[@]%%=*}"; do
+        if grep -q "^$variable=" "$work/answer"; then complaints+=("$variable reached the program"); fi
+    done
+    new_site "$site"
+}
+
+# The limit of the configuration is the one that ends a request, and it is longer than two paging servers' time.
+check_timeout() {
+    grep -q '\b660' "$site/$server.conf" || complaints+=("no limit of 660 seconds")
+    stop_groups
+    start_web_server "$server" "$site" 's/\b660/1/'
+    post "$work/slow.xml" "$url"
+    expect 'answer to a request that takes too long' "${seen%% *}" 504
+}

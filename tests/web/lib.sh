@@ -1,0 +1,93 @@
+# Starts the servers of deploy/ for script/webservers; sourced after script/lib.sh and script/lib-server.sh.
+# Everything listens on the loopback address and ends with stop_groups.
+
+owner=www-data # as whom the servers serve when root starts them
+
+# What must not reach the program, although whoever starts the web server has it in his environment.
+hostile=(
+    {http,https,all}_proxy=http://127.0.0.1:1 {HTTP,HTTPS,ALL}_PROXY=http://127.0.0.1:1
+    {no_proxy,NO_PROXY}=none.example SSL_CERT_FILE=/none SSL_CERT_DIR=/none CURL_CA_BUNDLE=/none
+    OPENSSL_CONF=/none LD_LIBRARY_PATH=/none LD_BIND_NOW=1
+)
+
+groups=() # process groups, each a server with the programs that it runs
+
+# in_background LOG COMMAND...: in a process group of its own; sets group.
+in_background() {
+    env "${hostile[@]}" setsid "${@:2}" >>"$1" 2>&1 </dev/null &
+    group=$!
+    groups+=("$group")
+}
+
+# end_group SIGNAL GROUP
+end_group() {
+    kill "-$1" -- "-$2" 2>/dev/null || true
+    wait "$2" 2>/dev/null || true
+}
+
+# stop_groups [FIRST]: all, or those from the FIRST one on.
+stop_groups() {
+    local first=${1:-0} group
+    for group in "${groups[@]:first}"; do end_group TERM "$group"; done
+    groups=("${groups[@]:0:first}")
+}
+
+# free_port: one below those that the kernel hands out itself, and that nobody listens on now.
+free_port() {
+    local port
+    while port=$((20000 + RANDOM % 10000)) && (: <"/dev/tcp/127.0.0.1/$port") 2>/dev/null; do :; done
+    echo "$port"
+}
+
+# new_site DIR: one that the servers' user can write.
+new_site() {
+    "$root/script/site" --level trace "$1"
+    if [[ ! -e $1/web/quorbel.wsdl ]]; then echo '<definitions/>' >"$1/web/quorbel.wsdl"; fi
+    if ((EUID == 0)); then chown "$owner:" "$1/logs" "$1/spool"; fi
+}
+
+# fill TEMPLATE SITE PORT TLS_PORT: a file of deploy/ with all its choices made.
+fill() {
+    local user_mark='#user '
+    ((EUID == 0)) || user_mark='#tls '
+    sed -e "s|#tls ||; s|$user_mark||; s|@SITE@|$2|g; s|@ADDRESS@|127.0.0.1|g; s|@PORT@|$3|g; s|@TLS_PORT@|$4|g" \
+        -e "s|@USER@|$owner|g; s|@CERTIFICATE@|$work/server.pem|g" "$root/deploy/$1"
+}
+
+# run_NAME SITE: starts a server as its file in deploy/ says, with the configuration SITE/NAME.conf.
+run_lighttpd() { in_background "$1/logs/stderr" env -i PATH=/usr/bin:/bin "$(command -v lighttpd)" -D -f "$1/lighttpd.conf"; }
+run_apache() { in_background "$1/logs/stderr" env -i PATH=/usr/bin:/bin "$(command -v apache2)" -D FOREGROUND -f "$1/apache.conf"; }
+run_nginx() {
+    fill fcgiwrap.sh "$1" - - >"$1/fcgiwrap.sh"
+    in_background "$1/logs/stderr" sh "$1/fcgiwrap.sh"
+    wait_for test -S "$1/spool/fcgiwrap.sock"
+    in_background "$1/logs/stderr" nginx -e "$1/logs/nginx.log" -c "$1/nginx.conf" -g 'daemon off;'
+}
+
+set_urls() {
+    url=http://127.0.0.1:$1/cgi-bin/quorbel-soap
+    tls_url=https://127.0.0.1:$2/cgi-bin/quorbel-soap
+}
+
+answers() { curl --noproxy '*' -s -m 10 -o "$work/answer" "$url"; }
+answers_or_ended() { answers || ! kill -0 "$group" 2>/dev/null; }
+
+# start_web_server NAME SITE [SED COMMAND]: its configuration changed by the command; sets port, url, tls_url and
+# group. A port that somebody took since it was chosen ends the server, then another one is tried.
+start_web_server() {
+    local tries tls_port others=${#groups[@]}
+    for tries in 1 2 3; do
+        port=$(free_port) tls_port=$(free_port)
+        set_urls "$port" "$tls_port"
+        fill "$1.conf" "$2" "$port" "$tls_port" | sed "${3-}" >"$2/$1.conf"
+        if try_web_server "$1" "$2"; then return 0; fi
+        stop_groups "$others"
+    done
+    cat "$2"/logs/{stderr,"$1.log"} >&2 || true
+    fail "$1 did not start"
+}
+
+try_web_server() {
+    "run_$1" "$2"
+    wait_for answers_or_ended && answers && kill -0 "$group" 2>/dev/null
+}

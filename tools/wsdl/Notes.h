@@ -1,0 +1,15 @@
+#pragma once
+
+#include "MethodTable.h"
+
+// What a user of the service must know and cannot see from names and types. Toolkits show these texts beside
+// the generated code.
+
+/// For the service as a whole: how values travel.
+std::string_view ServiceNote();
+
+/// What a method does; every method has one.
+std::string_view NoteOf(const Method& method);
+
+/// What to mind about an element; empty when its name says it all.
+std::string_view NoteOf(const FieldRule& element);

@@ -1,0 +1,111 @@
+#include "Schemas.h"
+
+#include <string>
+
+#include "Notes.h"
+#include "RequestElements.h"
+#include "ServiceNames.h"
+
+namespace {
+
+constexpr char kSequence[] = "xs:sequence";
+constexpr char kTextList[] = "ArrayOfString";
+
+std::string Own(std::string_view name) {
+    return "tns:" + std::string(name);
+}
+
+void WriteNote(XmlWriter& xml, std::string_view note) {
+    const XmlElement annotation(xml, "xs:annotation");
+    xml.Text("xs:documentation", note);
+}
+
+void WriteDeclaration(XmlWriter& xml, XmlWriter::Attributes attributes, std::string_view note) {
+    if (note.empty()) {
+        xml.Empty("xs:element", attributes);
+    } else {
+        const XmlElement element(xml, "xs:element", attributes);
+        WriteNote(xml, note);
+    }
+}
+
+/// An element of a request or of an item. Never nillable: clients would then send a nil element for every
+/// value that they leave out.
+void WriteRequestElement(XmlWriter& xml, const Method& method, const FieldRule& rule) {
+    const std::string type = IsItem(rule) ? Own(rule.element) : std::string(TypeOf(rule));
+    const std::string maxOccurs = std::to_string(MaxOccurs(rule));
+    const std::string_view minOccurs = IsRequired(method, rule) ? "1" : "0";
+    WriteDeclaration(
+        xml, {{"minOccurs", minOccurs}, {"maxOccurs", maxOccurs}, {"name", rule.element}, {"type", type}},
+        NoteOf(rule));
+}
+
+void WriteRequest(XmlWriter& xml, const Method& method) {
+    const XmlElement element(xml, "xs:element", {{"name", method.name}});
+    const XmlElement type(xml, "xs:complexType");
+    const XmlElement sequence(xml, kSequence);
+    for (const FieldRule& rule : RequestElementsOf(method)) WriteRequestElement(xml, method, rule);
+}
+
+void WriteAnswer(XmlWriter& xml, const Method& method) {
+    const bool isQuery = method.name.find("Query") != method.name.npos;
+    const std::string name(method.name);
+    const XmlElement element(xml, "xs:element", {{"name", name + "Response"}});
+    const XmlElement type(xml, "xs:complexType");
+    const XmlElement sequence(xml, kSequence);
+    xml.Empty("xs:element",
+              {{"name", name + "Result"}, {"type", isQuery ? Own(kQueryResultType) : "xs:string"}});
+}
+
+void WriteItemTypes(XmlWriter& xml, const Method& method) {
+    for (const FieldRule& item : FieldsOf(method.handler)) {
+        if (!IsItem(item)) continue;
+        const XmlElement type(xml, "xs:complexType", {{"name", item.element}});
+        const XmlElement sequence(xml, kSequence);
+        for (const FieldRule& member : MembersOf(item, FieldsOf(method.handler)))
+            WriteRequestElement(xml, method, member);
+    }
+}
+
+void WriteQueryResultTypes(XmlWriter& xml) {
+    {
+        const XmlElement type(xml, "xs:complexType", {{"name", kQueryResultType}});
+        const XmlElement sequence(xml, kSequence);
+        xml.Empty("xs:element", {{"name", "szResponseMessage"}, {"type", "xs:string"}});
+        xml.Empty("xs:element", {{"minOccurs", "0"}, {"name", "szResult"}, {"type", Own(kTextList)}});
+    }
+    const XmlElement type(xml, "xs:complexType", {{"name", kTextList}});
+    const XmlElement sequence(xml, kSequence);
+    xml.Empty("xs:element",
+              {{"minOccurs", "0"}, {"maxOccurs", "unbounded"}, {"name", "string"}, {"type", "xs:string"}});
+}
+
+void WriteFaultDetail(XmlWriter& xml) {
+    const XmlElement detail(xml, "xs:element", {{"name", "errorInfo"}});
+    const XmlElement type(xml, "xs:complexType");
+    const XmlElement sequence(xml, kSequence);
+    xml.Empty("xs:element", {{"name", "returnCode"}, {"type", "xs:string"}});
+    const XmlElement info(xml, "xs:element", {{"name", "serverErrorInfo"}});
+    const XmlElement infoType(xml, "xs:complexType");
+    const XmlElement infoSequence(xml, kSequence);
+    xml.Empty("xs:element", {{"name", "description"}, {"type", "xs:string"}});
+    xml.Empty("xs:element", {{"name", "source"}, {"type", "xs:string"}});
+}
+
+}  // namespace
+
+void WriteSchemas(XmlWriter& xml) {
+    {
+        const XmlElement schema(
+            xml, "xs:schema", {{"elementFormDefault", "qualified"}, {"targetNamespace", kServiceNamespace}});
+        for (const Method& method : Methods()) {
+            WriteRequest(xml, method);
+            WriteAnswer(xml, method);
+            WriteItemTypes(xml, method);
+        }
+        WriteQueryResultTypes(xml);
+    }
+    const XmlElement schema(xml, "xs:schema",
+                            {{"elementFormDefault", "qualified"}, {"targetNamespace", kErrorNamespace}});
+    WriteFaultDetail(xml);
+}

@@ -1,0 +1,9 @@
+#pragma once
+
+#include "XmlWriter.h"
+
+/// Writes the two schemas: the service's requests and answers, and the detail of its faults.
+void WriteSchemas(XmlWriter& xml);
+
+/// The name of a query's answer type: a message and a list of texts.
+inline constexpr char kQueryResultType[] = "QueryResult";
