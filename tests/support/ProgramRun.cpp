@@ -21,19 +21,28 @@ std::vector<char*> Pointers(const std::vector<std::string>& texts) {
     return pointers;
 }
 
+/// Everything the child needs, laid out before the fork: behind it another thread's lock may be held for ever, so
+/// nothing may be allocated there.
+struct Prepared {
+    const char* program;
+    const char* directory;
+    std::vector<char*> arguments;
+    std::vector<char*> environment;
+    std::string in, out, err;
+};
+
 void Redirect(const std::string& path, int flags, int descriptor) {
     const int file = open(path.c_str(), flags, 0600);
     dup2(file, descriptor);
     close(file);
 }
 
-/// Becomes the program; runs between fork and exec, where only plain system calls are safe.
-[[noreturn]] void Become(const ProgramInput& input, const TempDir& files, char** arguments,
-                         char** environment) {
-    Redirect(files / "in", O_RDONLY, STDIN_FILENO);
-    Redirect(files / "out", O_WRONLY | O_CREAT, STDOUT_FILENO);
-    Redirect(files / "err", O_WRONLY | O_CREAT, STDERR_FILENO);
-    if (chdir(input.directory.c_str()) == 0) execve(input.program.c_str(), arguments, environment);
+/// Becomes the program.
+[[noreturn]] void Become(const Prepared& child) {
+    Redirect(child.in, O_RDONLY, STDIN_FILENO);
+    Redirect(child.out, O_WRONLY | O_CREAT, STDOUT_FILENO);
+    Redirect(child.err, O_WRONLY | O_CREAT, STDERR_FILENO);
+    if (chdir(child.directory) == 0) execve(child.program, child.arguments.data(), child.environment.data());
     _exit(127);
 }
 
@@ -66,14 +75,13 @@ ProgramResult RunProgram(const ProgramInput& input) {
     files.Write("in", input.input);
     std::vector<std::string> words = {input.program};
     words.insert(words.end(), input.arguments.begin(), input.arguments.end());
-    const auto arguments = Pointers(words);
-    const auto environment = Pointers(input.environment);
+    const Prepared child = {
+        input.program.c_str(), input.directory.c_str(), Pointers(words), Pointers(input.environment),
+        files / "in",          files / "out",           files / "err"};
 
     ProgramResult result;
     const pid_t pid = fork();
-    if (pid == 0) {
-        Become(input, files, const_cast<char**>(arguments.data()), const_cast<char**>(environment.data()));
-    }
+    if (pid == 0) Become(child);
     Await(pid, result);
     result.output = ReadFile(files / "out");
     result.errors = ReadFile(files / "err");
