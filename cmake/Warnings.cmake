@@ -5,5 +5,5 @@ add_compile_options(
 
 # GCC 12 reports overlapping copies inside "literal" + std::string that cannot happen.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-  add_compile_options(-Wno-restrict)
+  add_compile_options($<$<CONFIG:Release>:-Wno-restrict>)
 endif()

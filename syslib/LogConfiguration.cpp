@@ -1,9 +1,12 @@
 #include "LogConfiguration.h"
 
+#include <algorithm>
+#include <iterator>
 #include <mutex>
 
 #include "IniReaderWriter.h"
 #include "LogConfigFile.h"
+#include "StringRoutines.h"
 
 namespace {
 
@@ -26,7 +29,10 @@ LogSection DefaultSection(const std::string& module, const std::string& filePath
             }};
 }
 
-LogSettings ReadSection(IniReaderWriter& ini, const std::string& header, const std::string& defaultFilePath) {
+}  // namespace
+
+LogSettings ReadLogSettings(IniReaderWriter& ini, const std::string& header,
+                            const std::string& defaultFilePath) {
     const auto main = ini.FindSection("[main]");
     const auto section = ini.FindSection(header);
     const auto valueOr = [&](const char* key, const char* otherwise) -> std::string {
@@ -49,7 +55,10 @@ LogSettings ReadSection(IniReaderWriter& ini, const std::string& header, const s
     return settings;
 }
 
-}  // namespace
+bool IsLogKey(std::string_view key) {
+    return std::any_of(std::begin(kSharedKeys), std::end(kSharedKeys),
+                       [&](const char* known) { return EqualNoCase(key, known); });
+}
 
 std::optional<LogSettings> LoadLogSettings(const std::string& path, const std::string& module,
                                            const std::string& defaultFilePath) {
@@ -64,5 +73,5 @@ std::optional<LogSettings> LoadLogSettings(const std::string& path, const std::s
     if (ini.FindSection(section.header) == ini.NoSection() && !AddLogSection(ini, path, section)) {
         return std::nullopt;
     }
-    return ReadSection(ini, section.header, defaultFilePath);
+    return ReadLogSettings(ini, section.header, defaultFilePath);
 }

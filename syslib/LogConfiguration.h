@@ -2,10 +2,13 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "EventLevel.h"
+
+class IniReaderWriter;
 
 /// What `cvlogs.ini` says about one module.
 struct LogSettings {
@@ -24,3 +27,10 @@ struct LogSettings {
 /// file.
 std::optional<LogSettings> LoadLogSettings(const std::string& path, const std::string& module,
                                            const std::string& defaultFilePath);
+
+/// The same from a file that is loaded, for the section with the header "[SOAP]"; adds nothing.
+LogSettings ReadLogSettings(IniReaderWriter& ini, const std::string& header,
+                            const std::string& defaultFilePath);
+
+/// Whether the event log or one of its writers knows the key.
+bool IsLogKey(std::string_view key);

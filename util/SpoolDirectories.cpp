@@ -184,6 +184,10 @@ int LoadDirectoryConfig(const char* fileName, DirectoryTable& table) try {
     throw CVException(failure.GetFile(), failure.GetLine(), failure.GetMessage(), failure.GetSystemMessage());
 }
 
+void ReadDirectories(const std::string& path, DirectoryTable& table) {
+    ReadDirectoryFile(path, table);
+}
+
 int SaveDirectoryConfig(const char* fileName, const DirectoryTable& table) {
     CVioFile file(ConfigFile(fileName));
     // Not "w": the file must keep its content until nobody else reads it.

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 /// The positions of the site's directories in the directory table; other programs index it by these numbers.
 /// Position 7 is not used.
@@ -57,6 +58,9 @@ inline const char* DirectoryOf(const DirectoryTable& table, DirectorySlot slot) 
 /// stay as they are in `table`; the queue list is replaced. Throws CVException with the text of the failed
 /// file operation; the file is unlocked and closed on every path.
 int LoadDirectoryConfig(const char* fileName, DirectoryTable& table);
+
+/// Reads the file at `path` into `table` alone: no queue, no rewriting. Throws CVioException.
+void ReadDirectories(const std::string& path, DirectoryTable& table);
 
 /// Writes table and queue list to `fileName` in g_strConfigDir in canonical form; returns 1. Numbers the
 /// queues that have none, adds the default queue when there is none at all. Throws CVioException.

@@ -11,6 +11,10 @@
 
 namespace {
 
+std::string Element(const std::string& name, const std::string& content) {
+    return std::string("<").append(name).append(">").append(content).append("</").append(name).append(">");
+}
+
 class RequiredElementsTest : public testing::TestWithParam<Method> {
 protected:
     /// The fault string, or nothing, of a request with the required elements less `omitted`.
@@ -18,11 +22,10 @@ protected:
         std::string fields;
         for (const std::string& element : Required()) {
             const std::string value = element == "szURL" ? server_.Url() : "x";
-            if (element != omitted) fields += "<" + element + ">" + value + "</" + element + ">";
+            if (element != omitted) fields += Element(element, value);
         }
-        const std::string method(GetParam().name);
-        const std::string answer = BodyOf(frontEnd_.Serve("<Envelope><Body><" + method + ">" + fields + "</" +
-                                                          method + "></Body></Envelope>"));
+        const std::string body = Element("Body", Element(std::string(GetParam().name), fields));
+        const std::string answer = BodyOf(frontEnd_.Serve(Element("Envelope", body)));
         const std::size_t start = answer.find("<faultstring>");
         if (start == answer.npos) return {};
         return answer.substr(start + 13, answer.find("</faultstring>") - start - 13);

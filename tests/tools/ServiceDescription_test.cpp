@@ -83,6 +83,10 @@ protected:
     }
 };
 
+std::string Element(const std::string& name, const std::string& content) {
+    return std::string("<").append(name).append(">").append(content).append("</").append(name).append(">");
+}
+
 /// A recorded request's elements, in the order in which its client sent them, each once.
 Names SentElements(const XmlNode& method) {
     Names names;
@@ -189,13 +193,11 @@ TEST_F(ServiceDescriptionTest, LetsEveryElementOfAFullCompactRequestArrive) {
         };
         std::string fields;
         for (const FieldRule& rule : RequestElementsOf(method)) {
-            const std::string element(rule.element);
-            fields += "<" + element + "><![CDATA[" + valueOf(rule) + "]]></" + element + ">";
+            fields += Element(std::string(rule.element), "<![CDATA[" + valueOf(rule) + "]]>");
         }
         RequestRecord record;
         RecordingLog log;
-        ParseEnvelope(("<Envelope><" + name + ">" + fields + "</" + name + "></Envelope>").c_str(), record,
-                      log);
+        ParseEnvelope(Element("Envelope", Element(name, fields)).c_str(), record, log);
         for (const FieldRule& rule : RequestElementsOf(method)) {
             const bool isCutOff = name == "SetUserGroupDeptPermission" && rule.slot == Slot::Url2;
             if (rule.kind != FieldKind::Text || isCutOff) continue;

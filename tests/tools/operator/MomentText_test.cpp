@@ -1,0 +1,35 @@
+#include "MomentText.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+TEST(MomentText, ReadsDatesAndAges) {
+    setenv("TZ", "UTC", 1);
+    constexpr std::time_t kNow = 1706778303;  // 2024-02-01 09:05:03
+    const struct {
+        const char* text;
+        std::int64_t seconds;
+    } cases[] = {
+        {"2024-02-01", 1706745600},
+        {"2024-02-01 09:05", 1706778300},
+        {"2024-02-01 09:05:03", kNow},
+        {"2024-02-01T09:05:03", kNow},
+        {"02/01/2024", 1706745600},
+        {"02/01/2024 09:05:03", kNow},
+        {"2024-02-29", 1709164800},
+        {"@12", 12},
+        {"90s", kNow - 90},
+        {"15m", kNow - 900},
+        {"2h", kNow - 7200},
+        {"7d", kNow - 604800},
+    };
+    for (const auto& c : cases) EXPECT_EQ(ParseMoment(c.text, kNow), c.seconds) << c.text;
+}
+
+TEST(MomentText, RefusesWhatIsNoMoment) {
+    for (const char* text : {"", "tomorrow", "2024-02-30", "2024-13-01", "2024-02-01 25:00", "2024-02-01x",
+                             "@", "@1x", "h", "-2h", "2 h", "99999999999d", "1706778303"}) {
+        EXPECT_EQ(ParseMoment(text, 0), std::nullopt) << text;
+    }
+}

@@ -1,0 +1,137 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "OperatorSite.h"
+
+using testing::HasSubstr;
+
+namespace {
+
+constexpr std::int64_t kTime = 1706778303;  // 02/01/2024 09:05:03
+
+void StoreSample(const OperatorSite& site) {
+    site.Store({{.module = "", .timestamp = kTime, .level = 3, .message = "started"},
+                {.module = "Send", .timestamp = kTime + 1, .level = 5, .message = "it's 100% lost\n"},
+                {.module = "Parse", .timestamp = kTime + 2, .level = 1, .message = "deep"},
+                {.module = "Send", .timestamp = kTime + 86400, .level = 4, .message = "slow"},
+                {.module = "Send", .timestamp = kTime + 86400, .level = 4, .message = "slow"}});
+}
+
+std::string Query(const OperatorSite& site, std::vector<std::string> options, const char* command = "query") {
+    options.insert(options.begin(), {command, "--db", site.Database(), "--module", "SOAP"});
+    return Outcome(site.Logs(options));
+}
+
+const std::string kStarted = "02/01/2024 09:05:03 SOAP [INFO] started\n";
+const std::string kLost = "02/01/2024 09:05:04 SOAP.Send [ERROR] it's 100% lost\n";
+const std::string kDeep = "02/01/2024 09:05:05 SOAP.Parse [TRACE] deep\n";
+const std::string kSlow = "02/02/2024 09:05:03 SOAP.Send [WARN] slow\n";
+
+}  // namespace
+
+TEST(QueryCommand, PrintsTheEntriesThatPassEveryFilter) {
+    const OperatorSite site;
+    StoreSample(site);
+    const struct {
+        std::vector<std::string> options;
+        std::string lines;
+    } cases[] = {
+        {{}, kStarted + kLost + kDeep + kSlow + kSlow},
+        {{"--level", "warn"}, kLost + kSlow + kSlow},
+        {{"--sub", "Parse", "--sub", ""}, kStarted + kDeep},
+        {{"--grep", "it's 100\\%%"}, ""},
+        {{"--grep", "IT'S 100%"}, kLost},
+        {{"--time", "02/02/%"}, kSlow + kSlow},
+        {{"--since", "2024-02-01 09:05:05"}, kDeep + kSlow + kSlow},
+        {{"--since", "@1706778304", "--level", "error", "--sub", "Send"}, kLost},
+        {{"--newest", "--limit", "3"}, kSlow + kSlow + kDeep},
+        {{"--newest", "--limit", "1", "--offset", "3"}, kLost},
+        {{"--by-level"}, kDeep + kStarted + kSlow + kSlow + kLost},
+        {{"--by-module", "--limit", "2"}, kStarted + kDeep},
+    };
+    for (const auto& c : cases) {
+        const std::string expected = c.lines.empty() ? "1 cvlogs: no such entries\n" : "0 " + c.lines;
+        EXPECT_EQ(Query(site, c.options), expected) << testing::PrintToString(c.options);
+    }
+    EXPECT_THAT(Query(site, {"--grep", "slow, but it is not"}),
+                HasSubstr("a pattern stands for the whole text"));
+}
+
+TEST(QueryCommand, PrintsEveryColumnForOtherPrograms) {
+    const OperatorSite site;
+    site.Store(
+        {{.module = "S\t", .timestamp = kTime, .level = 5, .message = "\"a\"\n\xFF", .sourceFile = "s.c"}});
+    EXPECT_EQ(
+        Query(site, {"--json"}),
+        R"(0 {"id":1,"module":"S\t","timestamp":1706778303,"level":5,"message":"\"a\"\n\ufffd","line":-1,)"
+        R"("srcfile":"s.c","tempcol":"02/01/2024 09:05:03"})"
+        "\n");
+    EXPECT_EQ(Query(site, {"--tsv"}),
+              "0 id\tmodule\ttimestamp\tlevel\tmessage\tline\tsrcfile\ttempcol\n"
+              "1\tS\\t\t1706778303\t5\t\"a\"\\n\xFF\t-1\ts.c\t02/01/2024 09:05:03\n");
+}
+
+TEST(QueryCommand, CountsEntriesThatAreAlike) {
+    const OperatorSite site;
+    StoreSample(site);
+    EXPECT_EQ(Query(site, {"--level", "warn"}, "count"), "0       2 02/02/2024 09:05:03 [WARN] slow\n");
+    EXPECT_EQ(Query(site, {"--time", "02/02%", "--json"}, "count"),
+              "0 {\"entry_time\":\"02/02/2024 09:05:03\",\"message\":\"slow\",\"level\":4,\"records\":2}\n");
+    EXPECT_EQ(Query(site, {"--level", "fatal"}, "count"), "1 cvlogs: no such entries\n");
+}
+
+TEST(QueryCommand, ShowsControlCharactersOnATerminalOnly) {
+    const OperatorSite site;
+    site.Store({{.timestamp = kTime, .level = 5, .message = "\x1b[2J\xC3\xA9\a"}});
+    const std::string arguments = "query --module SOAP --db " + site.Database();
+    EXPECT_THAT(site.LogsOnTerminal(arguments).output, HasSubstr("[ERROR] <ESC>[2J\xC3\xA9<BEL>\r\n"));
+    EXPECT_THAT(site.LogsOnTerminal(arguments + " --tsv").output, HasSubstr("\t<ESC>[2J\xC3\xA9<BEL>\t"));
+    EXPECT_THAT(Query(site, {}), HasSubstr("[ERROR] \x1b[2J\xC3\xA9\a\n"));
+}
+
+TEST(QueryCommand, FindsTheDatabaseByTheConfiguration) {
+    const OperatorSite site(
+        "[main]\nwriter=sqlite\n[SOAP]\ndbfilename={SITE}/logs/events.sdb\n[CLI]\nwriter=file\n");
+    StoreSample(site);
+    const auto query = [&](const char* module) {
+        return Outcome(
+            site.Logs({"query", "--config-dir", site.Config(), "--module", module, "--level", "error"}));
+    };
+    EXPECT_EQ(query("SOAP"), "0 " + kLost);
+    EXPECT_THAT(query("CLI"), HasSubstr("logs to no database (writer=file)"));
+    EXPECT_THAT(query("LDAP"), HasSubstr("has no section [LDAP]"));
+}
+
+TEST(QueryCommand, CreatesNothingAndSaysWhatIsWrong) {
+    const OperatorSite site;
+    site.Files().Write("notes.txt", "no database at all");
+    const std::string before = site.Listing();
+    const struct {
+        std::string database;
+        const char* reason;
+    } cases[] = {
+        {site.Files() / "logs/none.sdb", "No such file or directory"},
+        {site.Files() / "none/none.sdb", "No such file or directory"},
+        {site.Files() / "logs", "no regular file"},
+        {site.Files() / "notes.txt", "file is not a database"},
+    };
+    for (const auto& c : cases) {
+        const auto result = site.Logs({"query", "--db", c.database, "--module", "SOAP"});
+        EXPECT_EQ(result.exitStatus, 1);
+        EXPECT_THAT(result.errors, HasSubstr(c.reason));
+    }
+    EXPECT_EQ(site.Listing(), before);
+}
+
+TEST(QueryCommand, TellsAUserWhoMayNotReadWhatIsNeeded) {
+    const OperatorSite site;
+    StoreSample(site);
+    chmod(site.Files().Path().c_str(), 0755);
+    const std::vector<std::string> arguments = {"query", "--db", site.Database(), "--module", "SOAP"};
+    chmod((site.Files() / "logs").c_str(), 0555);
+    EXPECT_THAT(AsNobody(CVLOGS_PROGRAM, arguments).errors, HasSubstr("must be allowed to write the file"));
+    chmod(site.Database().c_str(), 0);
+    EXPECT_THAT(AsNobody(CVLOGS_PROGRAM, arguments).errors, HasSubstr("Permission denied"));
+    chmod((site.Files() / "logs").c_str(), 0755);
+}

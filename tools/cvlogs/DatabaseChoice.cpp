@@ -1,0 +1,109 @@
+#include "DatabaseChoice.h"
+
+#include <CLI/CLI.hpp>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <set>
+#include <stdexcept>
+
+#include "CVDBProcessorFatalException.h"
+#include "CVException.h"
+#include "CVLogSQLiteProcessor.h"
+#include "DatabaseFile.h"
+#include "LogConfig.h"
+#include "Program.h"
+
+namespace {
+
+template <class Names>
+std::string Listed(const Names& names) {
+    std::string list;
+    for (const auto& name : names) list += (list.empty() ? "" : ", ") + name;
+    return list;
+}
+
+std::set<std::string> ConfiguredDatabases(LogConfig& config) {
+    std::set<std::string> paths;
+    for (const auto& module : config.Modules()) {
+        const LogDestination destination = config.Find(module).destination;
+        if (destination.kind == LogDestination::Kind::Database && !destination.path.empty()) {
+            paths.insert(destination.path);
+        }
+    }
+    return paths;
+}
+
+std::string WhyRefused(const std::string& path, int mode) {
+    const bool allowed = faccessat(AT_FDCWD, path.c_str(), mode, AT_EACCESS) == 0;
+    return allowed ? "it is no regular file, or its directory takes no new files" : GetSystemErrorText();
+}
+
+[[noreturn]] void FailToOpen(const std::string& path, const std::string& reason) {
+    throw std::runtime_error("cannot open log database " + path + ": " + reason);
+}
+
+void RequireModule(CVLogDBProcessorInterface& database, const std::string& path, const std::string& module) {
+    const auto modules = database.Modules();
+    if (module.empty() || std::find(modules.begin(), modules.end(), module) != modules.end()) return;
+    throw std::runtime_error("no module \"" + module + "\" in " + path +
+                             (modules.empty() ? "" : "; it has " + Listed(modules)));
+}
+
+OpenDatabase Open(const std::string& path, const std::string& module) {
+    try {
+        auto database = std::make_unique<CVLogSQLiteProcessor>(path, /*create=*/false);
+        RequireModule(*database, path, module);
+        return database;
+    } catch (const CVDBProcessorFatalException& failure) {
+        if (IsWritableDatabase(path)) throw;
+        throw std::runtime_error(std::string(failure.what()) +
+                                 ". Unless a program has the database open, its reader must be allowed to "
+                                 "write the file and its directory.");
+    }
+}
+
+}  // namespace
+
+void AddDatabaseOptions(CLI::App& command, DatabaseChoice& choice) {
+    auto* group = command.add_option_group("Database", "Which log database (exactly one of these)");
+    NotEmpty(group->add_option("--db", choice.file, "The database file"))->type_name("FILE");
+    NotEmpty(group->add_option("--config-dir", choice.configDirectory,
+                               "Directory of the cvlogs.ini that names the database"))
+        ->type_name("DIR");
+    group->require_option(1);
+}
+
+std::string DatabaseOf(const DatabaseChoice& choice, const std::string& module) {
+    if (!choice.file.empty()) return choice.file;
+    LogConfig config(choice.configDirectory);
+    const ModuleLog log = config.Find(module);
+    const LogDestination& destination = log.destination;
+    if (destination.kind == LogDestination::Kind::Database && !destination.path.empty())
+        return destination.path;
+    throw std::runtime_error("[" + module + "] of " + config.Path() +
+                             " logs to no database (writer=" + log.writer + ")");
+}
+
+std::string OnlyDatabase(const DatabaseChoice& choice) {
+    if (!choice.file.empty()) return choice.file;
+    LogConfig config(choice.configDirectory);
+    const auto paths = ConfiguredDatabases(config);
+    if (paths.size() == 1) return *paths.begin();
+    throw std::runtime_error(
+        paths.empty() ? config.Path() + " names no database"
+                      : config.Path() + " names several databases, choose one with --db: " + Listed(paths));
+}
+
+OpenDatabase OpenForReading(const std::string& path, const std::string& module) {
+    if (!IsReadableDatabase(path)) FailToOpen(path, WhyRefused(path, R_OK));
+    return Open(path, module);
+}
+
+OpenDatabase OpenForChanging(const std::string& path, const std::string& module) {
+    if (!IsReadableDatabase(path)) FailToOpen(path, WhyRefused(path, R_OK));
+    if (!IsWritableDatabase(path)) FailToOpen(path, WhyRefused(path, W_OK));
+    return Open(path, module);
+}

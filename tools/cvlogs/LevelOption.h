@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+#include "EventLevel.h"
+
+namespace CLI {
+class App;
+class Option;
+}  // namespace CLI
+
+/// Adds "--level LEVEL"; refuses a text that names no level.
+CLI::Option* AddLevelOption(CLI::App& command, EventLevel& level, const std::string& description);
