@@ -25,13 +25,15 @@ std::string Listed(const Names& names) {
     return list;
 }
 
+bool NamesDatabase(const LogDestination& destination) {
+    return destination.kind == LogDestination::Kind::Database && !destination.path.empty();
+}
+
 std::set<std::string> ConfiguredDatabases(LogConfig& config) {
     std::set<std::string> paths;
     for (const auto& module : config.Modules()) {
         const LogDestination destination = config.Find(module).destination;
-        if (destination.kind == LogDestination::Kind::Database && !destination.path.empty()) {
-            paths.insert(destination.path);
-        }
+        if (NamesDatabase(destination)) paths.insert(destination.path);
     }
     return paths;
 }
@@ -81,8 +83,7 @@ std::string DatabaseOf(const DatabaseChoice& choice, const std::string& module) 
     LogConfig config(choice.configDirectory);
     const ModuleLog log = config.Find(module);
     const LogDestination& destination = log.destination;
-    if (destination.kind == LogDestination::Kind::Database && !destination.path.empty())
-        return destination.path;
+    if (NamesDatabase(destination)) return destination.path;
     throw std::runtime_error("[" + module + "] of " + config.Path() +
                              " logs to no database (writer=" + log.writer + ")");
 }

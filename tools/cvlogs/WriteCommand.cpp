@@ -62,8 +62,9 @@ void RequireNameOfASection(const std::string& module) {
 void Write(const Choice& choice) {
     RequireNameOfASection(choice.module);
     // The log would make do with defaults in a place that is not meant.
-    if (!IsDirectory(choice.configDirectory))
+    if (!IsDirectory(choice.configDirectory)) {
         throw std::runtime_error(choice.configDirectory + " is no directory");
+    }
     UseLogDirectory(choice.configDirectory);
     const auto log =
         CVsysEventLogInterface::Create(choice.module, LogThreading::Single, choice.configDirectory);
@@ -85,6 +86,8 @@ void DeclareWrite(CLI::App& app) {
     command->add_option("TEXT", choice->text, "The message, at most 2047 bytes of it")
         ->type_name("")
         ->required();
-    command->footer("A module without a section in cvlogs.ini gets one, as when its program starts.");
+    command->footer(
+        "Run it as the user of the program in question: files that it makes may shut out other users.\n"
+        "A module without a section in cvlogs.ini gets one, as when its program starts.");
     command->callback([choice] { Write(*choice); });
 }
