@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr long kDay = 24 * 60 * 60;
+constexpr long kDay = 24L * 60 * 60;
 
 long NextSerial() {
     static std::atomic<long> serial = 0;
