@@ -11,6 +11,6 @@ set -eu
 cd /
 rm -f "@SITE@/spool/fcgiwrap.sock"
 set --
-#user set -- -u @USER@ -g @USER@
+#user set -- -u @USER@
 exec env -i PATH=/usr/sbin:/usr/bin:/bin spawn-fcgi -n -s "@SITE@/spool/fcgiwrap.sock" -M 0600 "$@" \
     -- /usr/sbin/fcgiwrap -c 128 -p "@SITE@/web/cgi-bin/quorbel-soap"

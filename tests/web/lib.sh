@@ -39,24 +39,34 @@ free_port() {
     echo "$port"
 }
 
-# new_site DIR: one that the servers' user can write.
+# make_certificate: the servers' certificate in $work/server.pem, whose authority is $work/ca.pem.
+make_certificate() {
+    openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj /CN=127.0.0.1 -addext subjectAltName=IP:127.0.0.1 \
+        -keyout "$work/key.pem" -out "$work/ca.pem" 2>"$work/openssl.err" || fail "$(<"$work/openssl.err")"
+    cat "$work/ca.pem" "$work/key.pem" >"$work/server.pem"
+}
+
+# new_site DIR [LEVEL]: one that the servers' user can write; it logs everything unless told otherwise.
 new_site() {
-    "$root/script/site" --level trace "$1"
-    if [[ ! -e $1/web/quorbel.wsdl ]]; then echo '<definitions/>' >"$1/web/quorbel.wsdl"; fi
+    "$root/script/site" --level "${2:-trace}" "$1"
     if ((EUID == 0)); then chown "$owner:" "$1/logs" "$1/spool"; fi
 }
 
 # fill TEMPLATE SITE PORT TLS_PORT: a file of deploy/ with all its choices made.
 fill() {
-    local user_mark='#user '
-    ((EUID == 0)) || user_mark='#tls '
-    sed -e "s|#tls ||; s|$user_mark||; s|@SITE@|$2|g; s|@ADDRESS@|127.0.0.1|g; s|@PORT@|$3|g; s|@TLS_PORT@|$4|g" \
-        -e "s|@USER@|$owner|g; s|@CERTIFICATE@|$work/server.pem|g" "$root/deploy/$1"
+    local marks='s|#tls ||;'
+    if ((EUID == 0)); then marks+='s|#user ||; '; fi
+    sed -e "$marks s|@SITE@|$2|g; s|@USER@|$owner|g; s|@CERTIFICATE@|$work/server.pem|g" \
+        -e "s|@ADDRESS@|127.0.0.1|g; s|@PORT@|$3|g; s|@TLS_ADDRESS@|127.0.0.1|g; s|@TLS_PORT@|$4|g" "$root/deploy/$1"
 }
 
 # run_NAME SITE: starts a server as its file in deploy/ says, with the configuration SITE/NAME.conf.
-run_lighttpd() { in_background "$1/logs/stderr" env -i PATH=/usr/bin:/bin "$(command -v lighttpd)" -D -f "$1/lighttpd.conf"; }
-run_apache() { in_background "$1/logs/stderr" env -i PATH=/usr/bin:/bin "$(command -v apache2)" -D FOREGROUND -f "$1/apache.conf"; }
+run_lighttpd() {
+    in_background "$1/logs/stderr" env -i PATH=/usr/sbin:/usr/bin:/bin lighttpd -D -f "$1/lighttpd.conf"
+}
+run_apache() {
+    in_background "$1/logs/stderr" env -i PATH=/usr/sbin:/usr/bin:/bin apache2 -D FOREGROUND -f "$1/apache.conf"
+}
 run_nginx() {
     fill fcgiwrap.sh "$1" - - >"$1/fcgiwrap.sh"
     in_background "$1/logs/stderr" sh "$1/fcgiwrap.sh"
@@ -72,8 +82,8 @@ set_urls() {
 answers() { curl --noproxy '*' -s -m 10 -o "$work/answer" "$url"; }
 answers_or_ended() { answers || ! kill -0 "$group" 2>/dev/null; }
 
-# start_web_server NAME SITE [SED COMMAND]: its configuration changed by the command; sets port, url, tls_url and
-# group. A port that somebody took since it was chosen ends the server, then another one is tried.
+# start_web_server NAME SITE [SED COMMAND]: with its configuration changed by the command; sets port, url, tls_url
+# and group. A port that somebody took since it was chosen ends the server, then another one is tried.
 start_web_server() {
     local tries tls_port others=${#groups[@]}
     for tries in 1 2 3; do

@@ -1,0 +1,139 @@
+// HTTPS to the paging server: nothing is posted to one that the site's CA bundle does not vouch for.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <httplib.h>
+
+#include <atomic>
+#include <filesystem>
+#include <thread>
+
+#include "FrontEnd.h"
+#include "LoopbackServer.h"
+#include "TestAuthority.h"
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+namespace {
+
+constexpr char kThisMachine[] = "IP:127.0.0.1";
+constexpr char kBundle[] = "config/ca-bundle.crt";
+constexpr char kNotVouchedFor[] = "SSL peer certificate or SSH remote key was not OK";
+constexpr char kNoBundle[] = "Problem with the SSL CA cert (path? access rights?)";
+
+/// An HTTPS server on a free port of 127.0.0.1 that counts the posts it takes.
+class TlsServer {
+public:
+    explicit TlsServer(const Credential& credential)
+        : server_(credential.certificate.get(), credential.key.get()) {
+        server_.set_keep_alive_max_count(1);
+        server_.Post(".*", [this](const httplib::Request&, httplib::Response& response) {
+            ++posts_;
+            response.set_content("OK over TLS\r\n", "text/plain");
+        });
+        port_ = server_.bind_to_any_port("127.0.0.1");
+        thread_ = std::thread([this] { server_.listen_after_bind(); });
+        while (!server_.is_running()) std::this_thread::yield();
+    }
+    ~TlsServer() {
+        server_.stop();
+        thread_.join();
+    }
+
+    std::string Url() const { return "https://127.0.0.1:" + std::to_string(port_) + "/cmd"; }
+    int Posts() const { return posts_; }
+
+private:
+    httplib::SSLServer server_;
+    std::atomic<int> posts_ = 0;
+    int port_ = 0;
+    std::thread thread_;
+};
+
+std::string Message(const std::string& url, const std::string& url2 = {}) {
+    return "<SendStdMessage><szURL>" + url + "</szURL><szRecipientName>oncall</szRecipientName><szURL2>" +
+           url2 + "</szURL2></SendStdMessage>";
+}
+
+std::string Administration(const std::string& url) {
+    return "<DeleteGroup><szURL>" + url +
+           "</szURL><szAdminName>adm</szAdminName><szAdminPassword>pw</szAdminPassword>"
+           "<szGroupName>Ops</szGroupName></DeleteGroup>";
+}
+
+void ExpectAnswers(const FrontEnd& frontEnd, const std::string& url) {
+    EXPECT_THAT(BodyOf(frontEnd.Serve(Message(url))), HasSubstr("Result>OK over TLS"));
+    EXPECT_THAT(BodyOf(frontEnd.Serve(Administration(url))), HasSubstr("Result>OK over TLS"));
+}
+
+/// A message that was not sent is told in a response, an administration command in a fault.
+void ExpectRefusals(const FrontEnd& frontEnd, const std::string& url, const std::string& text) {
+    EXPECT_THAT(BodyOf(frontEnd.Serve(Message(url))), HasSubstr("Result>" + text + "</"));
+    EXPECT_EQ(BodyOf(frontEnd.Serve(Administration(url))), FaultDocument("2012 " + text));
+}
+
+}  // namespace
+
+TEST(Tls, PostsToAServerThatTheBundleVouchesFor) {
+    const TestAuthority authority;
+    const TestAuthority another;
+    const TlsServer server(authority.Issue(kThisMachine));
+    const FrontEnd frontEnd;
+    frontEnd.Site().Write(kBundle, another.Pem() + authority.Pem());
+    ExpectAnswers(frontEnd, server.Url());
+    EXPECT_EQ(server.Posts(), 2);
+}
+
+TEST(Tls, PostsNothingToAnyOtherServer) {
+    const TestAuthority authority;
+    const TestAuthority unknown;
+    const struct {
+        const char* what;
+        Credential credential;
+        std::string bundle;
+        const char* text;
+    } cases[] = {
+        {"wrong host", authority.Issue("DNS:pager.example,IP:127.0.0.2"), authority.Pem(), kNotVouchedFor},
+        {"expired", authority.Issue(kThisMachine, -1), authority.Pem(), kNotVouchedFor},
+        {"unknown authority", unknown.Issue(kThisMachine), authority.Pem(), kNotVouchedFor},
+        {"empty bundle", authority.Issue(kThisMachine), "", kNoBundle},
+        {"damaged bundle", authority.Issue(kThisMachine), authority.Pem().substr(0, 200), kNoBundle},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        const TlsServer server(c.credential);
+        const FrontEnd frontEnd;
+        frontEnd.Site().Write(kBundle, c.bundle);
+        ExpectRefusals(frontEnd, server.Url(), c.text);
+        EXPECT_EQ(server.Posts(), 0);
+    }
+}
+
+TEST(Tls, PostsNothingWithoutABundle) {
+    const TestAuthority authority;
+    const TlsServer server(authority.Issue(kThisMachine));
+    const FrontEnd frontEnd;
+    ASSERT_FALSE(fs::exists(frontEnd.Site() / kBundle));
+    ExpectRefusals(frontEnd, server.Url(), kNoBundle);
+    EXPECT_EQ(server.Posts(), 0);
+}
+
+TEST(Tls, NeverFallsBackToPlainHttp) {
+    const LoopbackServer plain;
+    const FrontEnd frontEnd;
+    frontEnd.Site().Write(kBundle, TestAuthority().Pem());
+    ExpectRefusals(frontEnd, ReplaceAll(plain.Url(), "http:", "https:"), "SSL connect error");
+    EXPECT_TRUE(plain.Posts().empty());
+}
+
+TEST(Tls, FailsOverToAServerThatTheBundleVouchesFor) {
+    const TestAuthority authority;
+    const TlsServer expired(authority.Issue(kThisMachine, -1));
+    const TlsServer good(authority.Issue(kThisMachine));
+    const FrontEnd frontEnd;
+    frontEnd.Site().Write(kBundle, authority.Pem());
+    EXPECT_THAT(BodyOf(frontEnd.Serve(Message(expired.Url(), good.Url()))), HasSubstr("Result>OK over TLS"));
+    EXPECT_EQ(expired.Posts(), 0);
+    EXPECT_EQ(good.Posts(), 1);
+}
