@@ -73,9 +73,9 @@ check_balancer_maintenance() {
     rm -f "$work/statuses"
     load 1 150 &
     requests=$!
-    wait_for answered 30
+    wait_for answered 30 || complaints+=("too slow")
     nodes_command 'set server nodes/node1 state drain' >/dev/null
-    wait_for node_is_idle 1
+    wait_for node_is_idle 1 || complaints+=("node1 does not finish")
     end_group KILL "${node_groups[1]}"
     wait $requests
     expect_each_once 150
@@ -104,7 +104,7 @@ check_balancer_death() {
     rm -f "$work/statuses"
     load 301 500 &
     requests=$!
-    wait_for answered 60
+    wait_for answered 60 || complaints+=("too slow")
     end_group KILL "${node_groups[2]}"
     wait $requests
     expect_each_once 200
