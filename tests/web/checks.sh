@@ -14,11 +14,12 @@ expect_text() {
     grep -qF -e "$1" "$work/answer" || complaints+=("$1 is not in: $(head -c 300 "$work/answer" | tr '\n' ' ')")
 }
 
-# ask CURL-ARGUMENT...: sets seen to the status and the type of the answer, which lies in $work/answer.
+# ask CURL-ARGUMENT...: sets seen to the status and the type of the answer, which lies in $work/answer, and to what
+# else went wrong: an answer that was cut off has its status, too.
 ask() {
     : >"$work/answer"
     seen=$(curl --noproxy '*' -sS -m 30 -o "$work/answer" -w '%{http_code} %{content_type}' "$@" \
-        2>>"$work/curl.err") || true
+        2>>"$work/curl.err") || seen+=" curl: $?"
 }
 post() { ask -H 'Content-Type: text/xml' --data-binary "@$1" "${@:2}"; }
 
