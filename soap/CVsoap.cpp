@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 
@@ -9,14 +10,17 @@
 
 namespace {
 
-/// The announced length in bytes; 0 when there is none to go by. A number that no buffer could hold counts as
-/// none.
-long AnnouncedLength(CVLogInterface& log) {
-    const char* text = std::getenv("CONTENT_LENGTH");
-    log.Trace(nullptr, "CONTENT_LENGTH=%s", text == nullptr ? "(NULL)" : text);
+/// CONTENT_LENGTH in bytes; 0 when there is none to go by. A number that no buffer could hold counts as none.
+long LengthIn(const char* text) {
     if (text == nullptr) return 0;
     const long length = std::strtol(text, nullptr, 10);
     return length < 1 || length == LONG_MAX ? 0 : length;
+}
+
+long AnnouncedLength(CVLogInterface& log) {
+    const char* text = std::getenv("CONTENT_LENGTH");
+    log.Trace(nullptr, "CONTENT_LENGTH=%s", text == nullptr ? "(NULL)" : text);
+    return LengthIn(text);
 }
 
 /// One read; 0 at the end of input, and for an error, which is not told apart from it.
@@ -59,4 +63,12 @@ HeapText ReadRequestBody(CVLogInterface& log) {
     }
     log.Trace(nullptr, "Complete request data read in memory buffer: [%s]", body.get());
     return body;
+}
+
+void DropRequestBody() {
+    char dropped[16384];
+    long left = LengthIn(std::getenv("CONTENT_LENGTH"));
+    for (long count = 1; left > 0 && count > 0; left -= count) {
+        count = ReadPiece(dropped, std::min(left, static_cast<long>(sizeof dropped)));
+    }
 }

@@ -89,6 +89,7 @@ int ReadRequest(RequestRecord& record, CVLogInterface& log) {
     log.Trace(nullptr, "REQUEST_METHOD=%s", method == nullptr ? "(NULL)" : method);
     if (method == nullptr) return kNotServed;
     if (std::string(method) == "POST") return ReadPost(record, log);
+    DropRequestBody();
     return std::string(method) == "GET" ? kServed : kNotServed;
 }
 
@@ -107,6 +108,7 @@ int Serve(const char* programPath) {
     StartUp();
     CVsysEventLogInterface* log = SetUp();
     if (log == nullptr) {
+        DropRequestBody();
         ShutDown();
         return Refuse("2301 Invalid log directory");
     }

@@ -103,6 +103,18 @@ check_environment() {
     new_site "$site"
 }
 
+# An answer that the program gives before it has read the request must arrive whole, too.
+check_early_answer() {
+    local body
+    mv "$site/config/dir" "$site/config/away"
+    for body in "$work/requests/SendStdMessage.xml" "$work/largest"; do
+        post "$body" "$url"
+        expect answer "$seen" "200 $soap_type"
+        expect_text '<faultstring>2301 Invalid log directory</faultstring>'
+    done
+    mv "$site/config/away" "$site/config/dir"
+}
+
 # The limit of the configuration is the one that ends a request, and it is longer than two paging servers' time.
 check_timeout() {
     grep -q '\b660' "$site/$server.conf" || complaints+=("no limit of 660 seconds")
