@@ -13,6 +13,7 @@ inline void RunTogether(int processes, const std::function<void(int)>& body) {
     int gate[2];
     ASSERT_EQ(pipe(gate), 0);
     std::vector<pid_t> children;
+    children.reserve(static_cast<std::size_t>(processes));
     for (int number = 0; number < processes; ++number) {
         children.push_back(StartChild([&, number] {
             close(gate[1]);
