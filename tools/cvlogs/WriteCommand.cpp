@@ -19,6 +19,7 @@ struct Choice {
     std::string module;
     EventLevel level = EventLevel::None;
     std::string text;
+    bool byWorker = false;
 };
 
 using Operation = int (CVLogInterface::*)(const char* context, const char* format, ...);
@@ -66,9 +67,12 @@ void Write(const Choice& choice) {
         throw std::runtime_error(choice.configDirectory + " is no directory");
     }
     UseLogDirectory(choice.configDirectory);
-    const auto log =
-        CVsysEventLogInterface::Create(choice.module, LogThreading::Single, choice.configDirectory);
-    if (log == nullptr || !WriteEntry(*log, choice)) FailToWrite(choice, log.get());
+    const auto threading = choice.byWorker ? LogThreading::Multi : LogThreading::Single;
+    const auto log = CVsysEventLogInterface::Create(choice.module, threading, choice.configDirectory);
+    if (log == nullptr) FailToWrite(choice, nullptr);
+    if (choice.byWorker && !log->Start()) FailToWrite(choice, log.get());
+    if (!WriteEntry(*log, choice)) FailToWrite(choice, log.get());
+    log->Stop();  // a worker writes what it has taken before it ends
 }
 
 }  // namespace
@@ -83,6 +87,7 @@ void DeclareWrite(CLI::App& app) {
         ->type_name("NAME")
         ->required();
     AddLevelOption(*command, choice->level, "Level of the entry")->required();
+    command->add_flag("--worker", choice->byWorker, "Write from a worker thread, as services do");
     command->add_option("TEXT", choice->text, "The message, at most 2047 bytes of it")
         ->type_name("")
         ->required();

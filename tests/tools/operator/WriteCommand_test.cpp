@@ -27,6 +27,15 @@ TEST(WriteCommand, WritesToWhatTheConfigurationChooses) {
         << "without filePath it is log_dir";
 }
 
+TEST(WriteCommand, WritesFromAWorkerThreadAsServicesDo) {
+    const OperatorSite site("[main]\n[CLI]\nlevel=info\nautoAppend=1\n");
+    EXPECT_EQ(Outcome(site.Logs({"write", "--worker", "--config-dir", site.Config(), "--module", "CLI",
+                                 "--level", "info", "by the worker"})),
+              "0 ");
+    EXPECT_THAT(ReadFile(site.Files() / "logs/cli_log.txt"),
+                MatchesRegex(".* CLI \\[INFO\\] by the worker\n"));
+}
+
 TEST(WriteCommand, GivesANewModuleItsSection) {
     const OperatorSite site("[main]\n");
     EXPECT_EQ(Outcome(Write(site, "LDAP", "info", "first")), "0 ");
