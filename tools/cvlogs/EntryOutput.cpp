@@ -41,7 +41,8 @@ std::string JsonObject(const CVDBiResultSet& rows, int row, const std::vector<in
     std::string object;
     for (const int column : columns) {
         const char* name = rows.GetColumnName(column);
-        object += (object.empty() ? "{" : ",") + JsonString(name) + ":";
+        object += object.empty() ? '{' : ',';
+        object += JsonString(name) + ":";
         object += JsonValue(name, rows.GetCell(row, column));
     }
     return object + "}";
