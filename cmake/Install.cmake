@@ -6,12 +6,8 @@ endif()
 set(install_files ${CMAKE_BINARY_DIR}/install)
 
 install(TARGETS quorbel-soap RUNTIME DESTINATION web/cgi-bin)
-foreach(tool cvmessages cvlogs paging-standin)
-  if(TARGET ${tool})
-    install(TARGETS ${tool} RUNTIME DESTINATION bin)
-  endif()
-endforeach()
-install(PROGRAMS cmake/package/quorbel-setup DESTINATION bin)
+install(TARGETS cvmessages cvlogs paging-standin RUNTIME DESTINATION bin)
+install(PROGRAMS tools/setup/quorbel-setup DESTINATION bin)
 
 # The program runs in web/cgi-bin and looks for some files in ../config, for others in ../../config.
 file(MAKE_DIRECTORY ${install_files})
@@ -19,19 +15,16 @@ file(CREATE_LINK ../config ${install_files}/config SYMBOLIC)
 install(FILES ${install_files}/config DESTINATION web)
 
 # share/ mirrors the checkout, so that the links between the pages lead somewhere.
-install(FILES README.md DESTINATION share OPTIONAL)
+install(FILES README.md DESTINATION share)
 install(DIRECTORY docs DESTINATION share FILES_MATCHING PATTERN *.md PATTERN man EXCLUDE)
+install(DIRECTORY docs/man/ DESTINATION share/man/man1 FILES_MATCHING PATTERN *.1)
 install(DIRECTORY deploy DESTINATION share USE_SOURCE_PERMISSIONS)
-install(FILES cmake/package/dir DESTINATION share/deploy)
-install(FILES ${CMAKE_BINARY_DIR}/share/quorbel.wsdl DESTINATION share OPTIONAL)
-if(EXISTS ${PROJECT_SOURCE_DIR}/docs/man)
-  install(DIRECTORY docs/man/ DESTINATION share/man/man1 FILES_MATCHING PATTERN *.1)
+if(NOT QUORBEL_SANITIZE)  # with sanitizers the description is not made
+  install(FILES ${CMAKE_BINARY_DIR}/share/quorbel.wsdl DESTINATION share)
 endif()
-if(EXISTS ${PROJECT_SOURCE_DIR}/samples)
-  # Without what running them leaves behind.
-  install(DIRECTORY samples DESTINATION share USE_SOURCE_PERMISSIONS
-          PATTERN build EXCLUDE PATTERN node_modules EXCLUDE PATTERN __pycache__ EXCLUDE)
-endif()
+# Without what running them leaves behind.
+install(DIRECTORY samples DESTINATION share USE_SOURCE_PERMISSIONS
+        PATTERN build EXCLUDE PATTERN node_modules EXCLUDE PATTERN __pycache__ EXCLUDE)
 
 install(CODE [[message(STATUS "To complete a new site, run ${CMAKE_INSTALL_PREFIX}/bin/quorbel-setup")]])
 

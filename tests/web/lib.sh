@@ -2,6 +2,8 @@
 # Everything listens on the loopback address and ends with stop_groups.
 
 owner=www-data # as whom the servers serve when root starts them
+as_owner=()
+if ((EUID == 0)); then as_owner=(--user "$owner"); fi
 
 # What must not reach the program, although whoever starts the web server has it in his environment.
 hostile=(
@@ -48,8 +50,7 @@ make_certificate() {
 
 # new_site DIR [LEVEL]: one that the servers' user can write; it logs everything unless told otherwise.
 new_site() {
-    "$root/script/site" --level "${2:-trace}" "$1"
-    if ((EUID == 0)); then chown "$owner:" "$1/logs" "$1/spool"; fi
+    "$root/script/site" --level "${2:-trace}" "${as_owner[@]}" "$1"
 }
 
 # fill TEMPLATE SITE PORT TLS_PORT: a file of deploy/ with all its choices made.
