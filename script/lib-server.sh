@@ -30,21 +30,47 @@ start_web() {
             wsdl_url=http://127.0.0.1:$port/quorbel.wsdl
             return 0
         fi
-        if ((wanted)); then fail "lighttpd cannot listen on port $port: $(tail -n 1 "$site/logs/lighttpd.err")"; fi
+        if ((wanted)); then fail "lighttpd cannot listen on port $port: $(tail -n 1 "$site/web-logs/stderr")"; fi
     done
-    fail "lighttpd did not start, see $site/logs/lighttpd.err"
+    fail "lighttpd did not start, see $site/web-logs/stderr"
+}
+
+# web_config FILE SITE PORT TLS_PORT CERTIFICATE [USER]: a file of deploy/ for SITE on the loopback address, served as
+# USER or, without one, as whoever starts the server. What the server writes lies in SITE/web-logs and SITE/run.
+web_config() {
+    local user="/^ *(server\.(user|group)name|[Uu]ser|[Gg]roup)\\b/d"
+    if [[ ${6-} ]]; then user="s|www-data|$6|"; fi
+    sed -E "$user
+        s|/usr/local/corvane/share/deploy/snippets/|@SITE@/snippets/|
+        s|/usr/local/corvane|@SITE@|g
+        s|/var/log/quorbel-web|@SITE@/web-logs|
+        s|/run/quorbel|@SITE@/run/quorbel|
+        s|\"/run\"|\"@SITE@/run\"|
+        s|/var/lib/nginx/|@SITE@/run/|
+        s|/etc/ssl/private/quorbel.pem|$5|
+        s|^(server.port = )80$|\1$3|
+        s|0\.0\.0\.0:80\b|127.0.0.1:$3|
+        s|(0\.0\.0\.0\|\*):443\b|127.0.0.1:$4|
+        s|0\.0\.0\.0|127.0.0.1|
+        s|@SITE@|$2|g" "$root/deploy/$1"
+}
+
+# prepare_web SITE [USER]: the folders and the included files that web_config names.
+prepare_web() {
+    local name
+    mkdir -p "$1/run" "$1/snippets"
+    "$1/bin/quorbel-setup" --user "${2:-$(id -un)}" --web-logs "$1/web-logs" >/dev/null
+    for name in "$root"/deploy/snippets/*; do
+        web_config "snippets/${name##*/}" "$1" - - - "${2-}" >"$1/snippets/${name##*/}"
+    done
 }
 
 try_web() {
     local site=$1 pid
-    local config
-    config=$(<"$root/deploy/lighttpd.conf")
-    config=${config//@SITE@/"$site"}
-    config=${config//@ADDRESS@/127.0.0.1}
-    config=${config//@PORT@/"$2"}
-    printf '%s\n' "$config" >"$site/lighttpd.conf"
-    rm -f "$site/logs/lighttpd.pid"
-    lighttpd -D -f "$site/lighttpd.conf" 2>>"$site/logs/lighttpd.err" &
+    prepare_web "$site"
+    web_config lighttpd.conf "$site" "$2" - - >"$site/lighttpd.conf"
+    rm -f "$site/run/quorbel-lighttpd.pid"
+    lighttpd -D -f "$site/lighttpd.conf" 2>>"$site/web-logs/stderr" &
     pid=$!
     wait_for web_decided "$site" "$pid" || true
     if web_listens "$site" "$pid"; then
@@ -57,7 +83,7 @@ try_web() {
 }
 
 # lighttpd writes its process id once it listens. A taken port would answer a mere connection attempt too.
-web_listens() { [[ -s $1/logs/lighttpd.pid && $(<"$1/logs/lighttpd.pid") == "$2" ]]; }
+web_listens() { [[ -s $1/run/quorbel-lighttpd.pid && $(<"$1/run/quorbel-lighttpd.pid") == "$2" ]]; }
 web_decided() { web_listens "$@" || ! kill -0 "$2" 2>/dev/null; }
 
 # fill_requests DIR: copies of the sample requests that name the stand-in as their paging server.

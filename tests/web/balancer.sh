@@ -16,14 +16,14 @@ start_balancer() {
     local number balancer_port tls_port
     for number in 1 2; do
         new_site "$work/node$number"
-        start_web_server lighttpd "$work/node$number"
+        start_web_server lighttpd "$work/node$number" 's|#balancer ||; s|10\.0\.0\.1\b|127.0.0.1|'
         node_groups[number]=$group
         node_ports[number]=$port
     done
     balancer_port=$(free_port) tls_port=$(free_port)
     fill haproxy.cfg - "$balancer_port" "$tls_port" |
-        sed "s|@NODE1@|127.0.0.1:${node_ports[1]}|; s|@NODE2@|127.0.0.1:${node_ports[2]}|" |
-        sed "s|@SOCKET@|$work/haproxy.sock|; s|inter 5s|inter 500ms|; s|maxconn 100|maxconn $node_limit|" \
+        sed "s|10.0.0.11:80|127.0.0.1:${node_ports[1]}|; s|10.0.0.12:80|127.0.0.1:${node_ports[2]}|" |
+        sed "s|/run/haproxy/admin.sock|$work/haproxy.sock|; s|inter 5s|inter 500ms|; s|maxconn 100|maxconn $node_limit|" \
             >"$work/haproxy.cfg"
     in_background "$work/haproxy.log" haproxy -db -f "$work/haproxy.cfg"
     set_urls "$balancer_port" "$tls_port"
@@ -66,6 +66,16 @@ expect_each_once() {
 }
 
 check_balancer_tls() { check_tls; }
+
+# The node that served it knows the client's address and the id that the balancer gave.
+check_balancer_client() {
+    local id line='^127\.0\.0\.2 .*POST .* id='
+    post "$work/requests/SendStdMessage.xml" --interface 127.0.0.2 "$url"
+    expect_text "$sent"
+    wait_for grep -qE "$line" "$work"/node?/web-logs/lighttpd-access.log || complaints+=('no node knows the client')
+    id=$(sed -nE "s/$line//p" "$work"/node?/web-logs/lighttpd-access.log)
+    grep -qF "{$id}" "$work/haproxy.log" || complaints+=("the id $id is not in HAProxy's log")
+}
 
 # A node that its operator takes out first loses nothing.
 check_balancer_maintenance() {

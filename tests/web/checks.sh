@@ -43,6 +43,43 @@ check_description() {
     ask "${url%/cgi-bin/*}/quorbel.wsdl"
     expect answer "$seen" "200 $soap_type"
     cmp -s "$work/answer" "$site/web/quorbel.wsdl" || complaints+=("not the site's file")
+
+    # Where toolkits look for it; a client that posts there means the service.
+    ask "$url?WSDL"
+    expect 'answer to ?WSDL' "$seen" "200 $soap_type"
+    cmp -s "$work/answer" "$site/web/quorbel.wsdl" || complaints+=("?WSDL: not the site's file")
+    post "$work/requests/SendStdMessage.xml" "$url?wsdl"
+    expect_text "$sent"
+}
+
+# The access log says who asked, with an id that the program gets, too: the client's or one of the server's own.
+check_access_log() {
+    local log=$site/web-logs/$server-access.log lines
+    install -m 755 "$root/tests/web/show-environment.sh" "$site/web/cgi-bin/quorbel-soap"
+    ask -H 'X-Request-Id: client-4711' "$url"
+    expect_text 'HTTP_X_REQUEST_ID=client-4711'
+    ask "$url"
+    made=$(sed -n 's/^HTTP_X_REQUEST_ID=//p' "$work/answer")
+    ((${#made} >= 16)) || complaints+=("the program got the id '$made'")
+    expect_text 'REMOTE_ADDR=127.0.0.1'
+    wait_for grep -qE "id=$made\"?\$" "$log" || complaints+=("$made is not in $log")
+    lines=$(grep -cE '^127\.0\.0\.1 .*GET /cgi-bin/quorbel-soap .* id=(client-4711|'"$made"')$' "$log")
+    expect 'lines in the access log' "$lines" 2
+    new_site "$site"
+}
+
+# Where the servers' user can plant a link, root must neither write nor make anything.
+check_root_writes() {
+    local folder found
+    ((EUID == 0)) || return 0
+    found=$(find "$site/logs" "$site/spool" -user root)
+    [[ ! $found ]] || complaints+=("root made $found")
+    while read -r folder; do
+        if setpriv --reuid "$owner" --regid "$owner" --clear-groups test -w "$folder"; then
+            complaints+=("$folder belongs to $owner, and root writes there")
+        fi
+    done < <(grep -hiE '^[^#]*(pid|log|sock|runtime|temp_path)' "$site/$server.conf" "$site/snippets/$server"* |
+        grep -oE "$site[^\"; ]*" | grep -v '/cgi-bin/' | xargs -n 1 dirname | sort -u)
 }
 
 check_hidden() {
@@ -117,7 +154,7 @@ check_early_answer() {
 
 # The limit of the configuration is the one that ends a request, and it is longer than two paging servers' time.
 check_timeout() {
-    grep -q '\b660' "$site/$server.conf" || complaints+=("no limit of 660 seconds")
+    grep -q '\b660' "$site/snippets/$server-cgi.conf" || complaints+=("no limit of 660 seconds")
     stop_groups
     start_web_server "$server" "$site" 's/\b660/1/'
     post "$work/slow.xml" "$url"

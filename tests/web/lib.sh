@@ -51,28 +51,28 @@ make_certificate() {
 # new_site DIR [LEVEL]: one that the servers' user can write; it logs everything unless told otherwise.
 new_site() {
     "$root/script/site" --level "${2:-trace}" "${as_owner[@]}" "$1"
+    prepare_web "$1" "${as_owner[1]-}"
 }
 
-# fill TEMPLATE SITE PORT TLS_PORT: a file of deploy/ with all its choices made.
+# fill NAME SITE PORT TLS_PORT: a configuration of deploy/ that serves HTTPS, too.
 fill() {
-    local marks='s|#tls ||;'
-    if ((EUID == 0)); then marks+='s|#user ||; '; fi
-    sed -e "$marks s|@SITE@|$2|g; s|@USER@|$owner|g; s|@CERTIFICATE@|$work/server.pem|g" \
-        -e "s|@ADDRESS@|127.0.0.1|g; s|@PORT@|$3|g; s|@TLS_ADDRESS@|127.0.0.1|g; s|@TLS_PORT@|$4|g" "$root/deploy/$1"
+    local user=
+    if ((EUID == 0)); then user=$owner; fi
+    web_config "$1" "$2" "$3" "$4" "$work/server.pem" "$user" | sed 's|#tls ||'
 }
 
 # run_NAME SITE: starts a server as its file in deploy/ says, with the configuration SITE/NAME.conf.
 run_lighttpd() {
-    in_background "$1/logs/stderr" env -i PATH=/usr/sbin:/usr/bin:/bin lighttpd -D -f "$1/lighttpd.conf"
+    in_background "$1/web-logs/stderr" env -i PATH=/usr/sbin:/usr/bin:/bin lighttpd -D -f "$1/lighttpd.conf"
 }
 run_apache() {
-    in_background "$1/logs/stderr" env -i PATH=/usr/sbin:/usr/bin:/bin apache2 -D FOREGROUND -f "$1/apache.conf"
+    in_background "$1/web-logs/stderr" env -i PATH=/usr/sbin:/usr/bin:/bin apache2 -D FOREGROUND -f "$1/apache.conf"
 }
 run_nginx() {
-    fill fcgiwrap.sh "$1" - - >"$1/fcgiwrap.sh"
-    in_background "$1/logs/stderr" sh "$1/fcgiwrap.sh"
-    wait_for test -S "$1/spool/fcgiwrap.sock"
-    in_background "$1/logs/stderr" nginx -e "$1/logs/nginx.log" -c "$1/nginx.conf" -g 'daemon off;'
+    fill quorbel-fcgiwrap "$1" - - >"$1/quorbel-fcgiwrap"
+    in_background "$1/web-logs/stderr" sh "$1/quorbel-fcgiwrap"
+    wait_for test -S "$1/run/quorbel-fcgiwrap.sock"
+    in_background "$1/web-logs/stderr" nginx -e "$1/web-logs/nginx.log" -c "$1/nginx.conf" -g 'daemon off;'
 }
 
 set_urls() {
@@ -83,18 +83,19 @@ set_urls() {
 answers() { curl --noproxy '*' -s -m 10 -o "$work/answer" "$url"; }
 answers_or_ended() { answers || ! kill -0 "$group" 2>/dev/null; }
 
-# start_web_server NAME SITE [SED COMMAND]: with its configuration changed by the command; sets port, url, tls_url
-# and group. A port that somebody took since it was chosen ends the server, then another one is tried.
+# start_web_server NAME SITE [SED COMMAND]: with its configuration changed by the command, what it includes too; sets
+# port, url, tls_url and group. A port that somebody took since it was chosen ends the server, then another one is tried.
 start_web_server() {
     local tries tls_port others=${#groups[@]}
     for tries in 1 2 3; do
         port=$(free_port) tls_port=$(free_port)
         set_urls "$port" "$tls_port"
-        fill "$1.conf" "$2" "$port" "$tls_port" | sed "${3-}" >"$2/$1.conf"
+        fill "$1.conf" "$2" "$port" "$tls_port" >"$2/$1.conf"
+        if (($# > 2)); then sed -i "$3" "$2/$1.conf" "$2"/snippets/*; fi
         if try_web_server "$1" "$2"; then return 0; fi
         stop_groups "$others"
     done
-    cat "$2"/logs/{stderr,"$1.log"} >&2 || true
+    cat "$2"/web-logs/{stderr,"$1.log"} >&2 || true
     fail "$1 did not start"
 }
 
