@@ -15,9 +15,9 @@
 #include <vector>
 
 #include "CVioFile.h"
-#include "CVsysEventLogFileWriter.h"
-#include "CVsysEventLogInterface.h"
-#include "EventLine.h"
+#include "syslib/CVsysEventLogFileWriter.h"
+#include "syslib/CVsysEventLogInterface.h"
+#include "syslib/EventLine.h"
 
 namespace {
 

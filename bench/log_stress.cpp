@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-#include "CVsysEventLogInterface.h"
+#include "syslib/CVsysEventLogInterface.h"
 
 namespace fs = std::filesystem;
 

@@ -7,14 +7,14 @@
 
 #include <cstdlib>
 
-#include "CVLogInterface.h"
-#include "CVsoapParser.h"
-#include "HttpForm.h"
-#include "HttpPoster.h"
-#include "LoopbackServer.h"
-#include "MessageCommands.h"
-#include "MessagingTranslation.h"
-#include "ResponseEnvelope.h"
+#include "process/HttpForm.h"
+#include "process/HttpPoster.h"
+#include "process/MessageCommands.h"
+#include "process/MessagingTranslation.h"
+#include "soap/CVsoapParser.h"
+#include "soap/ResponseEnvelope.h"
+#include "syslib/CVLogInterface.h"
+#include "tests/support/LoopbackServer.h"
 
 namespace {
 

@@ -6,20 +6,20 @@
 #include <cstdlib>
 #include <string>
 
-#include "AdministrationCommands.h"
-#include "AdministrationDispatch.h"
-#include "AdministrationTranslation.h"
-#include "CVLogInterface.h"
-#include "CVsoapParser.h"
-#include "FaultEnvelope.h"
-#include "FormatExpansion.h"
-#include "HttpForm.h"
-#include "MessageCommands.h"
-#include "MessagingTranslation.h"
-#include "RequestGlobals.h"
-#include "ResponseEnvelope.h"
-#include "VisibleText.h"
-#include "XmlEscape.h"
+#include "process/AdministrationCommands.h"
+#include "process/AdministrationDispatch.h"
+#include "process/AdministrationTranslation.h"
+#include "process/HttpForm.h"
+#include "process/MessageCommands.h"
+#include "process/MessagingTranslation.h"
+#include "soap/CVsoapParser.h"
+#include "soap/FaultEnvelope.h"
+#include "soap/RequestGlobals.h"
+#include "soap/ResponseEnvelope.h"
+#include "soap/XmlEscape.h"
+#include "syslib/CVLogInterface.h"
+#include "util/FormatExpansion.h"
+#include "util/VisibleText.h"
 
 namespace {
 

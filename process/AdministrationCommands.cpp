@@ -1,8 +1,8 @@
-#include "AdministrationCommands.h"
+#include "process/AdministrationCommands.h"
 
 #include <algorithm>
 
-#include "AdministrationLines.h"
+#include "process/AdministrationLines.h"
 
 namespace {
 

@@ -2,9 +2,9 @@
 
 #include <cstddef>
 
-#include "AdminRecords.h"
-#include "CommandParameters.h"
-#include "TranslationRecords.h"
+#include "process/CommandParameters.h"
+#include "process/TranslationRecords.h"
+#include "soap/AdminRecords.h"
 
 /// What an administration command is built from; all records are borrowed.
 struct AdministrationRequest {

@@ -1,10 +1,10 @@
-#include "AdministrationDispatch.h"
+#include "process/AdministrationDispatch.h"
 
 #include <algorithm>
 #include <span>
 
-#include "MethodTable.h"
-#include "StringRoutines.h"
+#include "soap/MethodTable.h"
+#include "util/StringRoutines.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "AdministrationCommands.h"
+#include "process/AdministrationCommands.h"
 
 /// Why an administration request may not be posted, as the text of a fault "2004"; null when it may. `method`
 /// is the SOAP method's name; messaging methods pass with any valid command word.

@@ -4,9 +4,9 @@
 #include <climits>
 #include <cstdlib>
 
-#include "AdministrationCommands.h"
-#include "CommandLines.h"
-#include "StringRoutines.h"
+#include "process/AdministrationCommands.h"
+#include "process/CommandLines.h"
+#include "util/StringRoutines.h"
 
 /// The lines of each object of the server's configuration, in the order in which they are posted. To add a
 /// line to a command, add a row where it belongs. Lines that the server knows but no request fills stand with

@@ -1,8 +1,8 @@
-#include "AdministrationTranslation.h"
+#include "process/AdministrationTranslation.h"
 
-#include "BoundedText.h"
-#include "MethodTable.h"
-#include "RequestValues.h"
+#include "process/RequestValues.h"
+#include "soap/MethodTable.h"
+#include "util/BoundedText.h"
 
 namespace {
 

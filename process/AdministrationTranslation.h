@@ -1,8 +1,8 @@
 #pragma once
 
-#include "AdminRecords.h"
-#include "RequestRecord.h"
-#include "TranslationRecords.h"
+#include "process/TranslationRecords.h"
+#include "soap/AdminRecords.h"
+#include "soap/RequestRecord.h"
 
 // What a parsed request means for the administration of the server. Pure: each gives its record filled anew.
 

@@ -1,9 +1,9 @@
-#include "CVCCommandProcess.h"
+#include "process/CVCCommandProcess.h"
 
 #include <algorithm>
 #include <cstdio>
 
-#include "MessageCommands.h"
+#include "process/MessageCommands.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CVCProcess.h"
-#include "TranslationRecords.h"
+#include "process/CVCProcess.h"
+#include "process/TranslationRecords.h"
 
 /// Sends messages, message queries and confirmations. Alone it prints outcomes to standard output.
 class CVCCommandProcess : public virtual CVCProcess {

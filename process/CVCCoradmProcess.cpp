@@ -1,4 +1,4 @@
-#include "CVCCoradmProcess.h"
+#include "process/CVCCoradmProcess.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "AdministrationCommands.h"
-#include "CVCProcess.h"
+#include "process/AdministrationCommands.h"
+#include "process/CVCProcess.h"
 
 /// Sends administration requests.
 class CVCCoradmProcess : public virtual CVCProcess {

@@ -1,16 +1,16 @@
-#include "CVCProcess.h"
+#include "process/CVCProcess.h"
 
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 
-#include "BoundedText.h"
-#include "CVLogInterface.h"
-#include "CVMessageManager.h"
-#include "FormatExpansion.h"
-#include "HttpPoster.h"
-#include "SpoolDirectories.h"
+#include "cvdblib/sqlite3/src/CVMessageManager.h"
+#include "process/HttpPoster.h"
+#include "syslib/CVLogInterface.h"
+#include "util/BoundedText.h"
+#include "util/FormatExpansion.h"
+#include "util/SpoolDirectories.h"
 
 namespace {
 

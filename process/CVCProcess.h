@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "CommandParameters.h"
+#include "process/CommandParameters.h"
 
 class CVLogInterface;
 

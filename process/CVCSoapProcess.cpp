@@ -1,6 +1,6 @@
-#include "CVCSoapProcess.h"
+#include "process/CVCSoapProcess.h"
 
-#include "AnswerWriter.h"
+#include "soap/AnswerWriter.h"
 
 CVCSoapProcess soapProcess(&gMsgParameters,
                            {&gParameters, &g_tAdminInfo, &g_tDept, &g_tUser, &g_tUserGroup, &g_tSchd});

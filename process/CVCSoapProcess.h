@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CVCCommandProcess.h"
-#include "CVCCoradmProcess.h"
+#include "process/CVCCommandProcess.h"
+#include "process/CVCCoradmProcess.h"
 
 /// What a run is for; one byte, as programs that read it know.
 enum class RunMode : unsigned char { Administration = 0, Messaging = 1 };

@@ -3,7 +3,7 @@
 #include <span>
 #include <string>
 
-#include "CommandParameters.h"
+#include "process/CommandParameters.h"
 
 /// One line of a command whose name is fixed and whose value comes from the record `Source`. A row sets one
 /// of the three; a line with an empty text or a flag other than 1 is left out, a number is always there.

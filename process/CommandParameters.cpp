@@ -1,4 +1,4 @@
-#include "CommandParameters.h"
+#include "process/CommandParameters.h"
 
 namespace {
 

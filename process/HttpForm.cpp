@@ -1,8 +1,8 @@
-#include "HttpForm.h"
+#include "process/HttpForm.h"
 
 #include <new>
 
-#include "StringRoutines.h"
+#include "util/StringRoutines.h"
 
 namespace {
 

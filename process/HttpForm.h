@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "TextBuffer.h"
+#include "util/TextBuffer.h"
 
 /// Encodes a name or a value for a form body, as it would fit into a field of `capacity` bytes: encoding
 /// stops without notice where fewer than five bytes remain. Letters, digits and "/_." travel unchanged, any

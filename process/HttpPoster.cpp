@@ -1,4 +1,4 @@
-#include "HttpPoster.h"
+#include "process/HttpPoster.h"
 
 #include <curl/curl.h>
 
@@ -8,7 +8,7 @@
 #include <cstring>
 #include <memory>
 
-#include "HttpForm.h"
+#include "process/HttpForm.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <string>
 
-#include "CommandParameters.h"
-#include "TextBuffer.h"
+#include "process/CommandParameters.h"
+#include "util/TextBuffer.h"
 
 // Posts one command to a paging server over HTTP or HTTPS and collects the reply. Nothing but std::bad_alloc
 // is thrown, nothing is logged; results are the transport library's codes. Only http and https addresses are

@@ -1,8 +1,8 @@
-#include "MessageCommands.h"
+#include "process/MessageCommands.h"
 
 #include <algorithm>
 
-#include "CommandLines.h"
+#include "process/CommandLines.h"
 
 namespace {
 

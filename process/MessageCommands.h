@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "CommandParameters.h"
-#include "TranslationRecords.h"
+#include "process/CommandParameters.h"
+#include "process/TranslationRecords.h"
 
 /// True when the request's code builds one command that names no recipient list: a query, a confirmation, a
 /// rejection or a quick send. Any other code is a standard send, one command for each recipient.

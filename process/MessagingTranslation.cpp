@@ -1,9 +1,9 @@
-#include "MessagingTranslation.h"
+#include "process/MessagingTranslation.h"
 
 #include <algorithm>
 
-#include "RequestValues.h"
-#include "StringRoutines.h"
+#include "process/RequestValues.h"
+#include "util/StringRoutines.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "RequestRecord.h"
-#include "TranslationRecords.h"
+#include "process/TranslationRecords.h"
+#include "soap/RequestRecord.h"
 
 /// What a parsed request means as a message, a message query or a confirmation. Pure.
 MessagingParameters TranslateMessaging(const RequestRecord& record);

@@ -1,6 +1,6 @@
-#include "RequestValues.h"
+#include "process/RequestValues.h"
 
-#include "StringRoutines.h"
+#include "util/StringRoutines.h"
 
 bool IsTrue(const RequestRecord& record, Slot slot) {
     if (!record.Has(slot)) return false;

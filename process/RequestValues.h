@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "RequestRecord.h"
+#include "soap/RequestRecord.h"
 
 /// The boolean rule of the service: true when the element is there and its text does not begin with "fals" in
 /// any letter case, nor with "0". So "no", an empty element and a leading blank are true. An absent element

@@ -1,15 +1,15 @@
-#include "Translation.h"
+#include "process/Translation.h"
 
-#include "AdministrationDispatch.h"
-#include "AdministrationTranslation.h"
-#include "AnswerWriter.h"
-#include "CVCSoapProcess.h"
-#include "CVsysEventLogInterface.h"
-#include "MessageCommands.h"
-#include "MessagingTranslation.h"
-#include "MethodTable.h"
-#include "RequestGlobals.h"
-#include "StringRoutines.h"
+#include "process/AdministrationDispatch.h"
+#include "process/AdministrationTranslation.h"
+#include "process/CVCSoapProcess.h"
+#include "process/MessageCommands.h"
+#include "process/MessagingTranslation.h"
+#include "soap/AnswerWriter.h"
+#include "soap/MethodTable.h"
+#include "soap/RequestGlobals.h"
+#include "syslib/CVsysEventLogInterface.h"
+#include "util/StringRoutines.h"
 
 namespace {
 

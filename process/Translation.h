@@ -1,6 +1,6 @@
 #pragma once
 
-#include "RequestRecord.h"
+#include "soap/RequestRecord.h"
 
 /// Turns a parsed request into its command record, runs soapProcess and so writes the answer. Returns 1 when
 /// the request was handled, also by a fault about its address, and 0 when it was refused before that. The

@@ -1,4 +1,4 @@
-#include "TranslationRecords.h"
+#include "process/TranslationRecords.h"
 
 MessagingParameters gMsgParameters;
 AdministrationParameters gParameters;

@@ -1,4 +1,4 @@
-#include "AdminRecords.h"
+#include "soap/AdminRecords.h"
 
 AdminInfo g_tAdminInfo;
 DepartmentInfo g_tDept;

@@ -1,12 +1,12 @@
-#include "AnswerWriter.h"
+#include "soap/AnswerWriter.h"
 
 #include <cstdio>
 #include <string>
 
-#include "FaultEnvelope.h"
-#include "RequestGlobals.h"
-#include "ResponseEnvelope.h"
-#include "XmlEscape.h"
+#include "soap/FaultEnvelope.h"
+#include "soap/RequestGlobals.h"
+#include "soap/ResponseEnvelope.h"
+#include "soap/XmlEscape.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "CVsoap.h"
+#include "soap/CVsoap.h"
 
 #include <unistd.h>
 
@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <climits>
 
-#include "CVLogInterface.h"
+#include "syslib/CVLogInterface.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "CVsoapParser.h"
+#include "soap/CVsoapParser.h"
 
 // The library declares its limit on entities only to those who say that it was built with entities, as it
 // was.
@@ -9,12 +9,12 @@
 #include <cstring>
 #include <memory>
 
-#include "BoundedText.h"
-#include "CVLogInterface.h"
-#include "FieldCapture.h"
-#include "MethodTable.h"
-#include "RequestGlobals.h"
-#include "StringRoutines.h"
+#include "soap/FieldCapture.h"
+#include "soap/MethodTable.h"
+#include "soap/RequestGlobals.h"
+#include "syslib/CVLogInterface.h"
+#include "util/BoundedText.h"
+#include "util/StringRoutines.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "RequestRecord.h"
+#include "soap/RequestRecord.h"
 
 class CVLogInterface;
 

@@ -5,19 +5,19 @@
 #include <cstdlib>
 #include <string>
 
-#include "AdminRecords.h"
-#include "AnswerWriter.h"
-#include "BoundedText.h"
-#include "CVsoap.h"
-#include "CVsoapParser.h"
-#include "CVsysEventLogInterface.h"
-#include "CVsysEventLogModNames.h"
-#include "ConfigPath.h"
-#include "RequestGlobals.h"
-#include "RequestRecord.h"
-#include "SpoolDirectories.h"
-#include "StringRoutines.h"
-#include "Translation.h"
+#include "process/Translation.h"
+#include "soap/AdminRecords.h"
+#include "soap/AnswerWriter.h"
+#include "soap/CVsoap.h"
+#include "soap/CVsoapParser.h"
+#include "soap/RequestGlobals.h"
+#include "soap/RequestRecord.h"
+#include "syslib/CVsysEventLogInterface.h"
+#include "syslib/CVsysEventLogModNames.h"
+#include "util/BoundedText.h"
+#include "util/ConfigPath.h"
+#include "util/SpoolDirectories.h"
+#include "util/StringRoutines.h"
 
 namespace {
 

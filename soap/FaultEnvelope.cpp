@@ -1,6 +1,6 @@
-#include "FaultEnvelope.h"
+#include "soap/FaultEnvelope.h"
 
-#include "ServiceNames.h"
+#include "soap/ServiceNames.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
-#include "FieldCapture.h"
+#include "soap/FieldCapture.h"
 
 #include <algorithm>
 #include <new>
 
-#include "StringRoutines.h"
+#include "util/StringRoutines.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <bitset>
 #include <string_view>
 
-#include "FieldRules.h"
+#include "soap/FieldRules.h"
 
 /// Moves the text of elements into a request record: which fields are being captured, and what the start, the
 /// text and the end of an element do to them. One object serves one envelope; flags that a method leaves set

@@ -1,4 +1,4 @@
-#include "FieldRules.h"
+#include "soap/FieldRules.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <span>
 #include <string_view>
 
-#include "RequestRecord.h"
+#include "soap/RequestRecord.h"
 
 /// What character data does to a field that is being captured.
 enum class OnData {

@@ -1,9 +1,9 @@
-#include "MethodTable.h"
+#include "soap/MethodTable.h"
 
 #include <algorithm>
 #include <array>
 
-#include "StringRoutines.h"
+#include "util/StringRoutines.h"
 
 namespace {
 

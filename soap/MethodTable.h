@@ -3,7 +3,7 @@
 #include <span>
 #include <string_view>
 
-#include "FieldRules.h"
+#include "soap/FieldRules.h"
 
 /// What a method's end tag records besides ending it.
 enum class EndRecords { Nothing, MemberKind, MessagingAction };

@@ -1,6 +1,6 @@
-#include "RequestGlobals.h"
+#include "soap/RequestGlobals.h"
 
-#include "MethodTable.h"
+#include "soap/MethodTable.h"
 
 char g_szCommand[256];
 int currentMethodCode = kNoMethod;

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "TextBuffer.h"
+#include "util/TextBuffer.h"
 
 /// The numbered places of a request record. One place serves several methods where their elements mean alike;
 /// the numbers are fixed, and those left out here are never filled.

@@ -1,9 +1,9 @@
-#include "ResponseEnvelope.h"
+#include "soap/ResponseEnvelope.h"
 
-#include "BoundedText.h"
-#include "ServiceNames.h"
-#include "StringRoutines.h"
-#include "XmlEscape.h"
+#include "soap/ServiceNames.h"
+#include "soap/XmlEscape.h"
+#include "util/BoundedText.h"
+#include "util/StringRoutines.h"
 
 namespace {
 

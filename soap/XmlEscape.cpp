@@ -1,4 +1,4 @@
-#include "XmlEscape.h"
+#include "soap/XmlEscape.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "ConFailure.h"
+#include "src/ConFailure.h"
 
 namespace {
 

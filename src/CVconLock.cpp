@@ -2,7 +2,7 @@
 
 #include <cerrno>
 
-#include "ConFailure.h"
+#include "src/ConFailure.h"
 
 namespace {
 

@@ -10,10 +10,10 @@
 #endif
 
 #include "CVException.h"
-#include "ConFailure.h"
 #include "NoCancellation.h"
-#include "ThreadControl.h"
-#include "ThreadSignals.h"
+#include "src/ConFailure.h"
+#include "src/ThreadControl.h"
+#include "src/ThreadSignals.h"
 
 namespace {
 

@@ -13,7 +13,7 @@
 #include "CVException.h"
 #include "NoCancellation.h"
 #include "PathRoutines.h"
-#include "RecordLock.h"
+#include "src/RecordLock.h"
 
 CVioFile::CVioFile(std::string path) : path_(std::move(path)) {}
 

@@ -1,4 +1,4 @@
-#include "ConFailure.h"
+#include "src/ConFailure.h"
 
 #include <unistd.h>
 

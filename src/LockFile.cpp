@@ -12,9 +12,9 @@
 #include "CVException.h"
 #include "CVconThread.h"
 #include "CVioDirectory.h"
-#include "LockedPath.h"
 #include "NoCancellation.h"
-#include "RecordLock.h"
+#include "src/LockedPath.h"
+#include "src/RecordLock.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "LockedPath.h"
+#include "src/LockedPath.h"
 
 #include <unistd.h>
 

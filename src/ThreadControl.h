@@ -6,7 +6,7 @@
 #include <condition_variable>
 #include <mutex>
 
-#include "ThreadSignals.h"
+#include "src/ThreadSignals.h"
 
 /// What a thread object shares with the thread it started. It outlives both.
 ///

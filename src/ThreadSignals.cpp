@@ -1,4 +1,4 @@
-#include "ThreadSignals.h"
+#include "src/ThreadSignals.h"
 
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -7,7 +7,7 @@
 #include <cstring>
 #include <mutex>
 
-#include "ThreadControl.h"
+#include "src/ThreadControl.h"
 
 namespace {
 

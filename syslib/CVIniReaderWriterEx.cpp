@@ -1,4 +1,4 @@
-#include "CVIniReaderWriterEx.h"
+#include "syslib/CVIniReaderWriterEx.h"
 
 bool CVIniReaderWriterEx::load() {
     return LoadFrom(file_, nullptr);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "CVioFile.h"
-#include "IniReaderWriter.h"
+#include "syslib/IniReaderWriter.h"
 
 /// An INI file that is held open between reading and rewriting it.
 ///

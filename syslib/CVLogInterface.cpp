@@ -1,8 +1,8 @@
-#include "CVLogInterface.h"
+#include "syslib/CVLogInterface.h"
 
 #include <cerrno>
 
-#include "EventMessage.h"
+#include "syslib/EventMessage.h"
 
 // Each operation differs in its level only, and a variadic function cannot hand its arguments to another one:
 // the macros write the seven bodies, and the four that take up `errno`, from one line each.

@@ -2,7 +2,7 @@
 
 #include <cstdarg>
 
-#include "EventLevel.h"
+#include "syslib/EventLevel.h"
 
 /// Where a component writes its diagnostics: one operation per level.
 ///

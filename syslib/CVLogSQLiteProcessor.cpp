@@ -1,13 +1,13 @@
-#include "CVLogSQLiteProcessor.h"
+#include "syslib/CVLogSQLiteProcessor.h"
 
 #include <sys/stat.h>
 
-#include "CVDBProcessorFatalException.h"
-#include "CVDBexception.h"
 #include "CVException.h"
-#include "CVSQLite3ResultSet.h"
-#include "LogStatements.h"
-#include "PreparedStatement.h"
+#include "cvdblib/sqlite3/src/CVDBexception.h"
+#include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
+#include "cvdblib/sqlite3/src/PreparedStatement.h"
+#include "syslib/CVDBProcessorFatalException.h"
+#include "syslib/LogStatements.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "CVLogDBProcessorInterface.h"
-#include "CVSQLite3Database.h"
-#include "LogModuleTables.h"
+#include "cvdblib/sqlite3/src/CVSQLite3Database.h"
+#include "syslib/CVLogDBProcessorInterface.h"
+#include "syslib/LogModuleTables.h"
 
 /// A log database in an SQLite file, shared with any number of processes: one table per module, and
 /// "metatable" that says which is whose. docs/log-database.md tells the layout.

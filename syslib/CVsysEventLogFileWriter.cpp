@@ -1,4 +1,4 @@
-#include "CVsysEventLogFileWriter.h"
+#include "syslib/CVsysEventLogFileWriter.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -10,9 +10,9 @@
 
 #include "CVException.h"
 #include "CVioFile.h"
-#include "EventLine.h"
-#include "LogReport.h"
-#include "StringRoutines.h"
+#include "syslib/EventLine.h"
+#include "syslib/LogReport.h"
+#include "util/StringRoutines.h"
 
 namespace {
 

@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "CVsysEventLogWriterInterface.h"
 #include "LockFile.h"
-#include "LogArchive.h"
+#include "syslib/CVsysEventLogWriterInterface.h"
+#include "syslib/LogArchive.h"
 
 /// Appends entries to a text file that any number of processes share, and turns it into numbered archives by
 /// size. docs/log-files.md describes the files.

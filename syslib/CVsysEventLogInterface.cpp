@@ -1,17 +1,17 @@
-#include "CVsysEventLogInterface.h"
+#include "syslib/CVsysEventLogInterface.h"
 
 #include <cstdio>
 #include <utility>
 
-#include "CVsysEventLogMultiThreaded.h"
-#include "CVsysEventLogSingleThreaded.h"
-#include "EventMessage.h"
-#include "LogConfiguration.h"
-#include "LogLocations.h"
-#include "LogRegistry.h"
-#include "LogReport.h"
-#include "LogWriterFactory.h"
-#include "SpoolDirectories.h"
+#include "syslib/CVsysEventLogMultiThreaded.h"
+#include "syslib/CVsysEventLogSingleThreaded.h"
+#include "syslib/EventMessage.h"
+#include "syslib/LogConfiguration.h"
+#include "syslib/LogLocations.h"
+#include "syslib/LogRegistry.h"
+#include "syslib/LogReport.h"
+#include "syslib/LogWriterFactory.h"
+#include "util/SpoolDirectories.h"
 
 namespace {
 

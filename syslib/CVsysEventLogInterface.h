@@ -5,10 +5,10 @@
 #include <mutex>
 #include <string>
 
-#include "CVLogInterface.h"
-#include "CVsysEventLogWriterInterface.h"
-#include "EventLevel.h"
-#include "GuardedWriter.h"
+#include "syslib/CVLogInterface.h"
+#include "syslib/CVsysEventLogWriterInterface.h"
+#include "syslib/EventLevel.h"
+#include "syslib/GuardedWriter.h"
 
 /// Where the entries of a log are written; the numbers are the ones that programs configure.
 enum class LogThreading { Single = 0, Multi = 1 };

@@ -1,4 +1,4 @@
-#include "CVsysEventLogMultiThreaded.h"
+#include "syslib/CVsysEventLogMultiThreaded.h"
 
 #include <unistd.h>
 

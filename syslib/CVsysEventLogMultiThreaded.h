@@ -5,8 +5,8 @@
 
 #include "CVconDelegate.h"
 #include "CVconThread.h"
-#include "CVsysEventLogInterface.h"
-#include "EventQueue.h"
+#include "syslib/CVsysEventLogInterface.h"
+#include "syslib/EventQueue.h"
 
 /// How long Start and Stop give a worker that does not come up, or does not end.
 struct WorkerPatience {

@@ -1,15 +1,15 @@
-#include "CVsysEventLogSQLiteWriter.h"
+#include "syslib/CVsysEventLogSQLiteWriter.h"
 
 #include <cxxabi.h>
 
 #include <cstdlib>
 #include <utility>
 
-#include "CVDBProcessorFatalException.h"
-#include "DatabaseFile.h"
-#include "EventLevel.h"
-#include "LogReport.h"
-#include "StringRoutines.h"
+#include "cvdblib/sqlite3/src/DatabaseFile.h"
+#include "syslib/CVDBProcessorFatalException.h"
+#include "syslib/EventLevel.h"
+#include "syslib/LogReport.h"
+#include "util/StringRoutines.h"
 
 namespace {
 

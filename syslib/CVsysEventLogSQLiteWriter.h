@@ -3,8 +3,8 @@
 #include <memory>
 #include <string>
 
-#include "CVLogSQLiteProcessor.h"
-#include "CVsysEventLogWriterInterface.h"
+#include "syslib/CVLogSQLiteProcessor.h"
+#include "syslib/CVsysEventLogWriterInterface.h"
 
 /// Stores entries in a log database, where they can be queried later.
 ///

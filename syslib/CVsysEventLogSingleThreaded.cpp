@@ -1,4 +1,4 @@
-#include "CVsysEventLogSingleThreaded.h"
+#include "syslib/CVsysEventLogSingleThreaded.h"
 
 #include <utility>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CVsysEventLogInterface.h"
+#include "syslib/CVsysEventLogInterface.h"
 
 /// The event log that writes each entry in the caller's thread, for short-lived programs.
 class CVsysEventLogSingleThreaded : public CVsysEventLogInterface {

@@ -1,8 +1,8 @@
-#include "EventLevel.h"
+#include "syslib/EventLevel.h"
 
 #include <iterator>
 
-#include "StringRoutines.h"
+#include "util/StringRoutines.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
-#include "EventLine.h"
+#include "syslib/EventLine.h"
 
-#include "EventLevel.h"
-#include "EventTime.h"
+#include "syslib/EventLevel.h"
+#include "syslib/EventTime.h"
 
 std::string EventLine(std::string_view module, unsigned level, std::string_view message, std::time_t time) {
     std::string line;

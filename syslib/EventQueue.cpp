@@ -1,10 +1,10 @@
-#include "EventQueue.h"
+#include "syslib/EventQueue.h"
 
 #include <utility>
 
 #include "CVconThread.h"
-#include "LogReport.h"
 #include "NoCancellation.h"
+#include "syslib/LogReport.h"
 
 void EventQueue::Open(std::shared_ptr<GuardedWriter> writer) {
     const ScopedLock guard(&lock_);

@@ -8,7 +8,7 @@
 
 #include "CVconEvent.h"
 #include "CVconLock.h"
-#include "GuardedWriter.h"
+#include "syslib/GuardedWriter.h"
 
 /// An entry between the caller that logged it and the worker that writes it.
 struct QueuedEntry {

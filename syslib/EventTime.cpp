@@ -1,4 +1,4 @@
-#include "EventTime.h"
+#include "syslib/EventTime.h"
 
 #include <cstdio>
 

@@ -1,4 +1,4 @@
-#include "GuardedWriter.h"
+#include "syslib/GuardedWriter.h"
 
 #include <utility>
 

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "CVconLock.h"
-#include "CVsysEventLogWriterInterface.h"
+#include "syslib/CVsysEventLogWriterInterface.h"
 
 /// A writer and the lock that lets one thread at a time into it.
 ///

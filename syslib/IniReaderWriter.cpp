@@ -1,4 +1,4 @@
-#include "IniReaderWriter.h"
+#include "syslib/IniReaderWriter.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -8,7 +8,7 @@
 
 #include "CVException.h"
 #include "CVioFile.h"
-#include "StringRoutines.h"
+#include "util/StringRoutines.h"
 
 namespace {
 

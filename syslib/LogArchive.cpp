@@ -1,4 +1,4 @@
-#include "LogArchive.h"
+#include "syslib/LogArchive.h"
 
 #include <sys/stat.h>
 
@@ -12,8 +12,8 @@
 
 #include "CVException.h"
 #include "CVioFile.h"
-#include "LogReport.h"
 #include "PathRoutines.h"
+#include "syslib/LogReport.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "LogConfigFile.h"
+#include "syslib/LogConfigFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -10,9 +10,9 @@
 #include <thread>
 
 #include "CVException.h"
-#include "CVIniReaderWriterEx.h"
 #include "LockFile.h"
 #include "PathRoutines.h"
+#include "syslib/CVIniReaderWriterEx.h"
 
 namespace fs = std::filesystem;
 

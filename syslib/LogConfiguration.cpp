@@ -1,12 +1,12 @@
-#include "LogConfiguration.h"
+#include "syslib/LogConfiguration.h"
 
 #include <algorithm>
 #include <iterator>
 #include <mutex>
 
-#include "IniReaderWriter.h"
-#include "LogConfigFile.h"
-#include "StringRoutines.h"
+#include "syslib/IniReaderWriter.h"
+#include "syslib/LogConfigFile.h"
+#include "util/StringRoutines.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "EventLevel.h"
+#include "syslib/EventLevel.h"
 
 class IniReaderWriter;
 

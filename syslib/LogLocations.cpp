@@ -1,10 +1,10 @@
-#include "LogLocations.h"
+#include "syslib/LogLocations.h"
 
 #include <mutex>
 #include <optional>
 #include <string_view>
 
-#include "ConfigPath.h"
+#include "util/ConfigPath.h"
 
 namespace {
 

@@ -1,14 +1,14 @@
-#include "LogModuleTables.h"
+#include "syslib/LogModuleTables.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "CVDBProcessorFatalException.h"
-#include "CVDBexception.h"
-#include "CVSQLite3Database.h"
-#include "CVSQLite3ResultSet.h"
-#include "LogStatements.h"
-#include "StringRoutines.h"
+#include "cvdblib/sqlite3/src/CVDBexception.h"
+#include "cvdblib/sqlite3/src/CVSQLite3Database.h"
+#include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
+#include "syslib/CVDBProcessorFatalException.h"
+#include "syslib/LogStatements.h"
+#include "util/StringRoutines.h"
 
 namespace {
 

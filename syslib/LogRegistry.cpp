@@ -1,4 +1,4 @@
-#include "LogRegistry.h"
+#include "syslib/LogRegistry.h"
 
 #include <algorithm>
 

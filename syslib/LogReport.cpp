@@ -1,4 +1,4 @@
-#include "LogReport.h"
+#include "syslib/LogReport.h"
 
 #include <cxxabi.h>
 

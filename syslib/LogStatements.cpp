@@ -1,10 +1,10 @@
-#include "LogStatements.h"
+#include "syslib/LogStatements.h"
 
 #include <algorithm>
 
-#include "CVDBProcessorFatalException.h"
-#include "CVSQLite3Database.h"
-#include "StringRoutines.h"
+#include "cvdblib/sqlite3/src/CVSQLite3Database.h"
+#include "syslib/CVDBProcessorFatalException.h"
+#include "util/StringRoutines.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "CVLogDBProcessorInterface.h"
+#include "syslib/CVLogDBProcessorInterface.h"
 
 // The SQL of the log database. Other programs read the same file, and operators search for these texts in
 // traces: their wording is fixed, doubled blanks included. Table names are identifiers and go in as they are;

@@ -1,15 +1,15 @@
-#include "LogWriterFactory.h"
+#include "syslib/LogWriterFactory.h"
 
 #include <cstdio>
 #include <map>
 #include <mutex>
 
-#include "CVsysEventLogFileWriter.h"
-#include "CVsysEventLogSQLiteWriter.h"
-#include "LogLocations.h"
-#include "LogReport.h"
-#include "StandardErrorWriter.h"
-#include "StringRoutines.h"
+#include "syslib/CVsysEventLogFileWriter.h"
+#include "syslib/CVsysEventLogSQLiteWriter.h"
+#include "syslib/LogLocations.h"
+#include "syslib/LogReport.h"
+#include "syslib/StandardErrorWriter.h"
+#include "util/StringRoutines.h"
 
 namespace {
 

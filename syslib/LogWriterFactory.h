@@ -3,8 +3,8 @@
 #include <memory>
 #include <string>
 
-#include "GuardedWriter.h"
-#include "LogConfiguration.h"
+#include "syslib/GuardedWriter.h"
+#include "syslib/LogConfiguration.h"
 
 /// Whose log a writer is made for.
 struct LogOwner {

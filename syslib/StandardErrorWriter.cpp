@@ -1,10 +1,10 @@
-#include "StandardErrorWriter.h"
+#include "syslib/StandardErrorWriter.h"
 
 #include <unistd.h>
 
 #include <cerrno>
 
-#include "EventLine.h"
+#include "syslib/EventLine.h"
 
 bool StandardErrorWriter::setProperty(const std::string& /*key*/, const std::string& /*value*/) {
     return true;

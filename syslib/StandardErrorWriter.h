@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CVsysEventLogWriterInterface.h"
+#include "syslib/CVsysEventLogWriterInterface.h"
 
 /// Writes entries to standard error, each as one line; a web server keeps that stream in its error log.
 /// Standard output is never used: it is the answer to the client.

@@ -1,4 +1,4 @@
-#include "BoundedText.h"
+#include "util/BoundedText.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "ConfigPath.h"
+#include "util/ConfigPath.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,4 +1,4 @@
-#include "FormatExpansion.h"
+#include "util/FormatExpansion.h"
 
 #include <algorithm>
 #include <cstdio>

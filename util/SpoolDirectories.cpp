@@ -1,4 +1,4 @@
-#include "SpoolDirectories.h"
+#include "util/SpoolDirectories.h"
 
 #include <strings.h>
 
@@ -12,12 +12,12 @@
 #include <string_view>
 #include <vector>
 
-#include "BoundedText.h"
 #include "CVException.h"
 #include "CVioFile.h"
-#include "ConfigPath.h"
-#include "FormatExpansion.h"
-#include "StringRoutines.h"
+#include "util/BoundedText.h"
+#include "util/ConfigPath.h"
+#include "util/FormatExpansion.h"
+#include "util/StringRoutines.h"
 
 char g_strConfigDir[1024];
 DirectoryTable g_tDir;

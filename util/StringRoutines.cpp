@@ -1,4 +1,4 @@
-#include "StringRoutines.h"
+#include "util/StringRoutines.h"
 
 #include <strings.h>
 

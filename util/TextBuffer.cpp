@@ -1,4 +1,4 @@
-#include "TextBuffer.h"
+#include "util/TextBuffer.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,9 +1,9 @@
-#include "UrlEncode.h"
+#include "util/UrlEncode.h"
 
 #include <cstdlib>
 #include <cstring>
 
-#include "StringRoutines.h"
+#include "util/StringRoutines.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
-#include "VisibleText.h"
+#include "util/VisibleText.h"
 
 #include <cstdio>
 #include <cstring>
 
-#include "StringRoutines.h"
+#include "util/StringRoutines.h"
 
 namespace {
 

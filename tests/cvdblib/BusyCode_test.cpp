@@ -1,4 +1,4 @@
-#include "BusyCode.h"
+#include "cvdblib/sqlite3/src/BusyCode.h"
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>

@@ -1,4 +1,4 @@
-#include "CVMessageManager.h"
+#include "cvdblib/sqlite3/src/CVMessageManager.h"
 
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -8,9 +8,9 @@
 #include <stdexcept>
 #include <thread>
 
-#include "CVDBexception.h"
-#include "ChildProcess.h"
-#include "TempDir.h"
+#include "cvdblib/sqlite3/src/CVDBexception.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/TempDir.h"
 
 namespace fs = std::filesystem;
 

@@ -3,10 +3,10 @@
 
 #include <cstdint>
 
-#include "CVDBexception.h"
-#include "CVSQLite3Database.h"
-#include "CVSQLite3ResultSet.h"
-#include "TempDir.h"
+#include "cvdblib/sqlite3/src/CVDBexception.h"
+#include "cvdblib/sqlite3/src/CVSQLite3Database.h"
+#include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
+#include "tests/support/TempDir.h"
 
 namespace {
 

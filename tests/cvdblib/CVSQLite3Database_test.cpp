@@ -1,14 +1,14 @@
-#include "CVSQLite3Database.h"
+#include "cvdblib/sqlite3/src/CVSQLite3Database.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <functional>
 
-#include "CVDBexception.h"
-#include "CVSQLite3ResultSet.h"
-#include "RunTogether.h"
-#include "TempDir.h"
+#include "cvdblib/sqlite3/src/CVDBexception.h"
+#include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
+#include "tests/cvdblib/RunTogether.h"
+#include "tests/support/TempDir.h"
 
 namespace {
 

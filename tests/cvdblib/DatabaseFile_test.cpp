@@ -1,9 +1,9 @@
-#include "DatabaseFile.h"
+#include "cvdblib/sqlite3/src/DatabaseFile.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "TempDir.h"
+#include "tests/support/TempDir.h"
 
 TEST(DatabaseFile, TellsWhatSqliteCouldUse) {
     TempDir dir;

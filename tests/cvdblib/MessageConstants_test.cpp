@@ -1,11 +1,11 @@
-#include "MessageConstants.h"
+#include "cvdblib/sqlite3/src/MessageConstants.h"
 
 #include <gtest/gtest.h>
 
 #include <stdexcept>
 
 #include "CVioFile.h"
-#include "TempDir.h"
+#include "tests/support/TempDir.h"
 
 TEST(MessageConstants, ReadsALine) {
     const struct {

@@ -1,14 +1,14 @@
-#include "PreparedStatement.h"
+#include "cvdblib/sqlite3/src/PreparedStatement.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <limits>
 
-#include "CVDBexception.h"
-#include "CVSQLite3Database.h"
-#include "CVSQLite3ResultSet.h"
-#include "TempDir.h"
+#include "cvdblib/sqlite3/src/CVDBexception.h"
+#include "cvdblib/sqlite3/src/CVSQLite3Database.h"
+#include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
+#include "tests/support/TempDir.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <functional>
 #include <vector>
 
-#include "ChildProcess.h"
+#include "tests/support/ChildProcess.h"
 
 /// Runs `body` (given 0, 1, ...) in that many processes, which all set off at the same moment.
 inline void RunTogether(int processes, const std::function<void(int)>& body) {

@@ -1,9 +1,9 @@
-#include "AdministrationCommands.h"
+#include "process/AdministrationCommands.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "BoundedText.h"
+#include "util/BoundedText.h"
 
 namespace {
 

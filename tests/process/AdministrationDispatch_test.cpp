@@ -1,8 +1,8 @@
-#include "AdministrationDispatch.h"
+#include "process/AdministrationDispatch.h"
 
 #include <gtest/gtest.h>
 
-#include "BoundedText.h"
+#include "util/BoundedText.h"
 
 namespace {
 

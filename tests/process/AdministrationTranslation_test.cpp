@@ -1,8 +1,8 @@
-#include "AdministrationTranslation.h"
+#include "process/AdministrationTranslation.h"
 
 #include <gtest/gtest.h>
 
-#include "MethodTable.h"
+#include "soap/MethodTable.h"
 
 TEST(AdministrationTranslation, CutsFixedFieldsAtTheirWidths) {
     RequestRecord record;

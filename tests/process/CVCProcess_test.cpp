@@ -1,14 +1,14 @@
-#include "CVCProcess.h"
+#include "process/CVCProcess.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "CVCSoapProcess.h"
-#include "CVMessageManager.h"
-#include "ChildProcess.h"
-#include "LoopbackServer.h"
-#include "RecordingLog.h"
-#include "TempDir.h"
+#include "cvdblib/sqlite3/src/CVMessageManager.h"
+#include "process/CVCSoapProcess.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/LoopbackServer.h"
+#include "tests/support/RecordingLog.h"
+#include "tests/support/TempDir.h"
 
 namespace {
 

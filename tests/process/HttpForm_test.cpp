@@ -1,4 +1,4 @@
-#include "HttpForm.h"
+#include "process/HttpForm.h"
 
 #include <gtest/gtest.h>
 

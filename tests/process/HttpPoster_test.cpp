@@ -1,10 +1,10 @@
-#include "HttpPoster.h"
+#include "process/HttpPoster.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "LoopbackServer.h"
-#include "TempDir.h"
+#include "tests/support/LoopbackServer.h"
+#include "tests/support/TempDir.h"
 
 namespace {
 

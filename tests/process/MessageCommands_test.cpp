@@ -1,4 +1,4 @@
-#include "MessageCommands.h"
+#include "process/MessageCommands.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,10 +1,10 @@
-#include "MessagingTranslation.h"
+#include "process/MessagingTranslation.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "MessageCommands.h"
-#include "RequestValues.h"
+#include "process/MessageCommands.h"
+#include "process/RequestValues.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
-#include "AnswerWriter.h"
+#include "soap/AnswerWriter.h"
 
 #include <gtest/gtest.h>
 
-#include "BoundedText.h"
-#include "RequestGlobals.h"
+#include "soap/RequestGlobals.h"
+#include "util/BoundedText.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
-#include "CVsoapParser.h"
+#include "soap/CVsoapParser.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "BoundedText.h"
-#include "MethodTable.h"
-#include "RecordingLog.h"
-#include "RequestGlobals.h"
+#include "soap/MethodTable.h"
+#include "soap/RequestGlobals.h"
+#include "tests/support/RecordingLog.h"
+#include "util/BoundedText.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
-#include "CVsoap.h"
+#include "soap/CVsoap.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include "ChildProcess.h"
-#include "RecordingLog.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/RecordingLog.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
-#include "FieldCapture.h"
+#include "soap/FieldCapture.h"
 
 #include <gtest/gtest.h>
 
 #include <set>
 #include <string>
 
-#include "MethodTable.h"
-#include "StringRoutines.h"
+#include "soap/MethodTable.h"
+#include "util/StringRoutines.h"
 
 TEST(FieldRules, NoFieldNameHidesAnother) {
     for (const Method& method : Methods()) {

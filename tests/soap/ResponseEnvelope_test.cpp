@@ -1,4 +1,4 @@
-#include "ResponseEnvelope.h"
+#include "soap/ResponseEnvelope.h"
 
 #include <gtest/gtest.h>
 

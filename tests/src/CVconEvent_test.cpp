@@ -6,7 +6,7 @@
 #include <thread>
 #include <vector>
 
-#include "Eventually.h"
+#include "tests/support/Eventually.h"
 
 using Wake = CVconEvent::Wake;
 

@@ -15,11 +15,11 @@
 #include "CVException.h"
 #include "CVconEvent.h"
 #include "CVconLock.h"
-#include "Eventually.h"
 #include "LockFile.h"
 #include "NoCancellation.h"
-#include "TempDir.h"
-#include "ThreadSignals.h"
+#include "src/ThreadSignals.h"
+#include "tests/support/Eventually.h"
+#include "tests/support/TempDir.h"
 
 using namespace std::chrono_literals;
 

@@ -7,7 +7,7 @@
 #include <filesystem>
 
 #include "CVException.h"
-#include "TempDir.h"
+#include "tests/support/TempDir.h"
 
 using testing::UnorderedElementsAre;
 

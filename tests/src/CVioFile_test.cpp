@@ -11,8 +11,8 @@
 #include <thread>
 
 #include "CVException.h"
-#include "ChildProcess.h"
-#include "TempDir.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/TempDir.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <thread>
 
-#include "SystemLogRecorder.h"
+#include "tests/support/SystemLogRecorder.h"
 
 namespace {
 

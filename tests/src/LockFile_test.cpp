@@ -14,8 +14,8 @@
 #include <vector>
 
 #include "CVException.h"
-#include "ChildProcess.h"
-#include "TempDir.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/TempDir.h"
 
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;

@@ -8,7 +8,7 @@
 
 #include <filesystem>
 
-#include "TempDir.h"
+#include "tests/support/TempDir.h"
 
 namespace fs = std::filesystem;
 

@@ -1,4 +1,4 @@
-#include "ProgramRun.h"
+#include "tests/support/ProgramRun.h"
 
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -7,7 +7,7 @@
 #include <chrono>
 #include <thread>
 
-#include "TempDir.h"
+#include "tests/support/TempDir.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "CVLogInterface.h"
+#include "syslib/CVLogInterface.h"
 
 /// A log that keeps its entries as texts: "<level> <context>|<message>", or "<level> <message>" without a
 /// context.

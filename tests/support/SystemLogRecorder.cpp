@@ -1,4 +1,4 @@
-#include "SystemLogRecorder.h"
+#include "tests/support/SystemLogRecorder.h"
 
 #include <cstdarg>
 #include <cstdio>

@@ -1,4 +1,4 @@
-#include "XmlTree.h"
+#include "tests/support/XmlTree.h"
 
 #include <expat.h>
 #include <gtest/gtest.h>

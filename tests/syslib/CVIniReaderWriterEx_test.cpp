@@ -1,11 +1,11 @@
-#include "CVIniReaderWriterEx.h"
+#include "syslib/CVIniReaderWriterEx.h"
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
 
-#include "ChildProcess.h"
-#include "TempDir.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/TempDir.h"
 
 TEST(CVIniReaderWriterEx, RewritesTheFileItHoldsOpen) {
     TempDir dir;

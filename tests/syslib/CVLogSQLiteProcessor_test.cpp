@@ -1,14 +1,14 @@
-#include "CVLogSQLiteProcessor.h"
+#include "syslib/CVLogSQLiteProcessor.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 
-#include "../cvdblib/RunTogether.h"
-#include "CVDBProcessorFatalException.h"
-#include "CVSQLite3ResultSet.h"
-#include "LogStatements.h"
-#include "TempDir.h"
+#include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
+#include "syslib/CVDBProcessorFatalException.h"
+#include "syslib/LogStatements.h"
+#include "tests/cvdblib/RunTogether.h"
+#include "tests/support/TempDir.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "CVsysEventLogFileWriter.h"
+#include "syslib/CVsysEventLogFileWriter.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,10 +8,10 @@
 #include <filesystem>
 #include <future>
 
-#include "ChildProcess.h"
-#include "EventLevel.h"
-#include "SystemLogRecorder.h"
-#include "TempDir.h"
+#include "syslib/EventLevel.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/SystemLogRecorder.h"
+#include "tests/support/TempDir.h"
 
 using testing::ElementsAre;
 using testing::HasSubstr;

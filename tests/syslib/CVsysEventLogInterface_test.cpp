@@ -1,4 +1,4 @@
-#include "CVsysEventLogInterface.h"
+#include "syslib/CVsysEventLogInterface.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,9 +7,9 @@
 #include <cerrno>
 #include <cstring>
 
-#include "ChildProcess.h"
-#include "SystemLogRecorder.h"
-#include "TempDir.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/SystemLogRecorder.h"
+#include "tests/support/TempDir.h"
 
 using testing::ElementsAre;
 using testing::HasSubstr;

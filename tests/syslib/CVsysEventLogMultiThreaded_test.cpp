@@ -1,4 +1,4 @@
-#include "CVsysEventLogMultiThreaded.h"
+#include "syslib/CVsysEventLogMultiThreaded.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -11,9 +11,9 @@
 
 #include "CVException.h"
 #include "CVconEvent.h"
-#include "Eventually.h"
-#include "SystemLogRecorder.h"
-#include "TempDir.h"
+#include "tests/support/Eventually.h"
+#include "tests/support/SystemLogRecorder.h"
+#include "tests/support/TempDir.h"
 
 using namespace std::chrono_literals;
 using testing::ElementsAre;

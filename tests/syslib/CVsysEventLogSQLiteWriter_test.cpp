@@ -1,13 +1,13 @@
-#include "CVsysEventLogSQLiteWriter.h"
+#include "syslib/CVsysEventLogSQLiteWriter.h"
 
 #include <gtest/gtest.h>
 #include <syslog.h>
 
 #include <ctime>
 
-#include "CVSQLite3ResultSet.h"
-#include "SystemLogRecorder.h"
-#include "TempDir.h"
+#include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
+#include "tests/support/SystemLogRecorder.h"
+#include "tests/support/TempDir.h"
 
 namespace {
 

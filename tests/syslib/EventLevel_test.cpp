@@ -1,4 +1,4 @@
-#include "EventLevel.h"
+#include "syslib/EventLevel.h"
 
 #include <gtest/gtest.h>
 

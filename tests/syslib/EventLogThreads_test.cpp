@@ -7,8 +7,8 @@
 #include <sstream>
 #include <thread>
 
-#include "CVsysEventLogInterface.h"
-#include "TempDir.h"
+#include "syslib/CVsysEventLogInterface.h"
+#include "tests/support/TempDir.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "EventMessage.h"
+#include "syslib/EventMessage.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>

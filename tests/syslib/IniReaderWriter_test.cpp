@@ -1,4 +1,4 @@
-#include "IniReaderWriter.h"
+#include "syslib/IniReaderWriter.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,8 +9,8 @@
 
 #include "CVException.h"
 #include "CVioFile.h"
-#include "ChildProcess.h"
-#include "TempDir.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/TempDir.h"
 
 using testing::ElementsAre;
 

@@ -1,4 +1,4 @@
-#include "LogArchive.h"
+#include "syslib/LogArchive.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -6,8 +6,8 @@
 
 #include <filesystem>
 
-#include "SystemLogRecorder.h"
-#include "TempDir.h"
+#include "tests/support/SystemLogRecorder.h"
+#include "tests/support/TempDir.h"
 
 using testing::ElementsAre;
 using testing::HasSubstr;

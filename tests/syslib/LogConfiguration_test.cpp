@@ -1,4 +1,4 @@
-#include "LogConfiguration.h"
+#include "syslib/LogConfiguration.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,9 +8,9 @@
 #include <filesystem>
 
 #include "CVioFile.h"
-#include "ChildProcess.h"
-#include "SystemLogRecorder.h"
-#include "TempDir.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/SystemLogRecorder.h"
+#include "tests/support/TempDir.h"
 
 namespace fs = std::filesystem;
 

@@ -1,8 +1,8 @@
-#include "LogLocations.h"
+#include "syslib/LogLocations.h"
 
 #include <gtest/gtest.h>
 
-#include "ChildProcess.h"
+#include "tests/support/ChildProcess.h"
 
 TEST(LogLocations, FindsTheConfigurationInItsDirectory) {
     EXPECT_EQ(LogConfigPath("conf"), "conf/cvlogs.ini");

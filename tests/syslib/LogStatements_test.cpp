@@ -1,8 +1,8 @@
-#include "LogStatements.h"
+#include "syslib/LogStatements.h"
 
 #include <gtest/gtest.h>
 
-#include "CVDBProcessorFatalException.h"
+#include "syslib/CVDBProcessorFatalException.h"
 
 namespace {
 

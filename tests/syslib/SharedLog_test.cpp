@@ -6,9 +6,9 @@
 #include <random>
 #include <sstream>
 
-#include "CVsysEventLogInterface.h"
-#include "ChildProcess.h"
-#include "TempDir.h"
+#include "syslib/CVsysEventLogInterface.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/TempDir.h"
 
 namespace {
 

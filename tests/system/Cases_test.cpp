@@ -15,8 +15,8 @@
 #include <filesystem>
 #include <sstream>
 
-#include "FrontEnd.h"
-#include "LoopbackServer.h"
+#include "tests/support/LoopbackServer.h"
+#include "tests/system/FrontEnd.h"
 
 namespace fs = std::filesystem;
 

@@ -1,4 +1,4 @@
-#include "FrontEnd.h"
+#include "tests/system/FrontEnd.h"
 
 #include <expat.h>
 #include <gtest/gtest.h>

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "ProgramRun.h"
-#include "TempDir.h"
+#include "tests/support/ProgramRun.h"
+#include "tests/support/TempDir.h"
 
 /// A site of its own with the real front end in it, for one test: configuration, logs and the directory of
 /// CGI programs, laid out as an operator has them. Logs everything (level trace).

@@ -5,8 +5,8 @@
 
 #include <filesystem>
 
-#include "FrontEnd.h"
-#include "LoopbackServer.h"
+#include "tests/support/LoopbackServer.h"
+#include "tests/system/FrontEnd.h"
 
 namespace fs = std::filesystem;
 using testing::HasSubstr;

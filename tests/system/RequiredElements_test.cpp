@@ -5,9 +5,9 @@
 
 #include <algorithm>
 
-#include "FrontEnd.h"
-#include "LoopbackServer.h"
-#include "RequestElements.h"
+#include "tests/support/LoopbackServer.h"
+#include "tests/system/FrontEnd.h"
+#include "tools/wsdl/RequestElements.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "TestAuthority.h"
+#include "tests/system/TestAuthority.h"
 
 #include <openssl/bio.h>
 #include <openssl/evp.h>

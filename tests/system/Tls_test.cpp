@@ -8,9 +8,9 @@
 #include <filesystem>
 #include <thread>
 
-#include "FrontEnd.h"
-#include "LoopbackServer.h"
-#include "TestAuthority.h"
+#include "tests/support/LoopbackServer.h"
+#include "tests/system/FrontEnd.h"
+#include "tests/system/TestAuthority.h"
 
 namespace fs = std::filesystem;
 using testing::HasSubstr;

@@ -5,8 +5,8 @@
 
 #include <fstream>
 
-#include "FrontEnd.h"
-#include "LoopbackServer.h"
+#include "tests/support/LoopbackServer.h"
+#include "tests/system/FrontEnd.h"
 
 namespace {
 

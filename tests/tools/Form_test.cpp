@@ -1,4 +1,4 @@
-#include "Form.h"
+#include "tools/paging-standin/Form.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

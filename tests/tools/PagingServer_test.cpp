@@ -1,4 +1,4 @@
-#include "PagingServer.h"
+#include "tools/paging-standin/PagingServer.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 #include <sstream>
 #include <thread>
 
-#include "TempDir.h"
+#include "tests/support/TempDir.h"
 
 namespace standin {
 namespace {

@@ -1,4 +1,4 @@
-#include "ServiceDescription.h"
+#include "tools/wsdl/ServiceDescription.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,14 +7,14 @@
 #include <filesystem>
 #include <set>
 
-#include "CVsoapParser.h"
-#include "FaultEnvelope.h"
-#include "RecordingLog.h"
-#include "RequestElements.h"
-#include "ResponseEnvelope.h"
-#include "ServiceNames.h"
-#include "TempDir.h"
-#include "XmlTree.h"
+#include "soap/CVsoapParser.h"
+#include "soap/FaultEnvelope.h"
+#include "soap/ResponseEnvelope.h"
+#include "soap/ServiceNames.h"
+#include "tests/support/RecordingLog.h"
+#include "tests/support/TempDir.h"
+#include "tests/support/XmlTree.h"
+#include "tools/wsdl/RequestElements.h"
 
 namespace {
 

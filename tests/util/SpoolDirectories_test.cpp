@@ -1,4 +1,4 @@
-#include "SpoolDirectories.h"
+#include "util/SpoolDirectories.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,11 +8,11 @@
 #include <string>
 #include <vector>
 
-#include "BoundedText.h"
 #include "CVException.h"
 #include "CVioFile.h"
-#include "ChildProcess.h"
-#include "TempDir.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/TempDir.h"
+#include "util/BoundedText.h"
 
 using testing::ElementsAre;
 

@@ -1,13 +1,13 @@
-#include "StringRoutines.h"
+#include "util/StringRoutines.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <memory>
 
-#include "ConfigPath.h"
-#include "UrlEncode.h"
-#include "VisibleText.h"
+#include "util/ConfigPath.h"
+#include "util/UrlEncode.h"
+#include "util/VisibleText.h"
 
 TEST(StringRoutines, TrimsBothEndsInPlace) {
     const struct {

@@ -10,12 +10,12 @@
 #include <utility>
 #include <vector>
 
-#include "Commands.h"
-#include "LikelyMistakes.h"
-#include "LogConfig.h"
-#include "Output.h"
-#include "Program.h"
-#include "StringRoutines.h"
+#include "tools/cvlogs/Commands.h"
+#include "tools/cvlogs/LikelyMistakes.h"
+#include "tools/cvlogs/LogConfig.h"
+#include "tools/operator/Output.h"
+#include "tools/operator/Program.h"
+#include "util/StringRoutines.h"
 
 namespace {
 

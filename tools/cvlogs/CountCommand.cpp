@@ -3,9 +3,9 @@
 #include <memory>
 #include <string>
 
-#include "CVDBiResultSet.h"
-#include "Commands.h"
-#include "EntryChoice.h"
+#include "cvdblib/sqlite3/src/CVDBiResultSet.h"
+#include "tools/cvlogs/Commands.h"
+#include "tools/cvlogs/EntryChoice.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "DatabaseChoice.h"
+#include "tools/cvlogs/DatabaseChoice.h"
 
 #include <CLI/CLI.hpp>
 
@@ -9,12 +9,12 @@
 #include <set>
 #include <stdexcept>
 
-#include "CVDBProcessorFatalException.h"
 #include "CVException.h"
-#include "CVLogSQLiteProcessor.h"
-#include "DatabaseFile.h"
-#include "LogConfig.h"
-#include "Program.h"
+#include "cvdblib/sqlite3/src/DatabaseFile.h"
+#include "syslib/CVDBProcessorFatalException.h"
+#include "syslib/CVLogSQLiteProcessor.h"
+#include "tools/cvlogs/LogConfig.h"
+#include "tools/operator/Program.h"
 
 namespace {
 

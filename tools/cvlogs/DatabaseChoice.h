@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "CVLogDBProcessorInterface.h"
+#include "syslib/CVLogDBProcessorInterface.h"
 
 namespace CLI {
 class App;

@@ -4,10 +4,10 @@
 #include <stdexcept>
 #include <string>
 
-#include "Commands.h"
-#include "DatabaseChoice.h"
-#include "Output.h"
-#include "Program.h"
+#include "tools/cvlogs/Commands.h"
+#include "tools/cvlogs/DatabaseChoice.h"
+#include "tools/operator/Output.h"
+#include "tools/operator/Program.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
-#include "EntryChoice.h"
+#include "tools/cvlogs/EntryChoice.h"
 
 #include <CLI/CLI.hpp>
 
 #include <stdexcept>
 
-#include "CVDBiResultSet.h"
-#include "LevelOption.h"
-#include "Program.h"
+#include "cvdblib/sqlite3/src/CVDBiResultSet.h"
+#include "tools/cvlogs/LevelOption.h"
+#include "tools/operator/Program.h"
 
 namespace {
 

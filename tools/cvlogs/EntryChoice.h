@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "DatabaseChoice.h"
-#include "EntryOutput.h"
-#include "EventLevel.h"
+#include "syslib/EventLevel.h"
+#include "tools/cvlogs/DatabaseChoice.h"
+#include "tools/cvlogs/EntryOutput.h"
 
 class CVDBiResultSet;
 

@@ -1,14 +1,14 @@
-#include "EntryOutput.h"
+#include "tools/cvlogs/EntryOutput.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <iterator>
 #include <vector>
 
-#include "CVDBiResultSet.h"
-#include "EventLevel.h"
-#include "Output.h"
-#include "TextEscapes.h"
+#include "cvdblib/sqlite3/src/CVDBiResultSet.h"
+#include "syslib/EventLevel.h"
+#include "tools/cvlogs/TextEscapes.h"
+#include "tools/operator/Output.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "LevelOption.h"
+#include "tools/cvlogs/LevelOption.h"
 
 #include <CLI/CLI.hpp>
 

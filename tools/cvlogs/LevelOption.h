@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "EventLevel.h"
+#include "syslib/EventLevel.h"
 
 namespace CLI {
 class App;

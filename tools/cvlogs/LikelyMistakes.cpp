@@ -1,16 +1,16 @@
-#include "LikelyMistakes.h"
+#include "tools/cvlogs/LikelyMistakes.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
 
-#include "CVsysEventLogModNames.h"
-#include "EventLevel.h"
-#include "IniReaderWriter.h"
-#include "LogConfiguration.h"
-#include "LogDestination.h"
-#include "StringRoutines.h"
+#include "syslib/CVsysEventLogModNames.h"
+#include "syslib/EventLevel.h"
+#include "syslib/IniReaderWriter.h"
+#include "syslib/LogConfiguration.h"
+#include "tools/cvlogs/LogDestination.h"
+#include "util/StringRoutines.h"
 
 namespace {
 

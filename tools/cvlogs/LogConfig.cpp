@@ -1,14 +1,14 @@
-#include "LogConfig.h"
+#include "tools/cvlogs/LogConfig.h"
 
 #include <cerrno>
 #include <stdexcept>
 #include <utility>
 
 #include "CVException.h"
-#include "LogConfigFile.h"
-#include "LogLocations.h"
-#include "SpoolDirectories.h"
-#include "StringRoutines.h"
+#include "syslib/LogConfigFile.h"
+#include "syslib/LogLocations.h"
+#include "util/SpoolDirectories.h"
+#include "util/StringRoutines.h"
 
 std::string UseLogDirectory(const std::string& configDirectory) {
     DirectoryTable directories = {};

@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "EventLevel.h"
-#include "IniReaderWriter.h"
-#include "LogDestination.h"
+#include "syslib/EventLevel.h"
+#include "syslib/IniReaderWriter.h"
+#include "tools/cvlogs/LogDestination.h"
 
 /// Makes the site's log_dir the place of log files that no filePath names, as the system's programs do. Gives
 /// why its file "dir" cannot be read, else nothing; the place is then "logs" beside the configuration.

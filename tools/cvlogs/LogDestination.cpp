@@ -1,4 +1,4 @@
-#include "LogDestination.h"
+#include "tools/cvlogs/LogDestination.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -11,9 +11,9 @@
 #include <limits>
 
 #include "CVException.h"
-#include "DatabaseFile.h"
 #include "PathRoutines.h"
-#include "StringRoutines.h"
+#include "cvdblib/sqlite3/src/DatabaseFile.h"
+#include "util/StringRoutines.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "LogArchive.h"
-#include "LogConfiguration.h"
+#include "syslib/LogArchive.h"
+#include "syslib/LogConfiguration.h"
 
 /// Where the entries of a module end up, and whether they do for a program of this user that is started in
 /// this directory.

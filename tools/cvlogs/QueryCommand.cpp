@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "CVDBiResultSet.h"
-#include "Commands.h"
-#include "EntryChoice.h"
-#include "MomentText.h"
+#include "cvdblib/sqlite3/src/CVDBiResultSet.h"
+#include "tools/cvlogs/Commands.h"
+#include "tools/cvlogs/EntryChoice.h"
+#include "tools/cvlogs/MomentText.h"
 
 namespace {
 

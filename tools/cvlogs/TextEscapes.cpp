@@ -1,10 +1,10 @@
-#include "TextEscapes.h"
+#include "tools/cvlogs/TextEscapes.h"
 
 #include <algorithm>
 #include <cstdio>
 
-#include "Characters.h"
-#include "StringRoutines.h"
+#include "tools/operator/Characters.h"
+#include "util/StringRoutines.h"
 
 namespace {
 

@@ -4,13 +4,13 @@
 #include <stdexcept>
 #include <string>
 
-#include "CVsysEventLogInterface.h"
-#include "Characters.h"
-#include "Commands.h"
-#include "LevelOption.h"
-#include "LogConfig.h"
 #include "PathRoutines.h"
-#include "Program.h"
+#include "syslib/CVsysEventLogInterface.h"
+#include "tools/cvlogs/Commands.h"
+#include "tools/cvlogs/LevelOption.h"
+#include "tools/cvlogs/LogConfig.h"
+#include "tools/operator/Characters.h"
+#include "tools/operator/Program.h"
 
 namespace {
 

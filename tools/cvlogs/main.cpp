@@ -1,7 +1,7 @@
 #include <CLI/CLI.hpp>
 
-#include "Commands.h"
-#include "Program.h"
+#include "tools/cvlogs/Commands.h"
+#include "tools/operator/Program.h"
 
 int main(int argc, char** argv) {
     CLI::App app{

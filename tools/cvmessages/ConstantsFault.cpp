@@ -1,4 +1,4 @@
-#include "ConstantsFault.h"
+#include "tools/cvmessages/ConstantsFault.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -6,7 +6,7 @@
 #include <stdexcept>
 
 #include "CVioFile.h"
-#include "MessageConstants.h"
+#include "cvdblib/sqlite3/src/MessageConstants.h"
 
 namespace {
 

@@ -8,11 +8,11 @@
 #include <string>
 
 #include "CVException.h"
-#include "CVMessageManager.h"
-#include "ConstantsFault.h"
-#include "DatabaseFile.h"
-#include "Output.h"
-#include "Program.h"
+#include "cvdblib/sqlite3/src/CVMessageManager.h"
+#include "cvdblib/sqlite3/src/DatabaseFile.h"
+#include "tools/cvmessages/ConstantsFault.h"
+#include "tools/operator/Output.h"
+#include "tools/operator/Program.h"
 
 namespace {
 

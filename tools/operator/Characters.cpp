@@ -1,8 +1,8 @@
-#include "Characters.h"
+#include "tools/operator/Characters.h"
 
 #include <algorithm>
 
-#include "VisibleText.h"
+#include "util/VisibleText.h"
 
 namespace {
 

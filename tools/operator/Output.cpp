@@ -1,4 +1,4 @@
-#include "Output.h"
+#include "tools/operator/Output.h"
 
 #include <unistd.h>
 
@@ -6,7 +6,7 @@
 #include <stdexcept>
 
 #include "CVException.h"
-#include "Characters.h"
+#include "tools/operator/Characters.h"
 
 namespace {
 

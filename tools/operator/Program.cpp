@@ -1,14 +1,14 @@
-#include "Program.h"
+#include "tools/operator/Program.h"
 
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
 #include <string>
 
-#include "CVDBexception.h"
 #include "CVException.h"
-#include "Characters.h"
-#include "Output.h"
+#include "cvdblib/sqlite3/src/CVDBexception.h"
+#include "tools/operator/Characters.h"
+#include "tools/operator/Output.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "Form.h"
+#include "tools/paging-standin/Form.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,4 +1,4 @@
-#include "PagingServer.h"
+#include "tools/paging-standin/PagingServer.h"
 
 #include <httplib.h>
 
@@ -7,8 +7,8 @@
 #include <stdexcept>
 #include <thread>
 
-#include "Form.h"
-#include "Store.h"
+#include "tools/paging-standin/Form.h"
+#include "tools/paging-standin/Store.h"
 
 namespace standin {
 namespace {

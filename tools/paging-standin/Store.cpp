@@ -1,4 +1,4 @@
-#include "Store.h"
+#include "tools/paging-standin/Store.h"
 
 #include <algorithm>
 

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Form.h"
+#include "tools/paging-standin/Form.h"
 
 namespace standin {
 

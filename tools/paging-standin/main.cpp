@@ -11,7 +11,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "PagingServer.h"
+#include "tools/paging-standin/PagingServer.h"
 
 namespace {
 

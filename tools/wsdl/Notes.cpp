@@ -1,4 +1,4 @@
-#include "Notes.h"
+#include "tools/wsdl/Notes.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "MethodTable.h"
+#include "soap/MethodTable.h"
 
 // What a user of the service must know and cannot see from names and types. Toolkits show these texts beside
 // the generated code.

@@ -1,8 +1,8 @@
-#include "RequestElements.h"
+#include "tools/wsdl/RequestElements.h"
 
 #include <algorithm>
 
-#include "TranslationRecords.h"
+#include "process/TranslationRecords.h"
 
 namespace {
 

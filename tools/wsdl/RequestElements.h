@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "MethodTable.h"
+#include "soap/MethodTable.h"
 
 /// The elements of a method's request, in the order that keeps every one of them when a client sends them
 /// without white space between.

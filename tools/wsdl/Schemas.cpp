@@ -1,10 +1,10 @@
-#include "Schemas.h"
+#include "tools/wsdl/Schemas.h"
 
 #include <string>
 
-#include "Notes.h"
-#include "RequestElements.h"
-#include "ServiceNames.h"
+#include "soap/ServiceNames.h"
+#include "tools/wsdl/Notes.h"
+#include "tools/wsdl/RequestElements.h"
 
 namespace {
 

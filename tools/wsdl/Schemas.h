@@ -1,6 +1,6 @@
 #pragma once
 
-#include "XmlWriter.h"
+#include "tools/wsdl/XmlWriter.h"
 
 /// Writes the two schemas: the service's requests and answers, and the detail of its faults.
 void WriteSchemas(XmlWriter& xml);

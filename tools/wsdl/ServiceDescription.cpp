@@ -1,8 +1,8 @@
-#include "ServiceDescription.h"
+#include "tools/wsdl/ServiceDescription.h"
 
-#include "Notes.h"
-#include "Schemas.h"
-#include "ServiceNames.h"
+#include "soap/ServiceNames.h"
+#include "tools/wsdl/Notes.h"
+#include "tools/wsdl/Schemas.h"
 
 namespace {
 

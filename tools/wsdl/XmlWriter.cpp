@@ -1,6 +1,6 @@
-#include "XmlWriter.h"
+#include "tools/wsdl/XmlWriter.h"
 
-#include "XmlEscape.h"
+#include "soap/XmlEscape.h"
 
 XmlWriter::XmlWriter() : document_("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n") {}
 

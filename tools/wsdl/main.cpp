@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <fstream>
 
-#include "ServiceDescription.h"
+#include "tools/wsdl/ServiceDescription.h"
 
 int main(int argc, char** argv) {
     if (argc != 2) {

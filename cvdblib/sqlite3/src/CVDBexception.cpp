@@ -1,4 +1,4 @@
-#include "CVDBexception.h"
+#include "cvdblib/sqlite3/src/CVDBexception.h"
 
 #include <cstdio>
 #include <utility>

@@ -1,14 +1,14 @@
-#include "CVMessageManager.h"
+#include "cvdblib/sqlite3/src/CVMessageManager.h"
 
 #include <sys/stat.h>
 
 #include <cstdlib>
 #include <stdexcept>
 
-#include "CVDBexception.h"
-#include "CVSQLite3ResultSet.h"
 #include "CVioFile.h"
-#include "DatabaseFile.h"
+#include "cvdblib/sqlite3/src/CVDBexception.h"
+#include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
+#include "cvdblib/sqlite3/src/DatabaseFile.h"
 
 namespace {
 

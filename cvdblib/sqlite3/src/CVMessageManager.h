@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "CVSQLite3Database.h"
-#include "MessageConstants.h"
+#include "cvdblib/sqlite3/src/CVSQLite3Database.h"
+#include "cvdblib/sqlite3/src/MessageConstants.h"
 
 class CVioFile;
 

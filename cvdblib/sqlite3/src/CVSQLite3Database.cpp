@@ -1,13 +1,13 @@
-#include "CVSQLite3Database.h"
+#include "cvdblib/sqlite3/src/CVSQLite3Database.h"
 
 #include <sqlite3.h>
 
 #include <thread>
 #include <utility>
 
-#include "BusyCode.h"
-#include "CVDBexception.h"
-#include "CVSQLite3ResultSet.h"
+#include "cvdblib/sqlite3/src/BusyCode.h"
+#include "cvdblib/sqlite3/src/CVDBexception.h"
+#include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
 
 namespace {
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <memory>
 
-#include "CVDBexception.h"
-#include "CVSQLite3Database.h"
-#include "CVSQLite3ResultSet.h"
+#include "cvdblib/sqlite3/src/CVDBexception.h"
+#include "cvdblib/sqlite3/src/CVSQLite3Database.h"
+#include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 #include <iterator>
 #include <utility>
 
-#include "BusyCode.h"
-#include "CVDBexception.h"
-#include "CVSQLite3Database.h"
+#include "cvdblib/sqlite3/src/BusyCode.h"
+#include "cvdblib/sqlite3/src/CVDBexception.h"
+#include "cvdblib/sqlite3/src/CVSQLite3Database.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "CVSQLite3ResultSet.h"
+#include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
 
 #include <sqlite3.h>
 

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "CVDBiResultSet.h"
+#include "cvdblib/sqlite3/src/CVDBiResultSet.h"
 
 /// A result as SQLite hands it out: one block of texts, the column names first, freed with the object.
 class CVSQLite3ResultSet : public CVDBiResultSet {

@@ -1,4 +1,4 @@
-#include "DatabaseFile.h"
+#include "cvdblib/sqlite3/src/DatabaseFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -1,4 +1,4 @@
-#include "MessageConstants.h"
+#include "cvdblib/sqlite3/src/MessageConstants.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -6,7 +6,7 @@
 #include <stdexcept>
 
 #include "CVioFile.h"
-#include "StringRoutines.h"
+#include "util/StringRoutines.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
-#include "PreparedStatement.h"
+#include "cvdblib/sqlite3/src/PreparedStatement.h"
 
 #include <sqlite3.h>
 
-#include "CVSQLite3Database.h"
+#include "cvdblib/sqlite3/src/CVSQLite3Database.h"
 
 void PreparedStatement::Finalize::operator()(sqlite3_stmt* statement) const noexcept {
     sqlite3_finalize(statement);

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "OperatorSite.h"
+#include "tests/tools/operator/OperatorSite.h"
 
 using testing::HasSubstr;
 using testing::Not;

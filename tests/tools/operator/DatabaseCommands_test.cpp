@@ -1,8 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "CVLogSQLiteProcessor.h"
-#include "OperatorSite.h"
+#include "syslib/CVLogSQLiteProcessor.h"
+#include "tests/tools/operator/OperatorSite.h"
 
 using testing::HasSubstr;
 

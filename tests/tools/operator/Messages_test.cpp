@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "OperatorSite.h"
+#include "tests/tools/operator/OperatorSite.h"
 
 using testing::HasSubstr;
 

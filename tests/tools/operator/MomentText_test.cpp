@@ -1,4 +1,4 @@
-#include "MomentText.h"
+#include "tools/cvlogs/MomentText.h"
 
 #include <gtest/gtest.h>
 

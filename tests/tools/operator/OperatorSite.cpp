@@ -1,11 +1,11 @@
-#include "OperatorSite.h"
+#include "tests/tools/operator/OperatorSite.h"
 
 #include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
 
-#include "CVLogSQLiteProcessor.h"
+#include "syslib/CVLogSQLiteProcessor.h"
 
 namespace fs = std::filesystem;
 

@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "CVLogDBProcessorInterface.h"
-#include "ProgramRun.h"
-#include "TempDir.h"
+#include "syslib/CVLogDBProcessorInterface.h"
+#include "tests/support/ProgramRun.h"
+#include "tests/support/TempDir.h"
 
 /// A site of its own for one test, in which the real programs run: config/dir, config/cvlogs.ini, logs/.
 /// Their time zone is UTC.

@@ -1,8 +1,8 @@
-#include "TextEscapes.h"
+#include "tools/cvlogs/TextEscapes.h"
 
 #include <gtest/gtest.h>
 
-#include "Characters.h"
+#include "tools/operator/Characters.h"
 
 TEST(TextEscapes, MakesOneValidJsonStringOfAnyBytes) {
     const struct {
