@@ -19,6 +19,8 @@
 #include "syslib/CVsysEventLogInterface.h"
 #include "syslib/EventLine.h"
 
+using namespace quorbel;
+
 namespace {
 
 constexpr int kRounds = 15;

@@ -19,6 +19,8 @@
 
 #include "syslib/CVsysEventLogInterface.h"
 
+using namespace quorbel;
+
 namespace fs = std::filesystem;
 
 namespace {

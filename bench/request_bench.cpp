@@ -16,6 +16,8 @@
 #include "syslib/CVLogInterface.h"
 #include "tests/support/LoopbackServer.h"
 
+using namespace quorbel;
+
 namespace {
 
 class NoLog : public CVLogInterface {

@@ -21,6 +21,8 @@
 #include "util/FormatExpansion.h"
 #include "util/VisibleText.h"
 
+using namespace quorbel;
+
 namespace {
 
 class NoLog : public CVLogInterface {

@@ -27,6 +27,8 @@ private:
     pthread_mutex_t mutex_;
 };
 
+namespace quorbel {
+
 /// Holds a CVconLock for a scope.
 ///
 /// On leaving it unlocks as often as it locked, and deletes the lock when told to own it. The destructor
@@ -53,3 +55,5 @@ private:
     int locked_ = 0;
     bool deleteAtEnd_;
 };
+
+}  // namespace quorbel

@@ -8,7 +8,11 @@
 #include "CVconDelegate.h"
 #include "CVobject.h"
 
+namespace quorbel {
+
 struct ThreadControl;
+
+}  // namespace quorbel
 
 /// A detached thread that runs a delegate's body once.
 ///
@@ -57,9 +61,9 @@ public:
     static bool KillRequested();
 
 private:
-    void Send(int line, const char* failure, int (*send)(ThreadControl&));
+    void Send(int line, const char* failure, int (*send)(quorbel::ThreadControl&));
 
     CVconDelegate* body_;
     AtEnd atEnd_;
-    std::shared_ptr<ThreadControl> control_;  // of the last Create, shared with the running thread
+    std::shared_ptr<quorbel::ThreadControl> control_;  // of the last Create, shared with the running thread
 };

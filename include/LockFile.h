@@ -4,6 +4,8 @@
 #include <functional>
 #include <string>
 
+namespace quorbel {
+
 class LockedPath;
 
 /// How long a LockFile keeps trying: this many attempts, each lasting `pause`.
@@ -17,6 +19,8 @@ struct LockRetry {
     std::function<void(std::chrono::microseconds)> sleep;
 };
 
+}  // namespace quorbel
+
 /// Holds the write lock that keeps other processes and threads out of one log file, for the object's
 /// lifetime.
 ///
@@ -29,16 +33,18 @@ class LockFile {
 public:
     /// Throws CVException "LockFile Creation Failed" after the last attempt, and at once when waiting cannot
     /// help: no rights, no such directory, a full disk.
-    explicit LockFile(const std::string& path, const LockRetry& retry = {});
+    explicit LockFile(const std::string& path, const quorbel::LockRetry& retry = {});
     ~LockFile();
 
     LockFile(const LockFile&) = delete;
     LockFile& operator=(const LockFile&) = delete;
 
 private:
-    LockedPath* path_;
+    quorbel::LockedPath* path_;
     int descriptor_;
 };
+
+namespace quorbel {
 
 /// True when a LockFile on `path` would fail at once. A lock that is merely taken is no reason. Creates the
 /// file like LockFile and takes the lock for a moment when it is free.
@@ -48,3 +54,5 @@ bool IsLockHopeless(const std::string& path);
 /// leave them behind. A file that cannot be opened or deleted stays. Throws CVioException when the directory
 /// cannot be listed.
 void RemoveDeadLockFiles(const std::string& directory);
+
+}  // namespace quorbel

@@ -2,6 +2,8 @@
 
 #include <pthread.h>
 
+namespace quorbel {
+
 /// Keeps the calling thread from being ended by CVconThread::Kill in its scope.
 ///
 /// For code that must not be left in the middle: C libraries, destructors, anything noexcept. A kill that
@@ -17,3 +19,5 @@ public:
 private:
     int before_ = PTHREAD_CANCEL_ENABLE;
 };
+
+}  // namespace quorbel

@@ -4,18 +4,28 @@
 
 #include <string>
 
+namespace quorbel {
+
 // Operations on paths that need no file object. The bool ones answer whether it was done, and leave `errno`
 // telling why not; none throws.
 
 bool RenameFile(const std::string& from, const std::string& to) noexcept;
 bool DeleteFile(const std::string& path) noexcept;
 bool ChangeMode(const std::string& path, mode_t mode) noexcept;
+
+}  // namespace quorbel
+
 bool IsDirectory(const std::string& path) noexcept;
+
+namespace quorbel {
+
 /// Byte for byte, with the source's mode; what stood at `to` is replaced, and is incomplete after a failure.
 bool CopyFile(const std::string& from, const std::string& to);
 
 /// The local time as "hh:mm:ss".
 std::string CurrentTimeOfDay();
+
+}  // namespace quorbel
 
 /// Opens the file "lock" in `directory` (null or empty: in the current one), made with the text "locker" and
 /// open to every user when it is not there. Returns a descriptor that the caller closes, or -1, also for a

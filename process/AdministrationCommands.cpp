@@ -4,6 +4,8 @@
 
 #include "process/AdministrationLines.h"
 
+namespace quorbel {
+
 namespace {
 
 using namespace administration_lines;
@@ -75,3 +77,5 @@ CommandParameters BuildAdministrationCommand(const AdministrationRequest& reques
     }
     return command;
 }
+
+}  // namespace quorbel

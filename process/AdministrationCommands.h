@@ -6,6 +6,8 @@
 #include "process/TranslationRecords.h"
 #include "soap/AdminRecords.h"
 
+namespace quorbel {
+
 /// What an administration command is built from; all records are borrowed.
 struct AdministrationRequest {
     const AdministrationParameters* parameters;
@@ -22,3 +24,5 @@ bool IsMembershipWord(const std::string& word);
 /// The command for one member of the request (0 for requests without members). A word that no object knows
 /// gives the common lines alone.
 CommandParameters BuildAdministrationCommand(const AdministrationRequest& request, std::size_t member);
+
+}  // namespace quorbel

@@ -6,6 +6,8 @@
 #include "soap/MethodTable.h"
 #include "util/StringRoutines.h"
 
+namespace quorbel {
+
 namespace {
 
 using Request = AdministrationRequest;
@@ -116,3 +118,5 @@ const char* RefusalOf(const AdministrationRequest& request, std::string_view met
     }
     return nullptr;
 }
+
+}  // namespace quorbel

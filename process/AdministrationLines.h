@@ -8,6 +8,8 @@
 #include "process/CommandLines.h"
 #include "util/StringRoutines.h"
 
+namespace quorbel {
+
 /// The lines of each object of the server's configuration, in the order in which they are posted. To add a
 /// line to a command, add a row where it belongs. Lines that the server knows but no request fills stand with
 /// `Nothing`.
@@ -249,3 +251,5 @@ inline constexpr const char* kCarrierNames[] = {
     "retry", "bkcarr", "bkcarr2", "disable",   "queuename",  "pintemplate"};
 
 }  // namespace administration_lines
+
+}  // namespace quorbel

@@ -4,6 +4,8 @@
 #include "soap/MethodTable.h"
 #include "util/BoundedText.h"
 
+namespace quorbel {
+
 namespace {
 
 /// The name of the element that grants the permission of `slot`. Five slots have one name in AddUserGroup and
@@ -125,3 +127,5 @@ AdministrationParameters TranslateAdministration(const RequestRecord& record) {
     parameters.limitAccess = IsTrue(record, Slot::LimitAccess);
     return parameters;
 }
+
+}  // namespace quorbel

@@ -4,6 +4,8 @@
 #include "soap/AdminRecords.h"
 #include "soap/RequestRecord.h"
 
+namespace quorbel {
+
 // What a parsed request means for the administration of the server. Pure: each gives its record filled anew.
 
 AdminInfo TranslateAdmin(const RequestRecord& record);
@@ -12,3 +14,5 @@ UserInfo TranslateUser(const RequestRecord& record);
 /// `methodCode` tells which element names the granted permissions are known by.
 UserGroupInfo TranslateUserGroup(const RequestRecord& record, int methodCode);
 AdministrationParameters TranslateAdministration(const RequestRecord& record);
+
+}  // namespace quorbel

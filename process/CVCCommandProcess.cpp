@@ -5,6 +5,8 @@
 
 #include "process/MessageCommands.h"
 
+using namespace quorbel;
+
 namespace {
 
 constexpr char kNoJobId[] = "99999999";

@@ -7,7 +7,7 @@
 class CVCCommandProcess : public virtual CVCProcess {
 public:
     /// `parameters` is borrowed: it is read at each run and must outlive the object.
-    explicit CVCCommandProcess(const MessagingParameters* parameters) : parameters_(parameters) {}
+    explicit CVCCommandProcess(const quorbel::MessagingParameters* parameters) : parameters_(parameters) {}
 
     /// Prints the result line: the code, the job id ("99999999" without one) and the text in quotes.
     void ShowResult(std::string_view text, std::string_view code) override;
@@ -24,8 +24,8 @@ protected:
     const char* FormatResultLine(std::string_view text, std::string_view code);
 
 private:
-    void SendCommand(CommandParameters command);
+    void SendCommand(quorbel::CommandParameters command);
 
     char resultLine_[1024] = {};
-    const MessagingParameters* parameters_;
+    const quorbel::MessagingParameters* parameters_;
 };

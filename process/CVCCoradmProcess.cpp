@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+using namespace quorbel;
+
 void CVCCoradmProcess::PrepareCommand(std::size_t member) {
     command_ = BuildAdministrationCommand(request_, member);
 }

@@ -7,7 +7,7 @@
 class CVCCoradmProcess : public virtual CVCProcess {
 public:
     /// The request's records are read at each run and must outlive the object.
-    explicit CVCCoradmProcess(const AdministrationRequest& request) : request_(request) {}
+    explicit CVCCoradmProcess(const quorbel::AdministrationRequest& request) : request_(request) {}
 
     /// Replaces the request's second address for every send while it is not empty.
     void SetFailoverUrl(const std::string& url) { failoverUrl_ = url; }
@@ -22,7 +22,7 @@ public:
 private:
     int SendCommand(std::size_t member);
 
-    AdministrationRequest request_;
+    quorbel::AdministrationRequest request_;
     std::string failoverUrl_;
-    CommandParameters command_;
+    quorbel::CommandParameters command_;
 };

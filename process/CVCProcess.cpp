@@ -12,6 +12,8 @@
 #include "util/FormatExpansion.h"
 #include "util/SpoolDirectories.h"
 
+using namespace quorbel;
+
 namespace {
 
 constexpr std::size_t kOutputSize = 100UL << 20;  ///< no reply is cut in practice

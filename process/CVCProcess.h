@@ -24,7 +24,7 @@ public:
     /// Posts the command to `url`, or to `url2` when that fails, and shows the reply. A failure is reported
     /// first, as code "2012". Gives the poster's result and, when asked, a copy of the output: the reply,
     /// followed by the transport's error text after a failure.
-    virtual int Send(CommandParameters& command, const std::string& url, const std::string& url2,
+    virtual int Send(quorbel::CommandParameters& command, const std::string& url, const std::string& url2,
                      std::string* outputCopy = nullptr);
     /// Shows the formatted text (at most 2047 bytes) under `code`; nothing for a null or empty format.
     [[gnu::format(printf, 3, 4)]] virtual void ReportError(const char* code, const char* format, ...);

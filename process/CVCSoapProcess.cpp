@@ -2,6 +2,8 @@
 
 #include "soap/AnswerWriter.h"
 
+using namespace quorbel;
+
 CVCSoapProcess soapProcess(&gMsgParameters,
                            {&gParameters, &g_tAdminInfo, &g_tDept, &g_tUser, &g_tUserGroup, &g_tSchd});
 

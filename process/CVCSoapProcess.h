@@ -3,8 +3,12 @@
 #include "process/CVCCommandProcess.h"
 #include "process/CVCCoradmProcess.h"
 
+namespace quorbel {
+
 /// What a run is for; one byte, as programs that read it know.
 enum class RunMode : unsigned char { Administration = 0, Messaging = 1 };
+
+}  // namespace quorbel
 
 /// Runs a request's command and routes every outcome to the SOAP answer.
 ///
@@ -12,10 +16,11 @@ enum class RunMode : unsigned char { Administration = 0, Messaging = 1 };
 /// it becomes a response that carries the transport's error text, and the "2012" result line is only kept.
 class CVCSoapProcess : public CVCCommandProcess, public CVCCoradmProcess {
 public:
-    CVCSoapProcess(const MessagingParameters* message, const AdministrationRequest& administration)
+    CVCSoapProcess(const quorbel::MessagingParameters* message,
+                   const quorbel::AdministrationRequest& administration)
         : CVCCommandProcess(message), CVCCoradmProcess(administration) {}
 
-    void Run(RunMode mode);
+    void Run(quorbel::RunMode mode);
     /// The last reply of a messaging run; empty before any run.
     const std::string& ResultText() const { return resultText_; }
 
@@ -23,7 +28,7 @@ public:
     void ShowReply(std::string_view text) override;
 
 private:
-    RunMode mode_ = RunMode::Administration;
+    quorbel::RunMode mode_ = quorbel::RunMode::Administration;
     std::string resultText_;
 };
 

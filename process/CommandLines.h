@@ -5,6 +5,8 @@
 
 #include "process/CommandParameters.h"
 
+namespace quorbel {
+
 /// One line of a command whose name is fixed and whose value comes from the record `Source`. A row sets one
 /// of the three; a line with an empty text or a flag other than 1 is left out, a number is always there.
 template <typename Source>
@@ -24,3 +26,5 @@ void AddLines(CommandParameters& command, std::span<const CommandLine<Source>> l
         if (line.number != nullptr) command.AddNumber(line.name, line.number(source));
     }
 }
+
+}  // namespace quorbel

@@ -1,5 +1,7 @@
 #include "process/CommandParameters.h"
 
+namespace quorbel {
+
 namespace {
 
 std::string Line(std::string_view name, std::string_view value) {
@@ -40,3 +42,5 @@ void CommandParameters::Add(std::string_view name, std::string_view value) {
     if (lines.size() == count) lines.emplace_back();
     lines[count++] = Line(name, value);
 }
+
+}  // namespace quorbel

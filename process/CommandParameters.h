@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+namespace quorbel {
+
 /// One command of the server's command interface: its lines "name=value" in the order in which they are
 /// posted, and the file to attach, if any. The builders below never fail: a line that lacks what it needs is
 /// left out.
@@ -32,3 +34,5 @@ struct CommandParameters {
 private:
     void Add(std::string_view name, std::string_view value);
 };
+
+}  // namespace quorbel

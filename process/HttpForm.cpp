@@ -4,6 +4,8 @@
 
 #include "util/StringRoutines.h"
 
+namespace quorbel {
+
 namespace {
 
 constexpr std::size_t kFieldCapacity = 10000;  ///< the server reads names and values into fields of this size
@@ -62,3 +64,5 @@ TextBuffer BuildFormBody(std::span<const std::string> lines) {
     }
     return body;
 }
+
+}  // namespace quorbel

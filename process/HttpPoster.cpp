@@ -10,6 +10,8 @@
 
 #include "process/HttpForm.h"
 
+using namespace quorbel;
+
 namespace {
 
 constexpr char kUserAgent[] = "CorvaneClient";
@@ -131,6 +133,8 @@ std::size_t Curl_GetCallBackResult(void* data, std::size_t, std::size_t count, v
     return count;
 }
 
+namespace quorbel {
+
 const char* TransportErrorText(int code) {
     return curl_easy_strerror(static_cast<CURLcode>(code));
 }
@@ -175,3 +179,5 @@ int PostCommand(char* output, std::size_t size, CommandParameters& command, cons
     CopyReply(output, size, reply);
     return code;
 }
+
+}  // namespace quorbel

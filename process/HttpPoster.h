@@ -16,6 +16,8 @@
 extern "C" std::size_t Curl_GetCallBackResult(void* data, std::size_t size, std::size_t count,
                                               void* user) noexcept;
 
+namespace quorbel {
+
 /// The transport's own words for a result code.
 const char* TransportErrorText(int code);
 
@@ -41,3 +43,5 @@ int PostMultipart(const PostTarget& target, std::span<std::string> lines, const 
 /// is empty.
 int PostCommand(char* output, std::size_t size, CommandParameters& command, const std::string& url,
                 const std::string& url2, const std::string& caFile);
+
+}  // namespace quorbel

@@ -4,6 +4,8 @@
 
 #include "process/CommandLines.h"
 
+namespace quorbel {
+
 namespace {
 
 using Message = MessagingParameters;
@@ -185,3 +187,5 @@ CommandParameters BuildSingleCommand(const MessagingParameters& parameters) {
 CommandParameters BuildSendCommand(const MessagingParameters& parameters, const std::string& recipient) {
     return BuildSend(parameters, recipient, kStandardLines);
 }
+
+}  // namespace quorbel

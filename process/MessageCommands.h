@@ -5,6 +5,8 @@
 #include "process/CommandParameters.h"
 #include "process/TranslationRecords.h"
 
+namespace quorbel {
+
 /// True when the request's code builds one command that names no recipient list: a query, a confirmation, a
 /// rejection or a quick send. Any other code is a standard send, one command for each recipient.
 bool IsSingleCommand(int commandCode);
@@ -14,3 +16,5 @@ CommandParameters BuildSingleCommand(const MessagingParameters& parameters);
 
 /// The command that sends a message to one recipient.
 CommandParameters BuildSendCommand(const MessagingParameters& parameters, const std::string& recipient);
+
+}  // namespace quorbel

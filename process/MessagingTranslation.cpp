@@ -5,6 +5,8 @@
 #include "process/RequestValues.h"
 #include "util/StringRoutines.h"
 
+namespace quorbel {
+
 namespace {
 
 constexpr char kQuickAction[] = "quick";
@@ -92,3 +94,5 @@ MessagingParameters TranslateMessaging(const RequestRecord& record) {
     FillCustomFields(parameters.extras, record.customFields);
     return parameters;
 }
+
+}  // namespace quorbel

@@ -2,6 +2,8 @@
 
 #include "util/StringRoutines.h"
 
+namespace quorbel {
+
 bool IsTrue(const RequestRecord& record, Slot slot) {
     if (!record.Has(slot)) return false;
     const char* text = record[slot]->data();
@@ -15,3 +17,5 @@ void CopyValue(std::string& destination, const RequestRecord& record, Slot slot)
         destination = text;
     }
 }
+
+}  // namespace quorbel

@@ -11,6 +11,8 @@
 #include "syslib/CVsysEventLogInterface.h"
 #include "util/StringRoutines.h"
 
+namespace quorbel {
+
 namespace {
 
 constexpr char kRefused[] = "2004";
@@ -86,3 +88,5 @@ int TranslateRequest(const RequestRecord& record) {
     }
     return 1;
 }
+
+}  // namespace quorbel

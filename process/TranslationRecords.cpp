@@ -1,4 +1,6 @@
 #include "process/TranslationRecords.h"
 
+using namespace quorbel;
+
 MessagingParameters gMsgParameters;
 AdministrationParameters gParameters;

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+namespace quorbel {
+
 // The command records: what request translation makes of a parsed request, and what the command processes
 // build their lines from. Lists grow as they are filled, because strings that no request uses would cost
 // every start-up; an entry beyond the end reads as empty.
@@ -122,6 +124,8 @@ struct AdministrationParameters {
     std::vector<std::pair<std::string, std::string>> otherValues;
 };
 
+}  // namespace quorbel
+
 /// Both are written by request translation only, and live for the whole run.
-extern MessagingParameters gMsgParameters;
-extern AdministrationParameters gParameters;
+extern quorbel::MessagingParameters gMsgParameters;
+extern quorbel::AdministrationParameters gParameters;

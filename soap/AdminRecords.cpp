@@ -1,5 +1,7 @@
 #include "soap/AdminRecords.h"
 
+using namespace quorbel;
+
 AdminInfo g_tAdminInfo;
 DepartmentInfo g_tDept;
 UserInfo g_tUser;

@@ -1,5 +1,7 @@
 #pragma once
 
+namespace quorbel {
+
 // The fixed-width records of an administration request. Request translation writes them, with CopyText, from
 // the request record; dispatch and the administration command process read them. Values are cut silently at
 // the width less one. Flags are 1 or 0.
@@ -77,8 +79,10 @@ struct ScheduleInfo {
     char delay[12];
 };
 
-extern AdminInfo g_tAdminInfo;
-extern DepartmentInfo g_tDept;
-extern UserInfo g_tUser;
-extern UserGroupInfo g_tUserGroup;
-extern ScheduleInfo g_tSchd;
+}  // namespace quorbel
+
+extern quorbel::AdminInfo g_tAdminInfo;
+extern quorbel::DepartmentInfo g_tDept;
+extern quorbel::UserInfo g_tUser;
+extern quorbel::UserGroupInfo g_tUserGroup;
+extern quorbel::ScheduleInfo g_tSchd;

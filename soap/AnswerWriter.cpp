@@ -8,6 +8,8 @@
 #include "soap/ResponseEnvelope.h"
 #include "soap/XmlEscape.h"
 
+namespace quorbel {
+
 namespace {
 
 bool faultWritten = false;
@@ -45,3 +47,5 @@ void WriteFault(std::string_view text) {
 void ForgetAnswer() {
     faultWritten = false;
 }
+
+}  // namespace quorbel

@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+namespace quorbel {
+
 // Writes the answer to standard output, which the web server relays to the client. Nothing else of the
 // program may write there. Once a fault is written the run has its answer: every later call writes nothing,
 // so a client never sees a second document behind a fault.
@@ -20,3 +22,5 @@ void WriteFault(std::string_view text);
 
 /// Forgets that a fault was written, for tests that write several answers in one process.
 void ForgetAnswer();
+
+}  // namespace quorbel

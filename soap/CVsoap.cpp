@@ -8,6 +8,8 @@
 
 #include "syslib/CVLogInterface.h"
 
+namespace quorbel {
+
 namespace {
 
 /// CONTENT_LENGTH in bytes; 0 when there is none to go by. A number that no buffer could hold counts as none.
@@ -72,3 +74,5 @@ void DropRequestBody() {
         count = ReadPiece(dropped, std::min(left, static_cast<long>(sizeof dropped)));
     }
 }
+
+}  // namespace quorbel

@@ -5,6 +5,8 @@
 
 class CVLogInterface;
 
+namespace quorbel {
+
 struct FreeText {
     void operator()(char* text) const { std::free(text); }
 };
@@ -19,3 +21,5 @@ HeapText ReadRequestBody(CVLogInterface& log);
 /// Reads the announced body and drops it, before an answer that does not need it: a web server that
 /// feeds the program through a socket loses the answer of one that ends with input left over.
 void DropRequestBody();
+
+}  // namespace quorbel

@@ -16,6 +16,8 @@
 #include "util/BoundedText.h"
 #include "util/StringRoutines.h"
 
+namespace quorbel {
+
 namespace {
 
 struct FreeParser {
@@ -183,3 +185,5 @@ int ParseEnvelope(const char* body, RequestRecord& record, CVLogInterface& log) 
     if (!state.envelopeEnded()) log.Warn("Parse OK", "But not parsed till end of mark!");
     return 1;
 }
+
+}  // namespace quorbel

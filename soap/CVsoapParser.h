@@ -4,6 +4,8 @@
 
 class CVLogInterface;
 
+namespace quorbel {
+
 /// Parses one SOAP envelope into `record` (which should be empty) and sets g_szCommand and currentMethodCode.
 ///
 /// `body` is a zero-terminated document in the encoding that it declares, UTF-8 without a declaration; values
@@ -11,3 +13,5 @@ class CVLogInterface;
 /// stand. Returns 1, also for a body without a known method or one that ends too soon, and 0 with an error
 /// entry in `log` when the body is not well-formed.
 int ParseEnvelope(const char* body, RequestRecord& record, CVLogInterface& log);
+
+}  // namespace quorbel

@@ -19,6 +19,8 @@
 #include "util/SpoolDirectories.h"
 #include "util/StringRoutines.h"
 
+using namespace quorbel;
+
 namespace {
 
 constexpr int kServed = 0;

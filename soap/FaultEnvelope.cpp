@@ -2,6 +2,8 @@
 
 #include "soap/ServiceNames.h"
 
+namespace quorbel {
+
 namespace {
 
 std::string OpeningLines() {
@@ -40,3 +42,5 @@ std::string FaultEnvelope(std::string_view faultString, std::string_view hostNam
     envelope += kDetailLines;
     return envelope;
 }
+
+}  // namespace quorbel

@@ -5,6 +5,8 @@
 
 #include "util/StringRoutines.h"
 
+namespace quorbel {
+
 namespace {
 
 /// Counts an item that ended. A nil one counts too, as an item without members.
@@ -111,3 +113,5 @@ void FieldCapture::Finish(const FieldRule& rule) {
         CountItem(record_.customFields);
     }
 }
+
+}  // namespace quorbel

@@ -6,6 +6,8 @@
 
 #include "soap/FieldRules.h"
 
+namespace quorbel {
+
 /// Moves the text of elements into a request record: which fields are being captured, and what the start, the
 /// text and the end of an element do to them. One object serves one envelope; flags that a method leaves set
 /// are still set when a second method of the same envelope starts.
@@ -32,3 +34,5 @@ private:
     bool insideResponseAction_ = false;
     bool insideCustomField_ = false;
 };
+
+}  // namespace quorbel

@@ -1,5 +1,7 @@
 #include "soap/FieldRules.h"
 
+namespace quorbel {
+
 namespace {
 
 // The element names are the service's published ones, typing errors included: clients send them as they
@@ -252,3 +254,5 @@ static_assert(RowsAreInOrderAndFit(), "one row for each handler, with room for i
 std::span<const FieldRule> FieldsOf(FieldHandler handler) {
     return kHandlers[static_cast<std::size_t>(handler)].fields;
 }
+
+}  // namespace quorbel

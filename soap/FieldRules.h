@@ -5,6 +5,8 @@
 
 #include "soap/RequestRecord.h"
 
+namespace quorbel {
+
 /// What character data does to a field that is being captured.
 enum class OnData {
     Replace,  ///< only the last chunk stays; every line break and entity begins a new chunk
@@ -73,3 +75,5 @@ std::span<const FieldRule> FieldsOf(FieldHandler handler);
 
 /// More fields than any handler has: the room for its capture flags.
 inline constexpr std::size_t kMaxFields = 32;
+
+}  // namespace quorbel

@@ -5,6 +5,8 @@
 
 #include "util/StringRoutines.h"
 
+namespace quorbel {
+
 namespace {
 
 constexpr EndRecords kMember = EndRecords::MemberKind;
@@ -102,3 +104,5 @@ bool IsMessagingMethod(std::string_view name) {
         return method.endRecords == EndRecords::MessagingAction && method.name == name;
     });
 }
+
+}  // namespace quorbel

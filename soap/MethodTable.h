@@ -5,6 +5,8 @@
 
 #include "soap/FieldRules.h"
 
+namespace quorbel {
+
 /// What a method's end tag records besides ending it.
 enum class EndRecords { Nothing, MemberKind, MessagingAction };
 
@@ -36,3 +38,5 @@ const Method* MethodOfCode(int code);
 
 /// True for the six methods that send, query and confirm messages; exact spelling.
 bool IsMessagingMethod(std::string_view name);
+
+}  // namespace quorbel

@@ -2,6 +2,8 @@
 
 #include "soap/MethodTable.h"
 
+using namespace quorbel;
+
 char g_szCommand[256];
 int currentMethodCode = kNoMethod;
 char m_szHostName[256];

@@ -19,6 +19,8 @@ extern char m_szHostName[256];
 /// entry.
 extern char m_szPath[1024];
 
+namespace quorbel {
+
 /// What the program was started with: the directory of its logs and the server addresses of the request.
 struct StartArguments {
     char logDirectory[256];
@@ -26,5 +28,7 @@ struct StartArguments {
     std::string url2;
 };
 
+}  // namespace quorbel
+
 /// The log directory is written by the program entry, the addresses by request translation.
-extern StartArguments gArguments;
+extern quorbel::StartArguments gArguments;

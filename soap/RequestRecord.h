@@ -8,6 +8,8 @@
 
 #include "util/TextBuffer.h"
 
+namespace quorbel {
+
 /// The numbered places of a request record. One place serves several methods where their elements mean alike;
 /// the numbers are fixed, and those left out here are never filled.
 enum class Slot {
@@ -119,3 +121,5 @@ struct RequestRecord {
     /// The slot's text; empty when the element was absent.
     std::string_view Text(Slot slot) const { return Has(slot) ? (*this)[slot]->Text() : std::string_view(); }
 };
+
+}  // namespace quorbel

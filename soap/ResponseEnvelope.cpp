@@ -5,6 +5,8 @@
 #include "util/BoundedText.h"
 #include "util/StringRoutines.h"
 
+namespace quorbel {
+
 namespace {
 
 std::string OpeningLines(std::string_view method) {
@@ -69,3 +71,5 @@ std::string ResponseEnvelope(std::string_view method, std::string_view reply) {
     const std::string name(method);
     return name.find("Query") == name.npos ? TextResponse(name, reply) : QueryResponse(name, reply);
 }
+
+}  // namespace quorbel

@@ -1,5 +1,7 @@
 #pragma once
 
+namespace quorbel {
+
 // The names by which clients know the service. Operators choose the two namespaces of their own at build time
 // (-DQUORBEL_ERROR_NAMESPACE=..., -DQUORBEL_NAMESPACE=...); the service description carries the same values.
 
@@ -21,3 +23,5 @@ inline constexpr char kSoapEnvelopeNamespace[] = "http://schemas.xmlsoap.org/soa
 
 /// The path of the service description below the host's root, named by every fault.
 inline constexpr char kServiceDescriptionPath[] = "/quorbel.wsdl";
+
+}  // namespace quorbel

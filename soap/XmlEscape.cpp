@@ -1,5 +1,7 @@
 #include "soap/XmlEscape.h"
 
+namespace quorbel {
+
 namespace {
 
 /// What stands for a character everywhere; null for one that is copied.
@@ -44,3 +46,5 @@ std::string EscapeXml(std::string_view text, WhiteSpace whiteSpace) {
     }
     return escaped;
 }
+
+}  // namespace quorbel

@@ -4,6 +4,8 @@
 
 #include "src/ConFailure.h"
 
+using namespace quorbel;
+
 namespace {
 
 constexpr char kUnit[] = "CVconEvent";

@@ -4,6 +4,8 @@
 
 #include "src/ConFailure.h"
 
+using namespace quorbel;
+
 namespace {
 
 constexpr char kUnit[] = "CVconLock";
@@ -48,6 +50,8 @@ bool CVconLock::Unlock() {
     return Succeeded(pthread_mutex_unlock(&mutex_));
 }
 
+namespace quorbel {
+
 ScopedLock::ScopedLock(CVconLock* lock, Start start, Owns owns)
     : lock_(lock), deleteAtEnd_(owns == Owns::Yes) {
     if (lock_ == nullptr) RaiseConFailure(kUnit, __LINE__, "Create lock failed", 0);
@@ -69,3 +73,5 @@ void ScopedLock::Unlock() {
     if (!lock_->Unlock()) RaiseConFailure(kUnit, __LINE__, "Unlock failed", errno);
     if (locked_ > 0) --locked_;
 }
+
+}  // namespace quorbel

@@ -15,6 +15,8 @@
 #include "src/ThreadControl.h"
 #include "src/ThreadSignals.h"
 
+using namespace quorbel;
+
 namespace {
 
 constexpr char kUnit[] = "CVconThread";

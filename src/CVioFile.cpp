@@ -15,6 +15,8 @@
 #include "PathRoutines.h"
 #include "src/RecordLock.h"
 
+using namespace quorbel;
+
 CVioFile::CVioFile(std::string path) : path_(std::move(path)) {}
 
 CVioFile::~CVioFile() {

@@ -13,6 +13,8 @@
 #include "CVException.h"
 #include "NoCancellation.h"
 
+using namespace quorbel;
+
 namespace {
 
 std::string Format(const char* format, va_list arguments) {

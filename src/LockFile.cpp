@@ -16,6 +16,8 @@
 #include "src/LockedPath.h"
 #include "src/RecordLock.h"
 
+using namespace quorbel;
+
 namespace {
 
 using std::chrono::microseconds;
@@ -166,6 +168,8 @@ LockFile::~LockFile() {
     Release(*path_, descriptor_);
 }
 
+namespace quorbel {
+
 bool IsLockHopeless(const std::string& path) {
     LockedPath& taken = LockedPath::Of(path);
     int descriptor = -1;
@@ -180,3 +184,5 @@ void RemoveDeadLockFiles(const std::string& directory) {
         if (name.ends_with(".lock")) RemoveIfDead(prefix + name);
     }
 }
+
+}  // namespace quorbel

@@ -7,6 +7,8 @@
 #include <memory>
 #include <mutex>
 
+namespace quorbel {
+
 namespace {
 
 /// The path with the links, "." and ".." of its directory resolved.
@@ -42,3 +44,5 @@ bool LockedPath::TryTake() {
 void LockedPath::Free() {
     holder_.store(0);
 }
+
+}  // namespace quorbel

@@ -5,6 +5,8 @@
 #include <atomic>
 #include <string>
 
+namespace quorbel {
+
 /// Whether this process holds the lock of one path: the kernel's file locks do not tell its threads apart.
 ///
 /// There is one object for each file, whatever its path's spelling, and it lives until the process ends: a
@@ -20,3 +22,5 @@ public:
 private:
     std::atomic<pid_t> holder_{0};
 };
+
+}  // namespace quorbel

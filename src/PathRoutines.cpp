@@ -13,6 +13,10 @@
 #include "CVException.h"
 #include "CVioFile.h"
 
+using namespace quorbel;
+
+namespace quorbel {
+
 bool RenameFile(const std::string& from, const std::string& to) noexcept {
     return std::rename(from.c_str(), to.c_str()) == 0;
 }
@@ -25,10 +29,14 @@ bool ChangeMode(const std::string& path, mode_t mode) noexcept {
     return chmod(path.c_str(), mode) == 0;
 }
 
+}  // namespace quorbel
+
 bool IsDirectory(const std::string& path) noexcept {
     struct stat status = {};
     return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
+
+namespace quorbel {
 
 bool CopyFile(const std::string& from, const std::string& to) {
     struct stat source = {};
@@ -62,6 +70,8 @@ std::string CurrentTimeOfDay() {
     std::snprintf(text, sizeof text, "%02d:%02d:%02d", local.tm_hour, local.tm_min, local.tm_sec);
     return text;
 }
+
+}  // namespace quorbel
 
 int CreateLockFile(const char* directory) {
     constexpr std::size_t kLongestPath = 256;

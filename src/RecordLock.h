@@ -5,6 +5,8 @@
 #include <cerrno>
 #include <cstdio>
 
+namespace quorbel {
+
 /// Asks for the record lock `type` (F_RDLCK, F_WRLCK) on a whole file with F_SETLK or F_SETLKW, or gives it
 /// back (F_UNLCK), for this process. A signal does not end the wait. Returns 0, or -1 with `errno`.
 inline int RequestRecordLock(int descriptor, int command, short type) {
@@ -16,3 +18,5 @@ inline int RequestRecordLock(int descriptor, int command, short type) {
         if (result == 0 || errno != EINTR) return result;
     }
 }
+
+}  // namespace quorbel

@@ -8,6 +8,8 @@
 
 #include "src/ThreadSignals.h"
 
+namespace quorbel {
+
 /// What a thread object shares with the thread it started. It outlives both.
 ///
 /// A detached thread's handle is valid only until the thread ends, and the system does not notice the use of
@@ -41,3 +43,5 @@ private:
     ThreadSignalsBlocked blocked_;  // before the lock, so that it ends after it
     std::unique_lock<std::mutex> lock_;
 };
+
+}  // namespace quorbel

@@ -9,6 +9,8 @@
 
 #include "src/ThreadControl.h"
 
+namespace quorbel {
+
 namespace {
 
 constexpr int kSignals[] = {SIGUSR1, SIGUSR2, SIGQUIT};
@@ -143,3 +145,5 @@ ThreadSignalsBlocked::ThreadSignalsBlocked() {
 ThreadSignalsBlocked::~ThreadSignalsBlocked() {
     pthread_sigmask(SIG_SETMASK, &before_, nullptr);
 }
+
+}  // namespace quorbel

@@ -2,6 +2,8 @@
 
 #include <csignal>
 
+namespace quorbel {
+
 struct ThreadControl;
 
 // The three signals by which threads are paused, resumed and ended: SIGUSR1, SIGUSR2 and SIGQUIT.
@@ -38,3 +40,5 @@ public:
 private:
     sigset_t before_;
 };
+
+}  // namespace quorbel

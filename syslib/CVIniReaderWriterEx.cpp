@@ -1,5 +1,7 @@
 #include "syslib/CVIniReaderWriterEx.h"
 
+using namespace quorbel;
+
 bool CVIniReaderWriterEx::load() {
     return LoadFrom(file_, nullptr);
 }

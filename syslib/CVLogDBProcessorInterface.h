@@ -8,6 +8,8 @@
 
 class CVDBiResultSet;
 
+namespace quorbel {
+
 /// One entry of a module's table, in the order of its columns.
 struct LogRecord {
     std::string module{};        ///< the sub-module; which module it is decides the table
@@ -41,6 +43,8 @@ struct LogCountFilter {
     std::string messagePattern{};
 };
 
+}  // namespace quorbel
+
 /// Stores log entries by module and finds them again.
 ///
 /// For one thread at a time. Every failure is a CVDBProcessorFatalException.
@@ -49,16 +53,17 @@ public:
     virtual ~CVLogDBProcessorInterface() = default;
 
     /// Creates the module's table when it has none. False, with nothing stored, for an empty module name.
-    virtual bool Insert(const std::string& module, const LogRecord& record) = 0;
+    virtual bool Insert(const std::string& module, const quorbel::LogRecord& record) = 0;
     /// The same through a statement that holds the values as text, and so refuses texts with a single quote.
-    virtual bool InsertAsText(const std::string& module, const LogRecord& record) = 0;
+    virtual bool InsertAsText(const std::string& module, const quorbel::LogRecord& record) = 0;
 
     /// The module's entries with every column of its table. A module without a table is a failure.
-    virtual std::unique_ptr<CVDBiResultSet> Query(const std::string& module, const LogFilter& filter) = 0;
+    virtual std::unique_ptr<CVDBiResultSet> Query(const std::string& module,
+                                                  const quorbel::LogFilter& filter) = 0;
     /// Equal entries of the same second counted as one row: the time is column 0, then the message, its
     /// level, two fillers, the count ("records") and a filler, which keep the places of an entry's columns.
     virtual std::unique_ptr<CVDBiResultSet> CountQuery(const std::string& module,
-                                                       const LogCountFilter& filter) = 0;
+                                                       const quorbel::LogCountFilter& filter) = 0;
 
     /// The modules that have a table, sorted.
     virtual std::vector<std::string> Modules() = 0;

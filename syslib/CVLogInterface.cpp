@@ -4,6 +4,8 @@
 
 #include "syslib/EventMessage.h"
 
+using namespace quorbel;
+
 // Each operation differs in its level only, and a variadic function cannot hand its arguments to another one:
 // the macros write the seven bodies, and the four that take up `errno`, from one line each.
 #define QUORBEL_LOG_OPERATION(name, eventLevel, errorCode)                   \

@@ -37,7 +37,7 @@ protected:
     /// One entry to be formatted and written; systemError is kNoSystemError, or the `errno` whose text is
     /// appended.
     struct Entry {
-        EventLevel level;
+        quorbel::EventLevel level;
         const char* context;
         const char* format;
         int systemError;

@@ -9,6 +9,8 @@
 #include "syslib/CVDBProcessorFatalException.h"
 #include "syslib/LogStatements.h"
 
+using namespace quorbel;
+
 namespace {
 
 /// Turns the database's exceptions into this layer's.

@@ -16,24 +16,25 @@ public:
     /// opening, and a missing file is a failure. A hopeless path costs 25 s, see DatabaseFile.h.
     CVLogSQLiteProcessor(const std::string& path, bool create);
 
-    bool Insert(const std::string& module, const LogRecord& record) override;
-    bool InsertAsText(const std::string& module, const LogRecord& record) override;
-    std::unique_ptr<CVDBiResultSet> Query(const std::string& module, const LogFilter& filter) override;
+    bool Insert(const std::string& module, const quorbel::LogRecord& record) override;
+    bool InsertAsText(const std::string& module, const quorbel::LogRecord& record) override;
+    std::unique_ptr<CVDBiResultSet> Query(const std::string& module,
+                                          const quorbel::LogFilter& filter) override;
     std::unique_ptr<CVDBiResultSet> CountQuery(const std::string& module,
-                                               const LogCountFilter& filter) override;
+                                               const quorbel::LogCountFilter& filter) override;
     std::vector<std::string> Modules() override;
     bool Truncate() override;
     bool Drop(const std::string& module) override;
 
 private:
-    using Store = void (CVLogSQLiteProcessor::*)(const std::string& table, const LogRecord& record);
+    using Store = void (CVLogSQLiteProcessor::*)(const std::string& table, const quorbel::LogRecord& record);
 
-    bool InsertBy(Store store, const std::string& module, const LogRecord& record);
-    void StoreBound(const std::string& table, const LogRecord& record);
-    void StoreAsText(const std::string& table, const LogRecord& record);
+    bool InsertBy(Store store, const std::string& module, const quorbel::LogRecord& record);
+    void StoreBound(const std::string& table, const quorbel::LogRecord& record);
+    void StoreAsText(const std::string& table, const quorbel::LogRecord& record);
     std::string TableOf(const std::string& module);
     std::unique_ptr<CVDBiResultSet> Select(const std::string& sql);
 
     std::unique_ptr<CVSQLite3Database> database_;
-    LogModuleTables tables_;
+    quorbel::LogModuleTables tables_;
 };

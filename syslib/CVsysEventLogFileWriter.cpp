@@ -14,6 +14,8 @@
 #include "syslib/LogReport.h"
 #include "util/StringRoutines.h"
 
+using namespace quorbel;
+
 namespace {
 
 // These names are older than this class; administrators look for them.

@@ -16,7 +16,7 @@ class CVsysEventLogFileWriter : public CVsysEventLogWriterInterface {
 public:
     /// `identity` is the name that failures are listed under in the system log. `retry` is how long an entry
     /// waits for the lock.
-    explicit CVsysEventLogFileWriter(std::string identity, LockRetry retry = {});
+    explicit CVsysEventLogFileWriter(std::string identity, quorbel::LockRetry retry = {});
 
     /// Keys: numFiles, bytesPerFiles, filePath, autoAppend (present means on, whatever the value),
     /// perProcessFile.
@@ -41,9 +41,9 @@ private:
     std::string path_;
     bool perProcessFile_ = false;
     bool autoAppend_ = false;
-    ArchiveRule archive_;
+    quorbel::ArchiveRule archive_;
     const std::string identity_;
-    const LockRetry retry_;
+    const quorbel::LockRetry retry_;
     bool lockWasRefused_ = false;
     bool initialised_ = true;
 };

@@ -13,6 +13,8 @@
 #include "syslib/LogWriterFactory.h"
 #include "util/SpoolDirectories.h"
 
+using namespace quorbel;
+
 namespace {
 
 std::unique_ptr<CVsysEventLogInterface> MakeForm(LogThreading threading, const std::string& module,

@@ -10,8 +10,12 @@
 #include "syslib/EventLevel.h"
 #include "syslib/GuardedWriter.h"
 
+namespace quorbel {
+
 /// Where the entries of a log are written; the numbers are the ones that programs configure.
 enum class LogThreading { Single = 0, Multi = 1 };
+
+}  // namespace quorbel
 
 /// The event log of one module: reads the module's section of `cvlogs.ini`, owns the writer chosen there and
 /// hands every entry at or above the threshold to it.
@@ -28,7 +32,8 @@ public:
     /// set up (see IsReady); the multi-threaded one waits for Start. Null when there is no writer at all:
     /// `cvlogs.ini` is there and cannot be read, or names an unknown writer. `furtherName` names the logger
     /// instead of the module. An empty `configDirectory` stands for the program's own.
-    static std::unique_ptr<CVsysEventLogInterface> Create(const std::string& module, LogThreading threading,
+    static std::unique_ptr<CVsysEventLogInterface> Create(const std::string& module,
+                                                          quorbel::LogThreading threading,
                                                           const std::string& configDirectory,
                                                           const std::string& furtherName = {});
 
@@ -59,7 +64,8 @@ public:
 
     /// Writes one finished message whatever the threshold: 1 written (or queued), 0 not.
     /// `userText` may be null.
-    virtual int Write(EventLevel level, const std::string& message, int extra, const char* userText) = 0;
+    virtual int Write(quorbel::EventLevel level, const std::string& message, int extra,
+                      const char* userText) = 0;
 
     /// True when there is a writer and it is ready.
     bool IsReady() const;
@@ -69,9 +75,9 @@ public:
     bool IsEnabled() const { return enabled_.load(std::memory_order_relaxed); }
     void SetEnabled(bool enabled) { enabled_.store(enabled, std::memory_order_relaxed); }
 
-    EventLevel Threshold() const { return threshold_.load(std::memory_order_relaxed); }
+    quorbel::EventLevel Threshold() const { return threshold_.load(std::memory_order_relaxed); }
     /// With EventLevel::None nothing is written: it clears the enabled flag, too.
-    void SetThreshold(EventLevel threshold);
+    void SetThreshold(quorbel::EventLevel threshold);
 
     /// While set, every message begins with the kernel's id of the calling thread, as `ps -L` shows it.
     void SetThreadIdShown(bool shown) { threadIdShown_.store(shown, std::memory_order_relaxed); }
@@ -80,7 +86,7 @@ protected:
     CVsysEventLogInterface(std::string module, std::string configDirectory, std::string furtherName);
 
     /// The writer, null before Start and after Stop. Keep the pointer for the length of one write.
-    std::shared_ptr<GuardedWriter> Writer() const;
+    std::shared_ptr<quorbel::GuardedWriter> Writer() const;
 
     int WriteEntry(const Entry& entry, va_list arguments) final;
 
@@ -92,8 +98,8 @@ private:
     const std::string furtherName_;
     std::atomic<bool> enabled_{false};
     std::atomic<bool> threadIdShown_{false};
-    std::atomic<EventLevel> threshold_{EventLevel::Info};
+    std::atomic<quorbel::EventLevel> threshold_{quorbel::EventLevel::Info};
     bool startedOnce_ = false;
     mutable std::mutex writerMutex_;  // guards the pointer; the writer has its own lock
-    std::shared_ptr<GuardedWriter> writer_;
+    std::shared_ptr<quorbel::GuardedWriter> writer_;
 };

@@ -36,5 +36,9 @@ inline constexpr const char* CVsysEventLogModNames[] = {
 };
 static_assert(std::size(CVsysEventLogModNames) == 27);
 
+namespace quorbel {
+
 /// The front end's own entry in the table.
 inline constexpr std::size_t kSoapModule = 18;
+
+}  // namespace quorbel

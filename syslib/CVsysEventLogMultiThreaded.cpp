@@ -7,6 +7,8 @@
 
 #include "CVException.h"
 
+using namespace quorbel;
+
 CVsysEventLogMultiThreaded::CVsysEventLogMultiThreaded(std::string module, std::string configDirectory,
                                                        std::string furtherName,
                                                        const WorkerPatience& patience)

@@ -8,6 +8,8 @@
 #include "syslib/CVsysEventLogInterface.h"
 #include "syslib/EventQueue.h"
 
+namespace quorbel {
+
 /// How long Start and Stop give a worker that does not come up, or does not end.
 struct WorkerPatience {
     int startChecks = 5;
@@ -15,6 +17,8 @@ struct WorkerPatience {
     int stopRounds = 10;
     std::chrono::milliseconds stopRound{1000};
 };
+
+}  // namespace quorbel
 
 /// The event log that queues each entry for a worker thread of its own, for long-running services: a slow
 /// disk or database does not delay the caller.
@@ -25,7 +29,7 @@ struct WorkerPatience {
 class CVsysEventLogMultiThreaded : public CVsysEventLogInterface, public CVconDelegate {
 public:
     CVsysEventLogMultiThreaded(std::string module, std::string configDirectory, std::string furtherName = {},
-                               const WorkerPatience& patience = {});
+                               const quorbel::WorkerPatience& patience = {});
     /// Stops the log.
     ~CVsysEventLogMultiThreaded() override;
 
@@ -39,7 +43,8 @@ public:
     /// False once Stop is called.
     virtual bool IsRunning() const;
 
-    int Write(EventLevel level, const std::string& message, int extra, const char* userText) override;
+    int Write(quorbel::EventLevel level, const std::string& message, int extra,
+              const char* userText) override;
 
     /// The worker's body.
     void DoWork(pthread_t threadId) override;
@@ -48,7 +53,7 @@ private:
     void StartWorker();
     void EndWorker();
 
-    const WorkerPatience patience_;
-    const std::shared_ptr<EventQueue> queue_;
+    const quorbel::WorkerPatience patience_;
+    const std::shared_ptr<quorbel::EventQueue> queue_;
     CVconThread worker_{this};
 };

@@ -11,6 +11,8 @@
 #include "syslib/LogReport.h"
 #include "util/StringRoutines.h"
 
+using namespace quorbel;
+
 namespace {
 
 unsigned StoredLevel(unsigned level) {

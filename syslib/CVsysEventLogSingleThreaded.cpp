@@ -2,6 +2,8 @@
 
 #include <utility>
 
+using namespace quorbel;
+
 CVsysEventLogSingleThreaded::CVsysEventLogSingleThreaded(std::string module, std::string configDirectory,
                                                          std::string furtherName)
     : CVsysEventLogInterface(std::move(module), std::move(configDirectory), std::move(furtherName)) {}

@@ -8,5 +8,6 @@ public:
     CVsysEventLogSingleThreaded(std::string module, std::string configDirectory,
                                 std::string furtherName = {});
 
-    int Write(EventLevel level, const std::string& message, int extra, const char* userText) override;
+    int Write(quorbel::EventLevel level, const std::string& message, int extra,
+              const char* userText) override;
 };

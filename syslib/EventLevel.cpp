@@ -4,6 +4,8 @@
 
 #include "util/StringRoutines.h"
 
+namespace quorbel {
+
 namespace {
 
 struct LevelText {
@@ -59,3 +61,5 @@ EventLevel EventLevelOfCode(int code) {
     }
     return EventLevel::Trace;
 }
+
+}  // namespace quorbel

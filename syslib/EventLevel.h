@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+namespace quorbel {
+
 /// How important a log entry is; also the threshold below which a module writes nothing.
 /// The numbers stand in log databases and are what operators compare.
 enum class EventLevel : unsigned { None, Trace, Debug, Info, Warn, Error, Critical, Fatal };
@@ -21,3 +23,5 @@ std::string_view EventLevelTag(unsigned level);
 
 /// The level that an entry with one of the numeric codes 17, 18 and 19 is written at; Trace for any other.
 EventLevel EventLevelOfCode(int code);
+
+}  // namespace quorbel

@@ -3,6 +3,8 @@
 #include "syslib/EventLevel.h"
 #include "syslib/EventTime.h"
 
+namespace quorbel {
+
 std::string EventLine(std::string_view module, unsigned level, std::string_view message, std::time_t time) {
     std::string line;
     FormatEventTime(time, &line);
@@ -12,3 +14,5 @@ std::string EventLine(std::string_view module, unsigned level, std::string_view 
     line.append(EventLevelTag(level)) += ' ';
     return line.append(message);
 }
+
+}  // namespace quorbel

@@ -8,6 +8,8 @@
 
 #include "CVException.h"
 
+namespace quorbel {
+
 namespace {
 
 constexpr std::size_t kLimit = 2047;
@@ -60,3 +62,5 @@ std::string BuildEventMessage(const char* context, const char* format, int syste
 std::string WithThreadId(const std::string& message) {
     return "[TID:" + std::to_string(gettid()) + "] " + message;
 }
+
+}  // namespace quorbel

@@ -3,6 +3,8 @@
 #include <cstdarg>
 #include <string>
 
+namespace quorbel {
+
 /// The entry has no system error to tell.
 inline constexpr int kNoSystemError = -1;
 
@@ -15,3 +17,5 @@ std::string BuildEventMessage(const char* context, const char* format, int syste
 
 /// "[TID:4711] message" with the kernel's id of the calling thread.
 std::string WithThreadId(const std::string& message);
+
+}  // namespace quorbel

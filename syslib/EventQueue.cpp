@@ -6,6 +6,8 @@
 #include "NoCancellation.h"
 #include "syslib/LogReport.h"
 
+namespace quorbel {
+
 void EventQueue::Open(std::shared_ptr<GuardedWriter> writer) {
     const ScopedLock guard(&lock_);
     writer_ = std::move(writer);
@@ -66,3 +68,5 @@ void EventQueue::Write(GuardedWriter& writer, const QueuedEntry& entry) const {
         ReportCaughtException("CVsysEventLogMultiThreaded::DoWork", module_, "Unknown error");
     }
 }
+
+}  // namespace quorbel

@@ -10,6 +10,8 @@
 #include "CVconLock.h"
 #include "syslib/GuardedWriter.h"
 
+namespace quorbel {
+
 /// An entry between the caller that logged it and the worker that writes it.
 struct QueuedEntry {
     unsigned level;
@@ -64,3 +66,5 @@ private:
     std::vector<QueuedEntry> entries_;
     bool closed_ = false;
 };
+
+}  // namespace quorbel

@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+namespace quorbel {
+
 std::time_t FormatEventTime(std::time_t seconds, std::string* text) {
     const std::time_t used = seconds == 0 ? std::time(nullptr) : seconds;
     if (text == nullptr) return used;
@@ -15,3 +17,5 @@ std::time_t FormatEventTime(std::time_t seconds, std::string* text) {
     text->assign(buffer, static_cast<std::size_t>(length));
     return used;
 }
+
+}  // namespace quorbel

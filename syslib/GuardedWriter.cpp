@@ -2,6 +2,8 @@
 
 #include <utility>
 
+namespace quorbel {
+
 GuardedWriter::GuardedWriter(std::unique_ptr<CVsysEventLogWriterInterface> writer, std::string name)
     : writer_(std::move(writer)), name_(std::move(name)) {}
 
@@ -15,3 +17,5 @@ bool GuardedWriter::IsReady() {
     const ScopedLock guard(&lock_);
     return writer_->isReady();
 }
+
+}  // namespace quorbel

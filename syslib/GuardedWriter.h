@@ -6,6 +6,8 @@
 #include "CVconLock.h"
 #include "syslib/CVsysEventLogWriterInterface.h"
 
+namespace quorbel {
+
 /// A writer and the lock that lets one thread at a time into it.
 ///
 /// Held by shared_ptr: by the event log objects that use the writer and, for as long as it is at work, by the
@@ -27,3 +29,5 @@ private:
     std::unique_ptr<CVsysEventLogWriterInterface> writer_;
     const std::string name_;
 };
+
+}  // namespace quorbel

@@ -10,6 +10,8 @@
 #include "CVioFile.h"
 #include "util/StringRoutines.h"
 
+using namespace quorbel;
+
 namespace {
 
 using Kind = IniLine::Kind;

@@ -9,6 +9,8 @@
 
 class CVioFile;
 
+namespace quorbel {
+
 /// One line of an INI file. A header's text includes its brackets; only an entry has a value.
 struct IniLine {
     enum class Kind : unsigned char { Plain, Header, Comment, Entry };
@@ -17,6 +19,8 @@ struct IniLine {
     std::string text;
     std::string value;
 };
+
+}  // namespace quorbel
 
 /// An INI file as the list of its lines, in file order and with its comments, to be looked up, changed and
 /// written back.
@@ -29,7 +33,7 @@ struct IniLine {
 class IniReaderWriter {
 public:
     /// Names a header in the list; valid until the next load, whatever is inserted.
-    using Section = std::list<IniLine>::iterator;
+    using Section = std::list<quorbel::IniLine>::iterator;
 
     /// With `lock`, the file is locked while it is read or written, for the other processes. With `retry`, a
     /// refused lock is asked for ten times, rand() milliseconds apart, which can be weeks.
@@ -64,7 +68,7 @@ public:
 
     /// All headers, and all entries of one section, in file order.
     std::vector<Section> Sections();
-    std::vector<const IniLine*> Entries(Section section);
+    std::vector<const quorbel::IniLine*> Entries(Section section);
 
     /// Replaces the wait between two tries for a refused lock.
     void SetSleep(std::function<void(std::chrono::milliseconds)> sleep);
@@ -88,6 +92,6 @@ private:
     bool retry_;
     bool loaded_ = false;
     int lastError_ = 0;
-    std::list<IniLine> lines_;
+    std::list<quorbel::IniLine> lines_;
     std::function<void(std::chrono::milliseconds)> sleep_;
 };

@@ -15,6 +15,8 @@
 #include "PathRoutines.h"
 #include "syslib/LogReport.h"
 
+namespace quorbel {
+
 namespace {
 
 constexpr const char* kSource = "CVsysEventLog::Archive";
@@ -102,3 +104,5 @@ void ArchiveWhenFull(const std::string& path, ArchiveRule rule, const std::strin
     MoveArchivesUp(path, rule.files);
     if (rule.files != 0) MakeFirstArchive(path, identity);
 }
+
+}  // namespace quorbel

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string>
 
+namespace quorbel {
+
 /// When a log file is archived, and how many archives are kept. A negative size archives before every entry;
 /// with a negative number only archive 1 is kept.
 struct ArchiveRule {
@@ -17,3 +19,5 @@ struct ArchiveRule {
 /// Call it with the log file's lock held. A failure goes to the system log under `identity` and leaves the
 /// file to grow on; nothing is thrown.
 void ArchiveWhenFull(const std::string& path, ArchiveRule rule, const std::string& identity);
+
+}  // namespace quorbel

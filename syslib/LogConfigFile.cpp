@@ -14,6 +14,8 @@
 #include "PathRoutines.h"
 #include "syslib/CVIniReaderWriterEx.h"
 
+namespace quorbel {
+
 namespace fs = std::filesystem;
 
 namespace {
@@ -115,3 +117,5 @@ bool AddLogSection(IniReaderWriter& ini, const std::string& path, const LogSecti
     if (!TakesNewFiles(fs::path(real).parent_path())) RewriteInPlace(real, section);
     return true;
 }
+
+}  // namespace quorbel

@@ -6,6 +6,8 @@
 
 class IniReaderWriter;
 
+namespace quorbel {
+
 /// A section with its entries as they are to stand in the file; the header includes its brackets.
 struct LogSection {
     std::string header;
@@ -24,3 +26,5 @@ bool LoadLogConfig(IniReaderWriter& ini);
 /// directory takes no new files the file is rewritten in place. Where that is refused too, only `ini` holds
 /// the section, which is no failure: a web user usually may not write there.
 bool AddLogSection(IniReaderWriter& ini, const std::string& path, const LogSection& section);
+
+}  // namespace quorbel

@@ -8,6 +8,8 @@
 #include "syslib/LogConfigFile.h"
 #include "util/StringRoutines.h"
 
+namespace quorbel {
+
 namespace {
 
 // Every key that a writer knows; "[main]" may set them for all modules.
@@ -75,3 +77,5 @@ std::optional<LogSettings> LoadLogSettings(const std::string& path, const std::s
     }
     return ReadLogSettings(ini, section.header, defaultFilePath);
 }
+
+}  // namespace quorbel

@@ -10,6 +10,8 @@
 
 class IniReaderWriter;
 
+namespace quorbel {
+
 /// What `cvlogs.ini` says about one module.
 struct LogSettings {
     std::string writer;
@@ -34,3 +36,5 @@ LogSettings ReadLogSettings(IniReaderWriter& ini, const std::string& header,
 
 /// Whether the event log or one of its writers knows the key.
 bool IsLogKey(std::string_view key);
+
+}  // namespace quorbel

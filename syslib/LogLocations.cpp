@@ -6,6 +6,8 @@
 
 #include "util/ConfigPath.h"
 
+namespace quorbel {
+
 namespace {
 
 struct DefaultDirectory {
@@ -58,3 +60,5 @@ void SetDefaultLogLocation(const std::string& directory) {
     const std::lock_guard guard(setting.mutex);
     setting.directory = directory;
 }
+
+}  // namespace quorbel

@@ -2,6 +2,8 @@
 
 #include <string>
 
+namespace quorbel {
+
 /// The path of the logging configuration in a configuration directory.
 std::string LogConfigPath(const std::string& configDirectory);
 
@@ -14,3 +16,5 @@ std::string DefaultLogPath(const std::string& fileName, const std::string& confi
 
 /// Sets the default log directory of this process; empty stands for bare file names.
 void SetDefaultLogLocation(const std::string& directory);
+
+}  // namespace quorbel

@@ -10,6 +10,8 @@
 #include "syslib/LogStatements.h"
 #include "util/StringRoutines.h"
 
+namespace quorbel {
+
 namespace {
 
 bool IsTaken(const LogModuleTables::Map& tables, const std::string& name) {
@@ -117,3 +119,5 @@ void LogModuleTables::Drop(const std::string& module, const std::string& table) 
     Require(database_.InTransaction(TransactionKind::Immediate, kTryOnce, drop), database_);
     tables_.erase(module);
 }
+
+}  // namespace quorbel

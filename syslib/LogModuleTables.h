@@ -5,6 +5,8 @@
 
 class CVSQLite3Database;
 
+namespace quorbel {
+
 /// Which table of a log database holds which module's entries: what `metatable` says, as last read.
 ///
 /// Tables are created and dropped together with their row, in one transaction that looks at `metatable`
@@ -38,3 +40,5 @@ private:
     CVSQLite3Database& database_;
     Map tables_;
 };
+
+}  // namespace quorbel

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace quorbel {
+
 LogRegistry& LogRegistry::OfProcess() {
     static auto* const registry = new LogRegistry;
     return *registry;
@@ -42,3 +44,5 @@ std::pair<std::string, CVsysEventLogInterface*>* LogRegistry::Entry(const std::s
         std::find_if(logs_.begin(), logs_.end(), [&](const auto& entry) { return entry.first == module; });
     return found != logs_.end() ? &*found : nullptr;
 }
+
+}  // namespace quorbel

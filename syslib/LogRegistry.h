@@ -7,6 +7,8 @@
 
 class CVsysEventLogInterface;
 
+namespace quorbel {
+
 /// The event logs of this process by module name, in the order of their creation, and the default one. It
 /// points to the logs and owns none. Any thread may call.
 class LogRegistry {
@@ -32,3 +34,5 @@ private:
     std::vector<std::pair<std::string, CVsysEventLogInterface*>> logs_;
     CVsysEventLogInterface* default_ = nullptr;
 };
+
+}  // namespace quorbel

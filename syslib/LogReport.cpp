@@ -7,6 +7,8 @@
 #include "CVException.h"
 #include "CVsystemLog.h"
 
+namespace quorbel {
+
 namespace {
 
 std::string TextOfCaughtException() {
@@ -35,3 +37,5 @@ void ReportCaughtException(const char* source, const std::string& identity, cons
     const std::string text = TextOfCaughtException();
     ReportLogFailure(source, identity, text.empty() ? unknown : text);
 }
+
+}  // namespace quorbel

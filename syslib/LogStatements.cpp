@@ -6,6 +6,8 @@
 #include "syslib/CVDBProcessorFatalException.h"
 #include "util/StringRoutines.h"
 
+namespace quorbel {
+
 namespace {
 
 std::string Quoted(const std::string& text) {
@@ -138,3 +140,5 @@ bool IsLogTableName(const std::string& text) {
     if (text.empty() || (text[0] >= '0' && text[0] <= '9')) return false;
     return std::all_of(text.begin(), text.end(), [](char c) { return IsAlphanumeric(c) || c == '_'; });
 }
+
+}  // namespace quorbel

@@ -4,6 +4,8 @@
 
 #include "syslib/CVLogDBProcessorInterface.h"
 
+namespace quorbel {
+
 // The SQL of the log database. Other programs read the same file, and operators search for these texts in
 // traces: their wording is fixed, doubled blanks included. Table names are identifiers and go in as they are;
 // every other text from outside has its quotes doubled.
@@ -33,3 +35,5 @@ std::string CountLogEntries(const std::string& table, const LogCountFilter& filt
 std::string LogTableName(const std::string& module);
 /// Whether the text can stand in a statement as a table name.
 bool IsLogTableName(const std::string& text);
+
+}  // namespace quorbel

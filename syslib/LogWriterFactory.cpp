@@ -11,6 +11,8 @@
 #include "syslib/StandardErrorWriter.h"
 #include "util/StringRoutines.h"
 
+namespace quorbel {
+
 namespace {
 
 using WriterPointer = std::unique_ptr<CVsysEventLogWriterInterface>;
@@ -88,3 +90,5 @@ std::shared_ptr<GuardedWriter> CreateLogWriter(const LogSettings& settings, cons
     if (EqualNoCase(settings.writer, "common")) return CommonWriter(owner);
     return MakeOwnWriter(settings, owner.module, owner.name.empty() ? owner.module : owner.name);
 }
+
+}  // namespace quorbel

@@ -6,6 +6,8 @@
 
 #include "syslib/EventLine.h"
 
+namespace quorbel {
+
 bool StandardErrorWriter::setProperty(const std::string& /*key*/, const std::string& /*value*/) {
     return true;
 }
@@ -24,3 +26,5 @@ int StandardErrorWriter::DoWork(const std::string& module, unsigned level, const
 bool StandardErrorWriter::isReady() {
     return true;
 }
+
+}  // namespace quorbel

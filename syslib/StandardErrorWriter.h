@@ -2,6 +2,8 @@
 
 #include "syslib/CVsysEventLogWriterInterface.h"
 
+namespace quorbel {
+
 /// Writes entries to standard error, each as one line; a web server keeps that stream in its error log.
 /// Standard output is never used: it is the answer to the client.
 class StandardErrorWriter : public CVsysEventLogWriterInterface {
@@ -12,3 +14,5 @@ public:
                const char* userText, std::time_t time) override;
     bool isReady() override;
 };
+
+}  // namespace quorbel

@@ -1,5 +1,7 @@
 #include "util/BoundedText.h"
 
+namespace quorbel {
+
 namespace {
 
 /// How many bytes a sequence has that begins with `lead`; 1 for anything that begins none.
@@ -22,3 +24,5 @@ std::string_view WithoutIncompleteEnd(std::string_view text) {
     const std::size_t lead = text.size() - 1 - tail;
     return SequenceLength(static_cast<unsigned char>(text[lead])) > tail + 1 ? text.substr(0, lead) : text;
 }
+
+}  // namespace quorbel

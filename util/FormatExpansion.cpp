@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdio>
 
+namespace quorbel {
+
 namespace {
 
 constexpr std::string_view kFlags = "-+ #0'";
@@ -108,3 +110,5 @@ std::string ExpandWithoutArguments(std::string_view text, std::size_t limit) {
     if (output.size() > limit) output.resize(limit);
     return output;
 }
+
+}  // namespace quorbel

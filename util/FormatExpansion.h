@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+namespace quorbel {
+
 /// What a formatted print makes of a text that is used as the format although no arguments come with it.
 ///
 /// Server texts and directory paths have always gone through such a print, so "%%" arrives as "%" and a
@@ -13,3 +15,5 @@
 /// written; an incomplete one at the end of the text ends the output there. At most `limit` bytes are
 /// returned.
 std::string ExpandWithoutArguments(std::string_view text, std::size_t limit);
+
+}  // namespace quorbel

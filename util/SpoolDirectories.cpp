@@ -19,6 +19,8 @@
 #include "util/FormatExpansion.h"
 #include "util/StringRoutines.h"
 
+using namespace quorbel;
+
 char g_strConfigDir[1024];
 DirectoryTable g_tDir;
 QueueDirectoryEntry* g_pQueueDirectory;
@@ -184,9 +186,13 @@ int LoadDirectoryConfig(const char* fileName, DirectoryTable& table) try {
     throw CVException(failure.GetFile(), failure.GetLine(), failure.GetMessage(), failure.GetSystemMessage());
 }
 
+namespace quorbel {
+
 void ReadDirectories(const std::string& path, DirectoryTable& table) {
     ReadDirectoryFile(path, table);
 }
+
+}  // namespace quorbel
 
 int SaveDirectoryConfig(const char* fileName, const DirectoryTable& table) {
     CVioFile file(ConfigFile(fileName));

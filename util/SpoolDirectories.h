@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string>
 
+namespace quorbel {
+
 /// The positions of the site's directories in the directory table; other programs index it by these numbers.
 /// Position 7 is not used.
 enum class DirectorySlot : std::size_t {
@@ -30,6 +32,8 @@ inline constexpr std::size_t kDirectorySlotSize = 256;
 /// One zero-terminated path per slot, empty when the site names none.
 using DirectoryTable = char[kDirectorySlots][kDirectorySlotSize];
 
+}  // namespace quorbel
+
 /// One message queue of the server. Number 0 stands for "not numbered yet", -1 for "deleted".
 struct QueueDirectoryEntry {
     std::int32_t id;
@@ -42,14 +46,18 @@ static_assert(sizeof(QueueDirectoryEntry) == 312);
 extern char g_strConfigDir[1024];
 
 /// The site's directories and queues; LoadDirectoryConfig fills them. The queues live until the process ends.
-extern DirectoryTable g_tDir;
+extern quorbel::DirectoryTable g_tDir;
 extern QueueDirectoryEntry* g_pQueueDirectory;
 extern std::int32_t g_nQueueDirectory;
+
+namespace quorbel {
 
 /// The text of one slot.
 inline const char* DirectoryOf(const DirectoryTable& table, DirectorySlot slot) {
     return table[static_cast<std::size_t>(slot)];
 }
+
+}  // namespace quorbel
 
 /// Reads `fileName` in g_strConfigDir into `table` and the queue list, sorted by name; returns 1.
 ///
@@ -57,14 +65,18 @@ inline const char* DirectoryOf(const DirectoryTable& table, DirectorySlot slot) 
 /// spool_dir line, so afterwards the spool directory is known by the queue only. Values a line does not name
 /// stay as they are in `table`; the queue list is replaced. Throws CVException with the text of the failed
 /// file operation; the file is unlocked and closed on every path.
-int LoadDirectoryConfig(const char* fileName, DirectoryTable& table);
+int LoadDirectoryConfig(const char* fileName, quorbel::DirectoryTable& table);
+
+namespace quorbel {
 
 /// Reads the file at `path` into `table` alone: no queue, no rewriting. Throws CVioException.
 void ReadDirectories(const std::string& path, DirectoryTable& table);
 
+}  // namespace quorbel
+
 /// Writes table and queue list to `fileName` in g_strConfigDir in canonical form; returns 1. Numbers the
 /// queues that have none, adds the default queue when there is none at all. Throws CVioException.
-int SaveDirectoryConfig(const char* fileName, const DirectoryTable& table);
+int SaveDirectoryConfig(const char* fileName, const quorbel::DirectoryTable& table);
 
 /// qsort's comparison of two entries: by name only, regardless of case; null first.
 int CompareQueueDirectory(const void* first, const void* second);

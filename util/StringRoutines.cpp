@@ -7,6 +7,8 @@
 
 #include "PathRoutines.h"
 
+using namespace quorbel;
+
 namespace {
 
 constexpr std::string_view kLineBlanks = " \t\r\n";
@@ -16,6 +18,8 @@ char Fold(char c) {
 }
 
 }  // namespace
+
+namespace quorbel {
 
 bool IsSpace(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
@@ -28,6 +32,8 @@ bool IsAlphanumeric(char c) {
 bool IsPrintable(char c) {
     return c >= ' ' && c <= '~';
 }
+
+}  // namespace quorbel
 
 char* TrimSpaces(char* text) {
     std::size_t length = std::strlen(text);
@@ -62,6 +68,8 @@ int CompareNoCase(const char* left, const char* right, std::size_t count) {
     return 0;
 }
 
+namespace quorbel {
+
 bool EqualNoCase(std::string_view left, std::string_view right) {
     return std::equal(left.begin(), left.end(), right.begin(), right.end(),
                       [](char a, char b) { return Fold(a) == Fold(b); });
@@ -76,6 +84,8 @@ bool HoldsPrintable(std::string_view text) {
     return std::any_of(text.begin(), text.end(),
                        [](char c) { return IsPrintable(c) && c != ' ' && c != '"'; });
 }
+
+}  // namespace quorbel
 
 std::string TimeOfDay() {
     return CurrentTimeOfDay();

@@ -4,12 +4,16 @@
 #include <string>
 #include <string_view>
 
+namespace quorbel {
+
 // The plain text routines that the rest of the program shares. All work on bytes in the C locale, whatever
 // the environment says: bytes above ASCII are never letters, never printable and never white space.
 
 bool IsSpace(char c);
 bool IsAlphanumeric(char c);
 bool IsPrintable(char c);
+
+}  // namespace quorbel
 
 /// Removes white space at both ends, in place; returns its argument.
 char* TrimSpaces(char* text);
@@ -25,6 +29,8 @@ const char* SkipBlankLine(const char* text, bool skipComments);
 /// order. A null text counts as empty. With a count below a key's length this is a prefix test.
 int CompareNoCase(const char* left, const char* right, std::size_t count);
 
+namespace quorbel {
+
 /// True when both texts are the same but for letter case.
 bool EqualNoCase(std::string_view left, std::string_view right);
 
@@ -34,6 +40,8 @@ bool EndsWithNoCase(std::string_view name, std::string_view key);
 
 /// True when the text holds at least one printable character other than blank and double quote.
 bool HoldsPrintable(std::string_view text);
+
+}  // namespace quorbel
 
 /// The local time of day as "hh:mm:ss".
 std::string TimeOfDay();

@@ -5,6 +5,8 @@
 
 #include "util/StringRoutines.h"
 
+using namespace quorbel;
+
 namespace {
 
 constexpr char kHex[] = "0123456789ABCDEF";

@@ -5,6 +5,8 @@
 
 #include "util/StringRoutines.h"
 
+using namespace quorbel;
+
 namespace {
 
 constexpr std::size_t kStopAfter = 4090;

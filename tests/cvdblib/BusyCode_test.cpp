@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
+using namespace quorbel;
+
 TEST(BusyCode, CountsByTheMasksAndNotByTheLibrarysMeaning) {
     const struct {
         int code;

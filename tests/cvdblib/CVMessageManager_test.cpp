@@ -12,6 +12,8 @@
 #include "tests/support/ChildProcess.h"
 #include "tests/support/TempDir.h"
 
+using namespace quorbel;
+
 namespace fs = std::filesystem;
 
 /// Gives a test a catalogue of its own in `directory`, and the next test a process that has none.

@@ -8,6 +8,8 @@
 #include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
 #include "tests/support/TempDir.h"
 
+using namespace quorbel;
+
 namespace {
 
 class Queries : public testing::Test {

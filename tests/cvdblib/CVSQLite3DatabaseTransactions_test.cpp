@@ -9,6 +9,8 @@
 #include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
 #include "tests/support/TempDir.h"
 
+using namespace quorbel;
+
 namespace {
 
 using std::chrono::milliseconds;

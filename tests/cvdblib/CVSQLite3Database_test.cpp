@@ -10,6 +10,8 @@
 #include "tests/cvdblib/RunTogether.h"
 #include "tests/support/TempDir.h"
 
+using namespace quorbel;
+
 namespace {
 
 using std::chrono::milliseconds;

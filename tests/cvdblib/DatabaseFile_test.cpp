@@ -5,6 +5,8 @@
 
 #include "tests/support/TempDir.h"
 
+using namespace quorbel;
+
 TEST(DatabaseFile, TellsWhatSqliteCouldUse) {
     TempDir dir;
     dir.Write("there.sdb", "");

@@ -7,6 +7,8 @@
 #include "CVioFile.h"
 #include "tests/support/TempDir.h"
 
+using namespace quorbel;
+
 TEST(MessageConstants, ReadsALine) {
     const struct {
         const char* line;

@@ -10,6 +10,8 @@
 #include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
 #include "tests/support/TempDir.h"
 
+using namespace quorbel;
+
 namespace {
 
 class Prepared : public testing::Test {

@@ -8,6 +8,8 @@
 
 #include "tests/support/ChildProcess.h"
 
+namespace quorbel {
+
 /// Runs `body` (given 0, 1, ...) in that many processes, which all set off at the same moment.
 inline void RunTogether(int processes, const std::function<void(int)>& body) {
     int gate[2];
@@ -25,3 +27,5 @@ inline void RunTogether(int processes, const std::function<void(int)>& body) {
     for (const pid_t child : children) EXPECT_EQ(WaitForChild(child), Child::Finished);
     close(gate[0]);
 }
+
+}  // namespace quorbel

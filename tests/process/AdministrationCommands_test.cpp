@@ -5,6 +5,8 @@
 
 #include "util/BoundedText.h"
 
+using namespace quorbel;
+
 namespace {
 
 using testing::ElementsAre;

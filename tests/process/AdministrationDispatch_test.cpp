@@ -4,6 +4,8 @@
 
 #include "util/BoundedText.h"
 
+using namespace quorbel;
+
 namespace {
 
 class AdministrationDispatchTest : public testing::Test {

@@ -4,6 +4,8 @@
 
 #include "soap/MethodTable.h"
 
+using namespace quorbel;
+
 TEST(AdministrationTranslation, CutsFixedFieldsAtTheirWidths) {
     RequestRecord record;
     for (const Slot slot :

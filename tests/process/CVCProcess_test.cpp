@@ -10,6 +10,8 @@
 #include "tests/support/RecordingLog.h"
 #include "tests/support/TempDir.h"
 
+using namespace quorbel;
+
 namespace {
 
 using testing::ElementsAre;

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace quorbel;
+
 namespace {
 
 std::string Body(const std::vector<std::string>& lines) {

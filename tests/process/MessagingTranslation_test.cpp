@@ -6,6 +6,8 @@
 #include "process/MessageCommands.h"
 #include "process/RequestValues.h"
 
+using namespace quorbel;
+
 namespace {
 
 using testing::ElementsAre;

@@ -5,6 +5,8 @@
 #include "soap/RequestGlobals.h"
 #include "util/BoundedText.h"
 
+using namespace quorbel;
+
 namespace {
 
 /// What `write` puts on standard output.

@@ -8,6 +8,8 @@
 #include "tests/support/RecordingLog.h"
 #include "util/BoundedText.h"
 
+using namespace quorbel;
+
 namespace {
 
 using testing::ElementsAre;

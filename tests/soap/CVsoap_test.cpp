@@ -7,6 +7,8 @@
 #include "tests/support/ChildProcess.h"
 #include "tests/support/RecordingLog.h"
 
+using namespace quorbel;
+
 namespace {
 
 using testing::ElementsAre;

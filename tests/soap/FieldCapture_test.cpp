@@ -8,6 +8,8 @@
 #include "soap/MethodTable.h"
 #include "util/StringRoutines.h"
 
+using namespace quorbel;
+
 TEST(FieldRules, NoFieldNameHidesAnother) {
     for (const Method& method : Methods()) {
         std::set<std::string_view> names;

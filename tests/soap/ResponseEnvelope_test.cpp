@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace quorbel;
+
 namespace {
 
 const std::string kOpening =

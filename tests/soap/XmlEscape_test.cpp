@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace quorbel;
+
 TEST(XmlEscape, WritesReservedCharactersAsEntities) {
     EXPECT_EQ(EscapeXml("<a href='x' b=\"y\">&amp;</a>"),
               "&lt;a href=&apos;x&apos; b=&quot;y&quot;&gt;&amp;amp;&lt;/a&gt;");

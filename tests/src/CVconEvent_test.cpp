@@ -8,6 +8,8 @@
 
 #include "tests/support/Eventually.h"
 
+using namespace quorbel;
+
 using Wake = CVconEvent::Wake;
 
 namespace {

@@ -8,6 +8,8 @@
 
 #include "CVException.h"
 
+using namespace quorbel;
+
 namespace {
 
 bool FreeForOthers(CVconLock& lock) {

@@ -21,6 +21,8 @@
 #include "tests/support/Eventually.h"
 #include "tests/support/TempDir.h"
 
+using namespace quorbel;
+
 using namespace std::chrono_literals;
 
 namespace {

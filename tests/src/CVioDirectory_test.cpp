@@ -9,6 +9,8 @@
 #include "CVException.h"
 #include "tests/support/TempDir.h"
 
+using namespace quorbel;
+
 using testing::UnorderedElementsAre;
 
 TEST(CVioDirectory, ListsAllNamesOrAllButTheLock) {

@@ -14,6 +14,8 @@
 #include "tests/support/ChildProcess.h"
 #include "tests/support/TempDir.h"
 
+using namespace quorbel;
+
 namespace {
 
 /// The message of the CVioException that `step` throws, "" when it throws none.

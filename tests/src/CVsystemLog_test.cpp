@@ -10,6 +10,8 @@
 
 #include "tests/support/SystemLogRecorder.h"
 
+using namespace quorbel;
+
 namespace {
 
 std::string OnlyText() {

@@ -17,6 +17,8 @@
 #include "tests/support/ChildProcess.h"
 #include "tests/support/TempDir.h"
 
+using namespace quorbel;
+
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 

@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <stdexcept>
 
+namespace quorbel {
+
 namespace {
 
 constexpr int kThrew = 101;
@@ -35,3 +37,5 @@ Child WaitForChild(pid_t pid) {
 Child InChildProcess(const std::function<void()>& body) {
     return WaitForChild(StartChild(body));
 }
+
+}  // namespace quorbel

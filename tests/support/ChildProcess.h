@@ -4,6 +4,8 @@
 
 #include <functional>
 
+namespace quorbel {
+
 /// How a child process of a test ended.
 enum class Child { Finished, Threw, Crashed };
 
@@ -14,3 +16,5 @@ Child InChildProcess(const std::function<void()>& body);
 /// The same without waiting: returns the process id, to be given to WaitForChild.
 pid_t StartChild(const std::function<void()>& body);
 Child WaitForChild(pid_t pid);
+
+}  // namespace quorbel

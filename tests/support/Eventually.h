@@ -4,6 +4,8 @@
 #include <functional>
 #include <thread>
 
+namespace quorbel {
+
 /// Waits until another thread has made `condition` true; false when it has not after a generous while.
 inline bool Eventually(const std::function<bool()>& condition) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
@@ -13,3 +15,5 @@ inline bool Eventually(const std::function<bool()>& condition) {
     }
     return true;
 }
+
+}  // namespace quorbel

@@ -5,6 +5,8 @@
 #include <mutex>
 #include <thread>
 
+namespace quorbel {
+
 struct LoopbackServer::Running {
     LoopbackReply reply;
     httplib::Server server;
@@ -101,3 +103,5 @@ std::string DeadUrl() {
     // Port 1 is never handed out as a free port, and nothing serves it on a test machine.
     return "http://127.0.0.1:1/cmd";
 }
+
+}  // namespace quorbel

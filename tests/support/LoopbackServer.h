@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+namespace quorbel {
+
 /// What a loopback server answers to every post.
 struct LoopbackReply {
     std::string body = "OK\r\n";
@@ -39,3 +41,5 @@ private:
 
 /// An address of this machine where nobody listens.
 std::string DeadUrl();
+
+}  // namespace quorbel

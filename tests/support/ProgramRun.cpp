@@ -9,6 +9,8 @@
 
 #include "tests/support/TempDir.h"
 
+namespace quorbel {
+
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -87,3 +89,5 @@ ProgramResult RunProgram(const ProgramInput& input) {
     result.errors = ReadFile(files / "err");
     return result;
 }
+
+}  // namespace quorbel

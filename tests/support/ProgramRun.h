@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+namespace quorbel {
+
 /// What a program is started with. The environment holds just what is named here.
 struct ProgramInput {
     std::string program;
@@ -22,3 +24,5 @@ struct ProgramResult {
 
 /// Runs a program to its end, for at most a minute; then it is killed.
 ProgramResult RunProgram(const ProgramInput& input);
+
+}  // namespace quorbel

@@ -6,6 +6,8 @@
 
 #include "syslib/CVLogInterface.h"
 
+namespace quorbel {
+
 /// A log that keeps its entries as texts: "<level> <context>|<message>", or "<level> <message>" without a
 /// context.
 class RecordingLog : public CVLogInterface {
@@ -25,3 +27,5 @@ protected:
         return 1;
     }
 };
+
+}  // namespace quorbel

@@ -5,6 +5,8 @@
 #include <mutex>
 #include <utility>
 
+using namespace quorbel;
+
 namespace {
 
 std::mutex mutex;
@@ -18,10 +20,14 @@ int openFacility = 0;
 
 }  // namespace
 
+namespace quorbel {
+
 std::vector<SystemLogEntry> TakeSystemLog() {
     const std::lock_guard guard(mutex);
     return std::exchange(entries, {});
 }
+
+}  // namespace quorbel
 
 extern "C" void __wrap_openlog(const char* identity, int option, int facility) {
     openIdentity = identity;

@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+namespace quorbel {
+
 /// One entry as it would have reached the operating system's log.
 struct SystemLogEntry {
     std::string identity;
@@ -15,3 +17,5 @@ struct SystemLogEntry {
 /// The entries since the last call. A test program that links `system_log_recorder` writes none to the real
 /// log: openlog, syslog and closelog are replaced at link time.
 std::vector<SystemLogEntry> TakeSystemLog();
+
+}  // namespace quorbel

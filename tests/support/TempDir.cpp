@@ -7,6 +7,8 @@
 #include <iterator>
 #include <stdexcept>
 
+namespace quorbel {
+
 namespace fs = std::filesystem;
 
 TempDir::TempDir() {
@@ -38,3 +40,5 @@ std::string ReadFile(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
+
+}  // namespace quorbel

@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+namespace quorbel {
+
 /// A directory of its own for one test, removed with everything in it at the end.
 class TempDir {
 public:
@@ -26,3 +28,5 @@ private:
 
 /// The whole content of a file; empty when it cannot be read.
 std::string ReadFile(const std::string& path);
+
+}  // namespace quorbel

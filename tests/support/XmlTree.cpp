@@ -3,6 +3,8 @@
 #include <expat.h>
 #include <gtest/gtest.h>
 
+namespace quorbel {
+
 namespace {
 
 /// The elements that are open, outermost first.
@@ -68,3 +70,5 @@ XmlNode ParseXml(const std::string& document) {
     XML_ParserFree(parser);
     return open[0].children.empty() ? XmlNode{} : open[0].children[0];
 }
+
+}  // namespace quorbel

@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+namespace quorbel {
+
 /// One element of a parsed document. Names are "namespace|local"; those without a namespace are plain.
 struct XmlNode {
     std::string name = {};
@@ -22,3 +24,5 @@ struct XmlNode {
 
 /// Parses a whole document; fails the test when it is not well-formed.
 XmlNode ParseXml(const std::string& document);
+
+}  // namespace quorbel

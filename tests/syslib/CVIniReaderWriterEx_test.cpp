@@ -7,6 +7,8 @@
 #include "tests/support/ChildProcess.h"
 #include "tests/support/TempDir.h"
 
+using namespace quorbel;
+
 TEST(CVIniReaderWriterEx, RewritesTheFileItHoldsOpen) {
     TempDir dir;
     CVIniReaderWriterEx ini(dir.Write("x.ini", "[a]\nlong=entry\nx=1\n"), true);

@@ -10,6 +10,8 @@
 #include "tests/cvdblib/RunTogether.h"
 #include "tests/support/TempDir.h"
 
+using namespace quorbel;
+
 namespace {
 
 constexpr std::int64_t kTime = 1706778303;

@@ -15,6 +15,8 @@
 #include "tests/support/SystemLogRecorder.h"
 #include "tests/support/TempDir.h"
 
+using namespace quorbel;
+
 using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::HasSubstr;

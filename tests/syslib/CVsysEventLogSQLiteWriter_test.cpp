@@ -9,6 +9,8 @@
 #include "tests/support/SystemLogRecorder.h"
 #include "tests/support/TempDir.h"
 
+using namespace quorbel;
+
 namespace {
 
 class SQLiteWriter : public testing::Test {

@@ -10,6 +10,8 @@
 #include "syslib/CVsysEventLogInterface.h"
 #include "tests/support/TempDir.h"
 
+using namespace quorbel;
+
 namespace {
 
 constexpr int kThreads = 4;

@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <cstring>
 
+using namespace quorbel;
+
 namespace {
 
 // Formats on purpose that the compiler would warn of: they reach the log at run time.

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace quorbel;
+
 TEST(EventTime, WritesTheMonthFirst) {
     std::tm local{};
     local.tm_year = 2024 - 1900;

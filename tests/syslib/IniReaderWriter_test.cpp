@@ -12,6 +12,8 @@
 #include "tests/support/ChildProcess.h"
 #include "tests/support/TempDir.h"
 
+using namespace quorbel;
+
 using testing::ElementsAre;
 
 namespace {

@@ -9,6 +9,8 @@
 #include "tests/support/SystemLogRecorder.h"
 #include "tests/support/TempDir.h"
 
+using namespace quorbel;
+
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;

@@ -12,6 +12,8 @@
 #include "tests/support/SystemLogRecorder.h"
 #include "tests/support/TempDir.h"
 
+using namespace quorbel;
+
 namespace fs = std::filesystem;
 
 namespace {

@@ -4,6 +4,8 @@
 
 #include "tests/support/ChildProcess.h"
 
+using namespace quorbel;
+
 TEST(LogLocations, FindsTheConfigurationInItsDirectory) {
     EXPECT_EQ(LogConfigPath("conf"), "conf/cvlogs.ini");
     EXPECT_EQ(LogConfigPath("conf/"), "conf/cvlogs.ini");

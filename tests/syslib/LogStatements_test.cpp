@@ -4,6 +4,8 @@
 
 #include "syslib/CVDBProcessorFatalException.h"
 
+using namespace quorbel;
+
 namespace {
 
 const std::string kEntries =

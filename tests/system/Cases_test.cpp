@@ -18,6 +18,8 @@
 #include "tests/support/LoopbackServer.h"
 #include "tests/system/FrontEnd.h"
 
+using namespace quorbel;
+
 namespace fs = std::filesystem;
 
 namespace {

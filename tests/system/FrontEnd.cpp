@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <filesystem>
 
+namespace quorbel {
+
 namespace fs = std::filesystem;
 
 namespace {
@@ -103,3 +105,5 @@ std::string ReplaceAll(std::string text, const std::string& what, const std::str
     }
     return text;
 }
+
+}  // namespace quorbel

@@ -6,6 +6,8 @@
 #include "tests/support/ProgramRun.h"
 #include "tests/support/TempDir.h"
 
+namespace quorbel {
+
 /// A site of its own with the real front end in it, for one test: configuration, logs and the directory of
 /// CGI programs, laid out as an operator has them. Logs everything (level trace).
 class FrontEnd {
@@ -36,3 +38,5 @@ void ExpectWellFormed(const std::string& text);
 std::string FaultDocument(const std::string& faultString);
 
 std::string ReplaceAll(std::string text, const std::string& what, const std::string& with);
+
+}  // namespace quorbel

@@ -9,6 +9,8 @@
 #include "tests/system/FrontEnd.h"
 #include "tools/wsdl/RequestElements.h"
 
+using namespace quorbel;
+
 namespace {
 
 std::string Element(const std::string& name, const std::string& content) {

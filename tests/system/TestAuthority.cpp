@@ -8,6 +8,8 @@
 #include <atomic>
 #include <stdexcept>
 
+namespace quorbel {
+
 namespace {
 
 constexpr long kDay = 24L * 60 * 60;
@@ -70,3 +72,5 @@ std::string TestAuthority::Pem() const {
     const long length = BIO_get_mem_data(memory.get(), &text);
     return {text, static_cast<std::size_t>(length)};
 }
+
+}  // namespace quorbel

@@ -5,6 +5,8 @@
 #include <memory>
 #include <string>
 
+namespace quorbel {
+
 struct FreeCertificate {
     void operator()(X509* certificate) const { X509_free(certificate); }
 };
@@ -32,3 +34,5 @@ public:
 private:
     Credential own_;
 };
+
+}  // namespace quorbel

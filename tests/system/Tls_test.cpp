@@ -12,6 +12,8 @@
 #include "tests/system/FrontEnd.h"
 #include "tests/system/TestAuthority.h"
 
+using namespace quorbel;
+
 namespace fs = std::filesystem;
 using testing::HasSubstr;
 

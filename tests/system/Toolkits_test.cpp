@@ -8,6 +8,8 @@
 #include "tests/support/LoopbackServer.h"
 #include "tests/system/FrontEnd.h"
 
+using namespace quorbel;
+
 namespace {
 
 struct Recorded {

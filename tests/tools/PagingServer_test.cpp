@@ -10,6 +10,8 @@
 
 #include "tests/support/TempDir.h"
 
+using namespace quorbel;
+
 namespace standin {
 namespace {
 

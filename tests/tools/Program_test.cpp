@@ -11,6 +11,8 @@
 
 #include "tests/support/TempDir.h"
 
+using namespace quorbel;
+
 namespace {
 
 /// Starts the program with its output in `output`; returns its process id.

@@ -16,6 +16,8 @@
 #include "tests/support/XmlTree.h"
 #include "tools/wsdl/RequestElements.h"
 
+using namespace quorbel;
+
 namespace {
 
 using testing::ElementsAre;

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace quorbel;
+
 TEST(BoundedText, FieldIsZeroedFilledAndAlwaysTerminated) {
     char field[6] = {'x', 'x', 'x', 'x', 'x', 'x'};
     CopyText(field, "ab");

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace quorbel;
+
 TEST(FormatExpansion, PrintsEveryMissingArgumentAsZero) {
     const struct {
         const char* text;

@@ -14,6 +14,8 @@
 #include "tests/support/TempDir.h"
 #include "util/BoundedText.h"
 
+using namespace quorbel;
+
 using testing::ElementsAre;
 
 namespace {

@@ -9,6 +9,8 @@
 #include "util/UrlEncode.h"
 #include "util/VisibleText.h"
 
+using namespace quorbel;
+
 TEST(StringRoutines, TrimsBothEndsInPlace) {
     const struct {
         const char* text;

@@ -17,6 +17,8 @@
 #include "tools/operator/Program.h"
 #include "util/StringRoutines.h"
 
+namespace quorbel {
+
 namespace {
 
 using Rows = std::vector<std::pair<const char*, std::string>>;
@@ -107,3 +109,5 @@ void DeclareCheck(CLI::App& app) {
         "Exit status 1 when the log of a module would not be ready.");
     command->callback([directory] { Check(*directory); });
 }
+
+}  // namespace quorbel

@@ -4,6 +4,8 @@ namespace CLI {
 class App;
 }
 
+namespace quorbel {
+
 // Each adds one command to the program: its options, and the callback that runs it.
 void DeclareQuery(CLI::App& app);
 void DeclareCount(CLI::App& app);
@@ -12,3 +14,5 @@ void DeclareTruncate(CLI::App& app);
 void DeclareDrop(CLI::App& app);
 void DeclareCheck(CLI::App& app);
 void DeclareWrite(CLI::App& app);
+
+}  // namespace quorbel

@@ -7,6 +7,8 @@
 #include "tools/cvlogs/Commands.h"
 #include "tools/cvlogs/EntryChoice.h"
 
+namespace quorbel {
+
 namespace {
 
 std::string CountLine(const EntryRow& entry) {
@@ -32,3 +34,5 @@ void DeclareCount(CLI::App& app) {
     AddEntryOptions(*command, *choice, "Only entries of this very level");
     command->callback([choice] { Count(*choice); });
 }
+
+}  // namespace quorbel

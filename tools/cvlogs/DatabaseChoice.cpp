@@ -16,6 +16,8 @@
 #include "tools/cvlogs/LogConfig.h"
 #include "tools/operator/Program.h"
 
+namespace quorbel {
+
 namespace {
 
 template <class Names>
@@ -108,3 +110,5 @@ OpenDatabase OpenForChanging(const std::string& path, const std::string& module)
     if (!IsWritableDatabase(path)) FailToOpen(path, WhyRefused(path, W_OK));
     return Open(path, module);
 }
+
+}  // namespace quorbel

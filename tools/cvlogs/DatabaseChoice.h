@@ -9,6 +9,8 @@ namespace CLI {
 class App;
 }
 
+namespace quorbel {
+
 /// The log database that the command line names: itself, or by the configuration that names it.
 struct DatabaseChoice {
     std::string file;
@@ -30,3 +32,5 @@ std::string OnlyDatabase(const DatabaseChoice& choice);
 /// The database; when a module is named, one that has it.
 OpenDatabase OpenForReading(const std::string& path, const std::string& module = {});
 OpenDatabase OpenForChanging(const std::string& path, const std::string& module = {});
+
+}  // namespace quorbel

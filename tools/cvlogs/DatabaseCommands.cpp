@@ -9,6 +9,8 @@
 #include "tools/operator/Output.h"
 #include "tools/operator/Program.h"
 
+namespace quorbel {
+
 namespace {
 
 std::vector<std::string> RequireModules(CVLogDBProcessorInterface& database, const std::string& path) {
@@ -67,3 +69,5 @@ void DeclareDrop(CLI::App& app) {
     RequireYes(*command);
     command->callback([choice, module] { Drop(*choice, *module); });
 }
+
+}  // namespace quorbel

@@ -8,6 +8,8 @@
 #include "tools/cvlogs/LevelOption.h"
 #include "tools/operator/Program.h"
 
+namespace quorbel {
+
 namespace {
 
 void AddFormat(CLI::App& command, EntryFormat& format) {
@@ -52,3 +54,5 @@ void PrintChosen(const CVDBiResultSet& rows, const EntryChoice& choice, const En
     throw std::runtime_error(std::string("no such entries") +
                              (hint ? "; a pattern stands for the whole text, as in \"%disk%\"" : ""));
 }
+
+}  // namespace quorbel

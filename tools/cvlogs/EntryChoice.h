@@ -8,6 +8,8 @@
 
 class CVDBiResultSet;
 
+namespace quorbel {
+
 /// Which entries of which module are wanted, and how they are shown: what queries and counts have in common.
 struct EntryChoice {
     DatabaseChoice database;
@@ -26,3 +28,5 @@ OpenDatabase OpenFor(const EntryChoice& choice);
 
 /// Prints the rows as chosen; throws when there are none.
 void PrintChosen(const CVDBiResultSet& rows, const EntryChoice& choice, const EntryToLine& toLine);
+
+}  // namespace quorbel

@@ -10,6 +10,8 @@
 #include "tools/cvlogs/TextEscapes.h"
 #include "tools/operator/Output.h"
 
+namespace quorbel {
+
 namespace {
 
 constexpr std::string_view kNumberColumns[] = {"id", "timestamp", "level", "line", "records"};
@@ -96,3 +98,5 @@ void PrintEntries(const CVDBiResultSet& rows, EntryFormat format, const EntryToL
     if (format == EntryFormat::Tsv) return PrintTsv(rows);
     for (int row = 0; row < rows.GetRowCount(); ++row) PrintLine(toLine(EntryRow(rows, row)));
 }
+
+}  // namespace quorbel

@@ -6,6 +6,8 @@
 
 class CVDBiResultSet;
 
+namespace quorbel {
+
 /// One row of a query's result, by the names of its columns.
 class EntryRow {
 public:
@@ -30,3 +32,5 @@ enum class EntryFormat { Lines, Json, Tsv };
 /// Prints every row: as the line that `toLine` makes of it, as one JSON object, or as fields between tabs
 /// below a line of the columns' names. Columns that only fill a place are left out of the last two.
 void PrintEntries(const CVDBiResultSet& rows, EntryFormat format, const EntryToLine& toLine);
+
+}  // namespace quorbel

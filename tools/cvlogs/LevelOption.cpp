@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 
+namespace quorbel {
+
 CLI::Option* AddLevelOption(CLI::App& command, EventLevel& level, const std::string& description) {
     const auto parse = [&level](const std::string& text) {
         level = ParseEventLevel(text, UnknownLevel::None);
@@ -13,3 +15,5 @@ CLI::Option* AddLevelOption(CLI::App& command, EventLevel& level, const std::str
             "--level", parse, description + ": trace, debug, info, warn, error, critical or fatal")
         ->type_name("LEVEL");
 }
+
+}  // namespace quorbel

@@ -12,6 +12,8 @@
 #include "tools/cvlogs/LogDestination.h"
 #include "util/StringRoutines.h"
 
+namespace quorbel {
+
 namespace {
 
 using Warnings = std::vector<std::string>;
@@ -134,3 +136,5 @@ std::vector<std::string> FindLikelyMistakes(IniReaderWriter& ini, const std::str
     }
     return warnings;
 }
+
+}  // namespace quorbel

@@ -10,6 +10,8 @@
 #include "util/SpoolDirectories.h"
 #include "util/StringRoutines.h"
 
+namespace quorbel {
+
 std::string UseLogDirectory(const std::string& configDirectory) {
     DirectoryTable directories = {};
     try {
@@ -62,3 +64,5 @@ LogSettings LogConfig::SharedWriter() {
     added.properties.emplace_back("filePath", file);
     return added;
 }
+
+}  // namespace quorbel

@@ -7,6 +7,8 @@
 #include "syslib/IniReaderWriter.h"
 #include "tools/cvlogs/LogDestination.h"
 
+namespace quorbel {
+
 /// Makes the site's log_dir the place of log files that no filePath names, as the system's programs do. Gives
 /// why its file "dir" cannot be read, else nothing; the place is then "logs" beside the configuration.
 std::string UseLogDirectory(const std::string& configDirectory);
@@ -42,3 +44,5 @@ private:
     const std::string path_;
     IniReaderWriter ini_;
 };
+
+}  // namespace quorbel

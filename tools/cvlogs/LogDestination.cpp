@@ -15,6 +15,8 @@
 #include "cvdblib/sqlite3/src/DatabaseFile.h"
 #include "util/StringRoutines.h"
 
+namespace quorbel {
+
 namespace {
 
 using Kind = LogDestination::Kind;
@@ -126,3 +128,5 @@ bool IsLogWriter(const std::string& name) {
     return std::any_of(std::begin(kWriters), std::end(kWriters),
                        [&](const auto& row) { return EqualNoCase(name, row.writer); });
 }
+
+}  // namespace quorbel

@@ -5,6 +5,8 @@
 #include "syslib/LogArchive.h"
 #include "syslib/LogConfiguration.h"
 
+namespace quorbel {
+
 /// Where the entries of a module end up, and whether they do for a program of this user that is started in
 /// this directory.
 struct LogDestination {
@@ -23,3 +25,5 @@ LogDestination FindLogDestination(const LogSettings& settings);
 
 /// Whether there is a writer of that name. "common" is none, but a way to choose one.
 bool IsLogWriter(const std::string& name);
+
+}  // namespace quorbel

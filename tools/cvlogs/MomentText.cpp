@@ -2,6 +2,8 @@
 
 #include <charconv>
 
+namespace quorbel {
+
 namespace {
 
 constexpr const char* kFormats[] = {
@@ -53,3 +55,5 @@ std::optional<std::int64_t> ParseMoment(const std::string& text, std::time_t now
     }
     return std::nullopt;
 }
+
+}  // namespace quorbel

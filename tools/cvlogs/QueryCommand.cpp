@@ -11,6 +11,8 @@
 #include "tools/cvlogs/EntryChoice.h"
 #include "tools/cvlogs/MomentText.h"
 
+namespace quorbel {
+
 namespace {
 
 struct Choice : EntryChoice {
@@ -87,3 +89,5 @@ void DeclareQuery(CLI::App& app) {
     AddNumber(*command, "--offset", choice->filter.offset, "Leave out this many entries first");
     command->callback([choice] { Query(*choice); });
 }
+
+}  // namespace quorbel

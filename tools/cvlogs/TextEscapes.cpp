@@ -6,6 +6,8 @@
 #include "tools/operator/Characters.h"
 #include "util/StringRoutines.h"
 
+namespace quorbel {
+
 namespace {
 
 constexpr struct {
@@ -66,3 +68,5 @@ std::string TsvField(std::string_view text) {
     }
     return field;
 }
+
+}  // namespace quorbel

@@ -12,6 +12,8 @@
 #include "tools/operator/Characters.h"
 #include "tools/operator/Program.h"
 
+namespace quorbel {
+
 namespace {
 
 struct Choice {
@@ -96,3 +98,5 @@ void DeclareWrite(CLI::App& app) {
         "A module without a section in cvlogs.ini gets one, as when its program starts.");
     command->callback([choice] { Write(*choice); });
 }
+
+}  // namespace quorbel

@@ -3,6 +3,8 @@
 #include "tools/cvlogs/Commands.h"
 #include "tools/operator/Program.h"
 
+using namespace quorbel;
+
 int main(int argc, char** argv) {
     CLI::App app{
         "Looks after the system's logs: queries log databases, and checks and tries the configuration.",

@@ -8,6 +8,8 @@
 #include "CVioFile.h"
 #include "cvdblib/sqlite3/src/MessageConstants.h"
 
+namespace quorbel {
+
 namespace {
 
 /// What is wrong with one line; `lines` knows where each number stands so far.
@@ -38,3 +40,5 @@ std::string FindConstantsFault(const std::string& path) {
     }
     return {};
 }
+
+}  // namespace quorbel

@@ -14,6 +14,8 @@
 #include "tools/operator/Output.h"
 #include "tools/operator/Program.h"
 
+using namespace quorbel;
+
 namespace {
 
 /// What the command line chose.

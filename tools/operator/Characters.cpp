@@ -4,6 +4,8 @@
 
 #include "util/VisibleText.h"
 
+namespace quorbel {
+
 namespace {
 
 using Kind = Character::Kind;
@@ -60,3 +62,5 @@ std::string Shown(std::string_view text) {
     }
     return shown;
 }
+
+}  // namespace quorbel

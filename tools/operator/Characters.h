@@ -3,6 +3,8 @@
 #include <string>
 #include <string_view>
 
+namespace quorbel {
+
 /// What stands at the start of a text.
 struct Character {
     enum class Kind { Plain, Control, Invalid };
@@ -18,3 +20,5 @@ Character FirstCharacter(std::string_view text);
 /// The text with every control character and every byte that is no UTF-8 as its name: "<ESC>", "<HT>",
 /// "<9b>".
 std::string Shown(std::string_view text);
+
+}  // namespace quorbel

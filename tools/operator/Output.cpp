@@ -8,6 +8,8 @@
 #include "CVException.h"
 #include "tools/operator/Characters.h"
 
+namespace quorbel {
+
 namespace {
 
 [[noreturn]] void FailToPrint() {
@@ -44,3 +46,5 @@ void PrintFields(const std::vector<std::string>& fields) {
 void FlushOutput() {
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) FailToPrint();
 }
+
+}  // namespace quorbel

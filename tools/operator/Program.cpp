@@ -10,6 +10,8 @@
 #include "tools/operator/Characters.h"
 #include "tools/operator/Output.h"
 
+namespace quorbel {
+
 namespace {
 
 constexpr int kFailed = 1;
@@ -76,3 +78,5 @@ int RunTool(CLI::App& app, int argc, char** argv) {
         return Fail(app);
     }
 }
+
+}  // namespace quorbel

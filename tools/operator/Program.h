@@ -5,6 +5,8 @@ class App;
 class Option;
 }  // namespace CLI
 
+namespace quorbel {
+
 /// Refuses an empty value, which is mostly a shell variable that was never set; returns its argument.
 CLI::Option* NotEmpty(CLI::Option* option);
 
@@ -14,3 +16,5 @@ CLI::Option* NotEmpty(CLI::Option* option);
 /// 1 when the command threw, with the reason on standard error, 2 for wrong usage. A callback throws
 /// CLI::ParseError for usage that only it can judge.
 int RunTool(CLI::App& app, int argc, char** argv);
+
+}  // namespace quorbel

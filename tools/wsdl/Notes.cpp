@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace quorbel {
+
 namespace {
 
 constexpr std::string_view kServiceNote =
@@ -102,3 +104,5 @@ std::string_view NoteOf(const FieldRule& element) {
                                    [&](const ElementNote& note) { return note.element == element.element; });
     return row == std::end(kElementNotes) ? std::string_view() : row->text;
 }
+
+}  // namespace quorbel

@@ -2,6 +2,8 @@
 
 #include "soap/MethodTable.h"
 
+namespace quorbel {
+
 // What a user of the service must know and cannot see from names and types. Toolkits show these texts beside
 // the generated code.
 
@@ -13,3 +15,5 @@ std::string_view NoteOf(const Method& method);
 
 /// What to mind about an element; empty when its name says it all.
 std::string_view NoteOf(const FieldRule& element);
+
+}  // namespace quorbel

@@ -4,6 +4,8 @@
 
 #include "process/TranslationRecords.h"
 
+namespace quorbel {
+
 namespace {
 
 /// Where an element stands in its request.
@@ -125,3 +127,5 @@ std::string_view TypeOf(const FieldRule& rule) {
     if (rule.element.starts_with('n') && rule.element != "nTimeZone") return "xs:int";
     return "xs:string";
 }
+
+}  // namespace quorbel

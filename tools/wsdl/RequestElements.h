@@ -4,6 +4,8 @@
 
 #include "soap/MethodTable.h"
 
+namespace quorbel {
+
 /// The elements of a method's request, in the order that keeps every one of them when a client sends them
 /// without white space between.
 ///
@@ -29,3 +31,5 @@ std::size_t MaxOccurs(const FieldRule& rule);
 
 /// The XML Schema type of an element that is no item, with the prefix "xs".
 std::string_view TypeOf(const FieldRule& rule);
+
+}  // namespace quorbel

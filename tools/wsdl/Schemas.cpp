@@ -6,6 +6,8 @@
 #include "tools/wsdl/Notes.h"
 #include "tools/wsdl/RequestElements.h"
 
+namespace quorbel {
+
 namespace {
 
 constexpr char kSequence[] = "xs:sequence";
@@ -109,3 +111,5 @@ void WriteSchemas(XmlWriter& xml) {
                             {{"elementFormDefault", "qualified"}, {"targetNamespace", kErrorNamespace}});
     WriteFaultDetail(xml);
 }
+
+}  // namespace quorbel

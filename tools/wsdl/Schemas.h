@@ -2,8 +2,12 @@
 
 #include "tools/wsdl/XmlWriter.h"
 
+namespace quorbel {
+
 /// Writes the two schemas: the service's requests and answers, and the detail of its faults.
 void WriteSchemas(XmlWriter& xml);
 
 /// The name of a query's answer type: a message and a list of texts.
 inline constexpr char kQueryResultType[] = "QueryResult";
+
+}  // namespace quorbel

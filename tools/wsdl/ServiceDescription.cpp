@@ -4,6 +4,8 @@
 #include "tools/wsdl/Notes.h"
 #include "tools/wsdl/Schemas.h"
 
+namespace quorbel {
+
 namespace {
 
 constexpr char kService[] = "Quorbel";
@@ -107,3 +109,5 @@ std::string ServiceDescription() {
     }
     return xml.Document();
 }
+
+}  // namespace quorbel

@@ -2,6 +2,8 @@
 
 #include "soap/XmlEscape.h"
 
+namespace quorbel {
+
 XmlWriter::XmlWriter() : document_("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n") {}
 
 void XmlWriter::Indent() {
@@ -37,3 +39,5 @@ XmlElement::~XmlElement() {
     writer_.Indent();
     writer_.document_.append("</").append(name_).append(">\n");
 }
+
+}  // namespace quorbel

@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+namespace quorbel {
+
 /// A growing XML document, indented by two blanks a level. Texts and attribute values are escaped here.
 ///
 /// Elements are written by XmlElement, whose scope is the element's.
@@ -46,3 +48,5 @@ private:
     XmlWriter& writer_;
     std::string_view name_;
 };
+
+}  // namespace quorbel

@@ -5,6 +5,8 @@
 
 #include "tools/wsdl/ServiceDescription.h"
 
+using namespace quorbel;
+
 int main(int argc, char** argv) {
     if (argc != 2) {
         std::fprintf(stderr, "usage: wsdl-writer FILE\n");

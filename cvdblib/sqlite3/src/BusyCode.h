@@ -1,5 +1,7 @@
 #pragma once
 
+namespace quorbel {
+
 /// Whether an SQLite result code counts as "busy, worth another attempt".
 ///
 /// The masks are wider than SQLite's own busy codes, and meant to be: any code whose low four bits are 5, 6,
@@ -7,3 +9,5 @@
 constexpr bool CountsAsBusy(int code) {
     return (code & 5) == 5 || (code & 6) == 6 || (code & 10) == 10;
 }
+
+}  // namespace quorbel

@@ -10,6 +10,8 @@
 #include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
 #include "cvdblib/sqlite3/src/DatabaseFile.h"
 
+using namespace quorbel;
+
 namespace {
 
 constexpr const char* kFixedDirectory = "/usr/local/corvane/config";

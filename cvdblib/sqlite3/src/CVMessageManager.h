@@ -35,7 +35,7 @@ public:
     static std::string GetMessage(std::int32_t id);
 
     /// Every message of the selected language by number; none without a catalogue. Throws CVDBexception.
-    static std::vector<MessageConstant> GetMessages();
+    static std::vector<quorbel::MessageConstant> GetMessages();
 
 private:
     friend struct MessageCatalogueOfTest;
@@ -43,12 +43,12 @@ private:
     explicit CVMessageManager(const std::string& path);
 
     void Replace(CVioFile& constants);
-    void Insert(const MessageConstant& message);
+    void Insert(const quorbel::MessageConstant& message);
     std::string LookUp(std::int32_t id);
 
     static std::unique_ptr<CVMessageManager> m_pMsgManager;
     static std::string m_strDBFilePath;
-    static const TableDescription m_tableDesc;
+    static const quorbel::TableDescription m_tableDesc;
     static std::uint32_t m_ulSelectedLanguageID;
 
     CVSQLite3Database database_;

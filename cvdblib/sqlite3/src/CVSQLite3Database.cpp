@@ -9,6 +9,8 @@
 #include "cvdblib/sqlite3/src/CVDBexception.h"
 #include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
 
+using namespace quorbel;
+
 namespace {
 
 using std::chrono::milliseconds;

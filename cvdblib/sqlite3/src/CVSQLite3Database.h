@@ -12,6 +12,10 @@ struct sqlite3;
 struct sqlite3_context;
 struct sqlite3_value;
 
+namespace quorbel {
+
+class PreparedStatement;
+
 /// A table's name and its column list, both as they go into CREATE TABLE.
 struct TableDescription {
     std::string name;
@@ -29,6 +33,8 @@ inline constexpr TransactionRetry kTryOnce{};
 inline constexpr TransactionRetry kTryForMinutes{true, 4000, std::chrono::milliseconds(30)};
 
 enum class TransactionKind { Immediate, Exclusive };
+
+}  // namespace quorbel
 
 /// One connection to one database file, and the program's only door to SQLite.
 ///
@@ -49,7 +55,7 @@ public:
     explicit CVSQLite3Database(std::string path, Sleep sleep = {});
     /// The same, and creates the table when it is missing; throws "Unable to set DB schema." besides. Of many
     /// processes that find it missing one creates it, and none empties it again.
-    CVSQLite3Database(std::string path, const TableDescription& table, Sleep sleep = {});
+    CVSQLite3Database(std::string path, const quorbel::TableDescription& table, Sleep sleep = {});
     /// Closes without waiting; a transaction in progress is rolled back.
     ~CVSQLite3Database() = default;
 
@@ -88,19 +94,19 @@ public:
     /// Compares the name with its case, unlike SQL itself.
     bool TableExists(const std::string& name);
     /// Drops the table, with its rows, and creates it anew.
-    bool SetSchema(const TableDescription& table);
+    bool SetSchema(const quorbel::TableDescription& table);
     bool SetSynchronous(int level);
 
     // The name goes into the statement as it is: an identifier or nothing. A failure reopens the database, so
     // that no transaction is in progress after it.
-    bool BeginImmediateTransaction(const std::string& name, const TransactionRetry& retry);
-    bool BeginExclusiveTransaction(const std::string& name, const TransactionRetry& retry);
-    bool CommitTransaction(const std::string& name, const TransactionRetry& retry);
-    bool RollbackTransaction(const std::string& name, const TransactionRetry& retry);
+    bool BeginImmediateTransaction(const std::string& name, const quorbel::TransactionRetry& retry);
+    bool BeginExclusiveTransaction(const std::string& name, const quorbel::TransactionRetry& retry);
+    bool CommitTransaction(const std::string& name, const quorbel::TransactionRetry& retry);
+    bool RollbackTransaction(const std::string& name, const quorbel::TransactionRetry& retry);
 
     /// Runs `body` inside a transaction: commits when it answers true, rolls back when it answers false or
     /// throws. True once committed.
-    bool InTransaction(TransactionKind kind, const TransactionRetry& retry,
+    bool InTransaction(quorbel::TransactionKind kind, const quorbel::TransactionRetry& retry,
                        const std::function<bool()>& body);
     /// May take minutes on a busy database.
     bool ExecuteUpdateInTransaction(const std::string& sql, CVSQLite3ResultSet& result,
@@ -119,7 +125,7 @@ public:
     static void ReplaceQuotes(char* buffer);
 
 private:
-    friend class PreparedStatement;
+    friend class quorbel::PreparedStatement;
 
     enum class Statement { BeginImmediate, BeginExclusive, Commit, Rollback };
     struct LastError {
@@ -142,13 +148,14 @@ private:
 
     void Update(int line, const std::string& sql, int* returnedRows);
     bool GetTable(const std::string& sql, CVSQLite3ResultSet& result);
-    bool CreateMissing(const TableDescription& table);
+    bool CreateMissing(const quorbel::TableDescription& table);
 
     static bool Begins(Statement statement);
-    bool RunTransactionStatement(Statement statement, const std::string& name, const TransactionRetry& retry);
-    bool RepeatWhileBusy(Statement statement, const std::string& sql, const TransactionRetry& retry);
+    bool RunTransactionStatement(Statement statement, const std::string& name,
+                                 const quorbel::TransactionRetry& retry);
+    bool RepeatWhileBusy(Statement statement, const std::string& sql, const quorbel::TransactionRetry& retry);
     void ReopenAfter(LastError error);
-    void RollBackKeepingError(const TransactionRetry& retry);
+    void RollBackKeepingError(const quorbel::TransactionRetry& retry);
 
     std::string path_;
     Sleep sleep_;

@@ -7,6 +7,8 @@
 #include "cvdblib/sqlite3/src/CVSQLite3Database.h"
 #include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
 
+using namespace quorbel;
+
 namespace {
 
 struct FreeText {

@@ -9,6 +9,8 @@
 #include "cvdblib/sqlite3/src/CVDBexception.h"
 #include "cvdblib/sqlite3/src/CVSQLite3Database.h"
 
+using namespace quorbel;
+
 namespace {
 
 // In the order of CVSQLite3Database::Statement.

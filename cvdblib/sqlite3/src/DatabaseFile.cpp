@@ -6,6 +6,8 @@
 
 #include <cerrno>
 
+namespace quorbel {
+
 namespace {
 
 bool Allows(const std::string& path, int mode) {
@@ -37,3 +39,5 @@ bool IsWritableDatabase(const std::string& path) {
     if (stat(path.c_str(), &status) != 0) return errno == ENOENT;
     return IsRegular(status) && Allows(path, R_OK | W_OK);
 }
+
+}  // namespace quorbel

@@ -8,6 +8,8 @@
 #include "CVioFile.h"
 #include "util/StringRoutines.h"
 
+namespace quorbel {
+
 namespace {
 
 constexpr std::string_view kDirective = "#define";
@@ -62,3 +64,5 @@ bool ReadWholeLine(CVioFile& file, std::string& line) {
     }
     return !line.empty();
 }
+
+}  // namespace quorbel

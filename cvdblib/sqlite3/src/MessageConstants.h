@@ -7,6 +7,8 @@
 
 class CVioFile;
 
+namespace quorbel {
+
 /// A text of the catalogue and the number it is known by.
 struct MessageConstant {
     std::int32_t id;
@@ -22,3 +24,5 @@ std::optional<MessageConstant> ParseMessageConstant(std::string_view line);
 
 /// The next line of the file, whatever its length; false at the end. Throws CVioException.
 bool ReadWholeLine(CVioFile& file, std::string& line);
+
+}  // namespace quorbel

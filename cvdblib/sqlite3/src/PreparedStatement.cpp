@@ -4,6 +4,8 @@
 
 #include "cvdblib/sqlite3/src/CVSQLite3Database.h"
 
+namespace quorbel {
+
 void PreparedStatement::Finalize::operator()(sqlite3_stmt* statement) const noexcept {
     sqlite3_finalize(statement);
 }
@@ -50,3 +52,5 @@ void PreparedStatement::Run() {
     const int code = sqlite3_step(statement_.get());
     Check(code == SQLITE_DONE || code == SQLITE_ROW, code, __LINE__, "run");
 }
+
+}  // namespace quorbel

@@ -7,6 +7,8 @@
 class CVSQLite3Database;
 struct sqlite3_stmt;
 
+namespace quorbel {
+
 /// An SQL statement whose values are bound to its "?" by position, counted from 1; no text of a value can
 /// change what the statement does.
 ///
@@ -38,3 +40,5 @@ private:
     std::string sql_;
     std::unique_ptr<sqlite3_stmt, Finalize> statement_;
 };
+
+}  // namespace quorbel

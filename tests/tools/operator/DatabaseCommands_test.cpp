@@ -4,6 +4,8 @@
 #include "syslib/CVLogSQLiteProcessor.h"
 #include "tests/tools/operator/OperatorSite.h"
 
+using namespace quorbel;
+
 using testing::HasSubstr;
 
 namespace {

@@ -3,6 +3,8 @@
 
 #include "tests/tools/operator/OperatorSite.h"
 
+using namespace quorbel;
+
 using testing::HasSubstr;
 
 namespace {

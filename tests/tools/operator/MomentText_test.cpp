@@ -4,6 +4,8 @@
 
 #include <cstdlib>
 
+using namespace quorbel;
+
 TEST(MomentText, ReadsDatesAndAges) {
     setenv("TZ", "UTC", 1);
     constexpr std::time_t kNow = 1706778303;  // 2024-02-01 09:05:03

@@ -7,6 +7,8 @@
 
 #include "syslib/CVLogSQLiteProcessor.h"
 
+namespace quorbel {
+
 namespace fs = std::filesystem;
 
 namespace {
@@ -72,3 +74,5 @@ ProgramResult AsNobody(const std::string& program, const std::vector<std::string
     words.insert(words.end(), arguments.begin(), arguments.end());
     return Run("/usr/bin/setpriv", words);
 }
+
+}  // namespace quorbel

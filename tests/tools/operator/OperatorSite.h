@@ -7,6 +7,8 @@
 #include "tests/support/ProgramRun.h"
 #include "tests/support/TempDir.h"
 
+namespace quorbel {
+
 /// A site of its own for one test, in which the real programs run: config/dir, config/cvlogs.ini, logs/.
 /// Their time zone is UTC.
 class OperatorSite {
@@ -37,3 +39,5 @@ std::string Outcome(const ProgramResult& result);
 
 /// Runs `body` as a user who may not write what root has made; at once when the test is run by such a one.
 ProgramResult AsNobody(const std::string& program, const std::vector<std::string>& arguments);
+
+}  // namespace quorbel

@@ -4,6 +4,8 @@
 
 #include "tools/operator/Characters.h"
 
+using namespace quorbel;
+
 TEST(TextEscapes, MakesOneValidJsonStringOfAnyBytes) {
     const struct {
         std::string text;

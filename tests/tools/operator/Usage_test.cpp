@@ -3,6 +3,8 @@
 
 #include "tests/tools/operator/OperatorSite.h"
 
+using namespace quorbel;
+
 TEST(Usage, EndsWithTwoForWrongUsageAndLeavesStandardOutputEmpty) {
     const OperatorSite site;
     const std::vector<std::string> cases[] = {
