@@ -1,0 +1,113 @@
+#include "process/DeliveryEntry.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <ctime>
+
+using namespace quorbel;
+using std::chrono::milliseconds;
+
+namespace {
+
+Delivery Answered() {
+    Delivery delivery;
+    delivery.at = std::chrono::system_clock::from_time_t(1795273500) + milliseconds(123);
+    delivery.id = "7f3a9c21";
+    delivery.method = "SendStdMessage";
+    delivery.to = "night";
+    delivery.outcome = Outcome::Answered;
+    delivery.server = "http://pager1:8080";
+    delivery.httpStatus = 200;
+    delivery.duration = milliseconds(12);
+    delivery.replySize = 32;
+    delivery.client = "10.0.0.5";
+    delivery.reply = "OK job 100001.1 queued for night";
+    return delivery;
+}
+
+class DeliveryEntryTest : public testing::Test {
+protected:
+    void SetUp() override { SetZone("<+0530>-5:30"); }
+    void TearDown() override { SetZone(nullptr); }
+    static void SetZone(const char* zone) {
+        if (zone == nullptr) {
+            unsetenv("TZ");
+        } else {
+            setenv("TZ", zone, 1);
+        }
+        tzset();
+    }
+};
+
+}  // namespace
+
+TEST_F(DeliveryEntryTest, TellsAnAnsweredRequestInOneLine) {
+    EXPECT_EQ(
+        DeliveryEntry(Answered()),
+        "at=2026-11-21T20:35:00.123+05:30 id=7f3a9c21 method=SendStdMessage to=night "
+        "server=http://pager1:8080 via=primary outcome=answered http=200 ms=12 bytes=32 client=10.0.0.5 "
+        "reply=\"OK job 100001.1 queued for night\"");
+    SetZone("<-0330>3:30");
+    EXPECT_TRUE(DeliveryEntry(Answered()).starts_with("at=2026-11-21T11:35:00.123-03:30 ")) << "west of UTC";
+}
+
+TEST_F(DeliveryEntryTest, TellsARefusalWithoutServerAndTimes) {
+    Delivery refused;
+    refused.id = "x";
+    refused.method = "AddGroup";
+    refused.fault = "2004 Missing URL";
+    refused.cut = "szGroupName,szDescription";
+    EXPECT_EQ(DeliveryEntry(refused),
+              "at=1970-01-01T05:30:00.000+05:30 id=x method=AddGroup outcome=refused "
+              "cut=szGroupName,szDescription fault=\"2004 Missing URL\"");
+}
+
+TEST_F(DeliveryEntryTest, KeepsEveryValueOnOneLineOfValidText) {
+    const struct {
+        std::string text, value;
+    } cases[] = {
+        {"night", "night"},
+        {"", "\"\""},
+        {"O'Brien", "\"O'Brien\""},
+        {"a=b", "\"a=b\""},
+        {"say \"hi\" \\", "\"say \\\"hi\\\" \\\\\""},
+        {"one\r\ntwo\tthree", "\"one\\r\\ntwo\\tthree\""},
+        {std::string("nul\0esc\x1B[31m\x7F", 13), "\"nul\\x00esc\\x1b[31m\\x7f\""},
+        {"M\xC3\xBCller", "\"M\xC3\xBCller\""},
+        {"bad \xFF\xC3", "\"bad \\xff\\xc3\""},
+        {"c1 \xC2\x9B", "\"c1 \\xc2\\x9b\""},  // a terminal takes it for ESC [
+        {"turn \xE2\x80\xAE line \xE2\x80\xA8", "\"turn \\xe2\\x80\\xae line \\xe2\\x80\\xa8\""},
+    };
+    for (const auto& c : cases) EXPECT_EQ(LogfmtValue(c.text), c.value);
+}
+
+TEST_F(DeliveryEntryTest, TellsOnlyTheBeginningOfTheReply) {
+    Delivery delivery = Answered();
+    delivery.reply = std::string(199, 'a') + "\xC3\xBC" + std::string(1000, 'b');
+    EXPECT_TRUE(DeliveryEntry(delivery).ends_with("reply=\"" + std::string(199, 'a') + "\\xc3\""));
+}
+
+TEST_F(DeliveryEntryTest, RaisesTheLevelWithTheTrouble) {
+    const struct {
+        Outcome outcome;
+        bool viaSecondary;
+        long status;
+        EventLevel level;
+    } cases[] = {
+        {Outcome::Answered, false, 399, EventLevel::Info},
+        {Outcome::Answered, false, 400, EventLevel::Warn},
+        {Outcome::Answered, true, 200, EventLevel::Warn},
+        {Outcome::Refused, false, 0, EventLevel::Warn},
+        {Outcome::NotConnected, false, 0, EventLevel::Error},
+        {Outcome::Unknown, false, 0, EventLevel::Error},
+        {Outcome::Sending, false, 0, EventLevel::Debug},
+    };
+    for (const auto& c : cases) {
+        Delivery delivery;
+        delivery.outcome = c.outcome;
+        delivery.viaSecondary = c.viaSecondary;
+        delivery.httpStatus = c.status;
+        EXPECT_EQ(LevelOf(delivery), c.level) << static_cast<int>(c.outcome) << " " << c.status;
+    }
+}
