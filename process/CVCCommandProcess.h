@@ -22,6 +22,7 @@ public:
 protected:
     /// Rewrites the result line (at most 1023 bytes) and returns it.
     const char* FormatResultLine(std::string_view text, std::string_view code);
+    void ForgetResult() { resultLine_[0] = '\0'; }
 
 private:
     void SendCommand(quorbel::CommandParameters command);

@@ -16,6 +16,13 @@ void CVCSoapProcess::Run(RunMode mode) {
     }
 }
 
+void CVCSoapProcess::Reset() {
+    SetEventLog(nullptr);
+    ForgetResult();
+    resultText_.clear();
+    mode_ = RunMode::Administration;
+}
+
 void CVCSoapProcess::ShowResult(std::string_view text, std::string_view code) {
     if (mode_ == RunMode::Messaging) {
         FormatResultLine(text, code);

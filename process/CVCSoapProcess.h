@@ -24,6 +24,9 @@ public:
     /// The last reply of a messaging run; empty before any run.
     const std::string& ResultText() const { return resultText_; }
 
+    /// Forgets what a run left: its log, its result and its mode.
+    void Reset();
+
     void ShowResult(std::string_view text, std::string_view code) override;
     void ShowReply(std::string_view text) override;
 

@@ -44,7 +44,7 @@ void WriteFault(std::string_view text) {
     WriteFaultString(EscapeXml(text));
 }
 
-void ForgetAnswer() {
+void BeginAnswer() {
     faultWritten = false;
 }
 

@@ -20,7 +20,7 @@ void WriteFault(std::string_view code, std::string_view text);
 /// A SOAP fault for a text that begins with its number.
 void WriteFault(std::string_view text);
 
-/// Forgets that a fault was written, for tests that write several answers in one process.
-void ForgetAnswer();
+/// Begins the answer of a new run: a fault of the run before no longer counts.
+void BeginAnswer();
 
 }  // namespace quorbel

@@ -24,7 +24,7 @@ protected:
         CopyText(m_szHostName, "pager-host");
         CopyText(g_szCommand, "SendStdMessage");
     }
-    void TearDown() override { ForgetAnswer(); }
+    void TearDown() override { BeginAnswer(); }
 };
 
 }  // namespace

@@ -1,0 +1,148 @@
+#include "process/ServeRequest.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "process/CVCSoapProcess.h"
+#include "process/Translation.h"
+#include "soap/AdminRecords.h"
+#include "soap/AnswerWriter.h"
+#include "soap/CVsoap.h"
+#include "soap/CVsoapParser.h"
+#include "soap/MethodTable.h"
+#include "soap/RequestGlobals.h"
+#include "soap/RequestRecord.h"
+#include "syslib/CVsysEventLogInterface.h"
+#include "syslib/CVsysEventLogModNames.h"
+#include "util/BoundedText.h"
+#include "util/ConfigPath.h"
+#include "util/SpoolDirectories.h"
+#include "util/StringRoutines.h"
+
+namespace quorbel {
+
+namespace {
+
+constexpr int kServed = 0;
+constexpr int kNotServed = -1;
+constexpr char kConfigDirectory[] = "../../config";  // relative to the directory of CGI programs
+constexpr char kDirectoryFile[] = "dir";
+constexpr char kLogFile[] = "soap_log.txt";
+constexpr char kSource[] = "CVsoap";
+
+/// The place for process-wide start-up, and for its counterpart at the end.
+bool StartUp() {
+    return true;
+}
+void ShutDown() {}
+
+void ReadSiteDirectories() {
+    CopyText(g_strConfigDir, kConfigDirectory);
+    LoadDirectoryConfig(kDirectoryFile, g_tDir);
+    CopyText(gArguments.logDirectory, DirectoryOf(g_tDir, DirectorySlot::Log));
+}
+
+void ReadHostName() {
+    gethostname(m_szHostName, sizeof m_szHostName - 1);  // the last byte stays zero: a long name is not ended
+    TrimSpaces(m_szHostName);
+}
+
+/// The log of the run. Never deleted at the end of a process: entries may still come while it ends.
+CVsysEventLogInterface* runLog = nullptr;
+
+/// The log of module "SOAP", until the next run; null when it cannot be used.
+CVsysEventLogInterface* StartLog() {
+    MakeConfigPath(m_szPath, sizeof m_szPath, gArguments.logDirectory, kLogFile);
+    CVsysEventLogInterface::SetDefaultLogDirectory(gArguments.logDirectory);
+    runLog = CVsysEventLogInterface::Create(CVsysEventLogModNames[kSoapModule], LogThreading::Single,
+                                            g_strConfigDir)
+                 .release();
+    if (runLog == nullptr || !runLog->IsReady()) return nullptr;
+    return CVsysEventLogInterface::GetInstance(__LINE__, kSource);
+}
+
+/// A site that cannot be read is reported like one that cannot log: the operator looks at the same place for
+/// both.
+CVsysEventLogInterface* SetUp() {
+    try {
+        ReadHostName();  // first: the fault of a site that cannot be read names this machine, too
+        ReadSiteDirectories();
+        return StartLog();
+    } catch (...) {
+        return nullptr;
+    }
+}
+
+int Refuse(const char* fault) {
+    WriteFault(fault);
+    return kNotServed;
+}
+
+/// Fills the record from the request body; kServed when it holds a well-formed envelope.
+int ReadPost(RequestRecord& record, CVLogInterface& log) {
+    const HeapText body = ReadRequestBody(log);
+    if (!body) return Refuse("2030 Invalid SOAP envelope length");
+    log.Trace("", "%s\n", body.get());
+    if (ParseEnvelope(body.get(), record, log) == 0) return Refuse("2030 Invalid SOAP message");
+    return kServed;
+}
+
+/// A GET goes on with an empty record, which translation refuses; any other method gets no answer at all.
+int ReadRequest(RequestRecord& record, CVLogInterface& log) {
+    const char* method = std::getenv("REQUEST_METHOD");
+    log.Trace(nullptr, "REQUEST_METHOD=%s", method == nullptr ? "(NULL)" : method);
+    if (method == nullptr) return kNotServed;
+    if (std::string(method) == "POST") return ReadPost(record, log);
+    DropRequestBody();
+    return std::string(method) == "GET" ? kServed : kNotServed;
+}
+
+/// Only memory can run out here. The client is told in the transport's words.
+void Translate(const RequestRecord& record) {
+    try {
+        TranslateRequest(record);
+    } catch (...) {
+        WriteFault("2012", "Out of memory");
+    }
+}
+
+}  // namespace
+
+void ResetRun() {
+    BeginAnswer();
+    CopyText(g_szCommand, "");
+    currentMethodCode = kNoMethod;
+    gArguments = {};
+    g_tDept = {};
+    g_tUser = {};
+    g_tAdminInfo = {};
+    g_tUserGroup = {};
+    gParameters = {};
+    gMsgParameters = {};
+    soapProcess.Reset();
+    delete runLog;
+    runLog = nullptr;
+}
+
+int ServeRequest(const char* programPath) {
+    ResetRun();
+    RequestRecord record;
+    WriteHeader();
+    StartUp();
+    CVsysEventLogInterface* log = SetUp();
+    if (log == nullptr) {
+        DropRequestBody();
+        ShutDown();
+        return Refuse("2301 Invalid log directory");
+    }
+    log->Trace(nullptr, "%s\n", std::string(58, '=').c_str());
+    log->Trace(nullptr, "Quorbel SOAP [%s] STARTED \n", programPath);
+    if (ReadRequest(record, *log) != kServed) return kNotServed;
+    Translate(record);
+    ShutDown();
+    return kServed;
+}
+
+}  // namespace quorbel
