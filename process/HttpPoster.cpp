@@ -39,6 +39,12 @@ void CollectInto(CURL* handle, CURLoption function, CURLoption data, TextBuffer*
     curl_easy_setopt(handle, data, buffer);
 }
 
+/// The bundle alone decides whom the site trusts: the library would ask the system's directory of authorities, too.
+void TrustOnly(CURL* handle, const std::string& caFile) {
+    curl_easy_setopt(handle, CURLOPT_CAINFO, caFile.c_str());
+    curl_easy_setopt(handle, CURLOPT_CAPATH, nullptr);
+}
+
 /// The options of both styles that follow the body.
 void SetCommonOptions(CURL* handle) {
     curl_easy_setopt(handle, CURLOPT_VERBOSE, 0L);
@@ -62,7 +68,7 @@ int TransferBody(const PostTarget& target, const TextBuffer& body, TextBuffer* r
     curl_easy_setopt(handle, CURLOPT_POSTFIELDS, fields);
     curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE, static_cast<long>(std::strlen(fields)));
     SetCommonOptions(handle);
-    curl_easy_setopt(handle, CURLOPT_CAINFO, target.caFile.empty() ? kDefaultCaFile : target.caFile.c_str());
+    TrustOnly(handle, target.caFile.empty() ? kDefaultCaFile : target.caFile);
     CollectInto(handle, CURLOPT_WRITEFUNCTION, CURLOPT_WRITEDATA, reply);
     CollectInto(handle, CURLOPT_HEADERFUNCTION, CURLOPT_HEADERDATA, headers);
     return curl_easy_perform(handle);
@@ -161,7 +167,7 @@ int PostMultipart(const PostTarget& target, std::span<std::string> lines, const 
     curl_easy_setopt(handle, CURLOPT_URL, WithSlashes(target.url).c_str());
     form.PostWith(handle);
     SetCommonOptions(handle);
-    if (!target.caFile.empty()) curl_easy_setopt(handle, CURLOPT_CAINFO, target.caFile.c_str());
+    if (!target.caFile.empty()) TrustOnly(handle, target.caFile);
     CollectInto(handle, CURLOPT_HEADERFUNCTION, CURLOPT_HEADERDATA, reply);
     CollectInto(handle, CURLOPT_WRITEFUNCTION, CURLOPT_WRITEDATA, reply);
     return curl_easy_perform(handle);

@@ -73,4 +73,12 @@ std::string TestAuthority::Pem() const {
     return {text, static_cast<std::size_t>(length)};
 }
 
+std::string TestAuthority::NameInADirectory() const {
+    int known = 0;
+    char name[16];
+    std::snprintf(name, sizeof name, "%08lx.0",
+                  X509_NAME_hash_ex(X509_get_subject_name(own_.certificate.get()), nullptr, nullptr, &known));
+    return name;
+}
+
 }  // namespace quorbel

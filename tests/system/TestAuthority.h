@@ -30,6 +30,8 @@ public:
     Credential Issue(const std::string& names, int daysLeft = 10) const;
     /// The authority's own certificate, as a CA bundle holds it.
     std::string Pem() const;
+    /// The name under which a directory of authorities holds it.
+    std::string NameInADirectory() const;
 
 private:
     Credential own_;

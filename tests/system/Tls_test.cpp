@@ -1,5 +1,7 @@
 // HTTPS to the paging server: nothing is posted to one that the site's CA bundle does not vouch for.
 
+#include <curl/curl.h>
+#include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <httplib.h>
@@ -8,6 +10,7 @@
 #include <filesystem>
 #include <thread>
 
+#include "process/HttpPoster.h"
 #include "tests/support/LoopbackServer.h"
 #include "tests/system/FrontEnd.h"
 #include "tests/system/TestAuthority.h"
@@ -18,6 +21,9 @@ namespace fs = std::filesystem;
 using testing::HasSubstr;
 
 namespace {
+
+/// When not empty, stands for every directory of authorities that the transport asks.
+std::string directoryOfAuthorities;
 
 constexpr char kThisMachine[] = "IP:127.0.0.1";
 constexpr char kBundle[] = "config/ca-bundle.crt";
@@ -77,6 +83,12 @@ void ExpectRefusals(const FrontEnd& frontEnd, const std::string& url, const std:
 
 }  // namespace
 
+/// The TLS library's own operation, in front of it in this program.
+extern "C" int X509_STORE_load_path(X509_STORE* store, const char* path) {
+    static const auto load = reinterpret_cast<decltype(&X509_STORE_load_path)>(dlsym(RTLD_NEXT, __func__));
+    return load(store, directoryOfAuthorities.empty() ? path : directoryOfAuthorities.c_str());
+}
+
 TEST(Tls, PostsToAServerThatTheBundleVouchesFor) {
     const TestAuthority authority;
     const TestAuthority another;
@@ -110,6 +122,33 @@ TEST(Tls, PostsNothingToAnyOtherServer) {
         ExpectRefusals(frontEnd, server.Url(), c.text);
         EXPECT_EQ(server.Posts(), 0);
     }
+}
+
+TEST(Tls, TheSystemsDirectoryVouchesForNobody) {
+    const TestAuthority ours;
+    const TestAuthority systems;
+    const TlsServer server(systems.Issue(kThisMachine));
+    const TempDir directory;
+    const std::string bundle = directory.Write("ca-bundle.crt", ours.Pem());
+    directory.Write(systems.NameInADirectory(), systems.Pem());
+    directoryOfAuthorities = directory.Path();
+
+    CURL* unguarded = curl_easy_init();  // the transport as it is by itself
+    curl_easy_setopt(unguarded, CURLOPT_URL, server.Url().c_str());
+    curl_easy_setopt(unguarded, CURLOPT_CAINFO, bundle.c_str());
+    curl_easy_setopt(unguarded, CURLOPT_COPYPOSTFIELDS, "");
+    EXPECT_EQ(curl_easy_perform(unguarded), CURLE_OK) << "this test sees nothing";
+    curl_easy_cleanup(unguarded);
+
+    for (const std::string attachment : {"", "/etc/hostname"}) {
+        CommandParameters command;
+        command.attachment = attachment;
+        char output[100];
+        EXPECT_NE(PostCommand(output, sizeof output, command, server.Url(), "", bundle), 0);
+        EXPECT_STREQ(output, kNotVouchedFor);
+    }
+    EXPECT_EQ(server.Posts(), 1) << "only the one without this program's settings";
+    directoryOfAuthorities.clear();
 }
 
 TEST(Tls, PostsNothingWithoutABundle) {
