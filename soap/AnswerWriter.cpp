@@ -1,29 +1,20 @@
 #include "soap/AnswerWriter.h"
 
 #include <cstdio>
-#include <string>
 
-#include "soap/FaultEnvelope.h"
+#include "soap/Envelopes.h"
 #include "soap/RequestGlobals.h"
-#include "soap/ResponseEnvelope.h"
-#include "soap/XmlEscape.h"
 
 namespace quorbel {
 
 namespace {
 
-bool faultWritten = false;
+enum class Answer { None, Response, Fault };
+Answer answer = Answer::None;
 
-/// Output errors have no one left to hear of them: the client is gone.
-void Write(std::string_view text) {
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    std::fflush(stdout);
-}
-
-void WriteFaultString(std::string_view faultString) {
-    if (faultWritten) return;
-    faultWritten = true;
-    Write(FaultEnvelope(faultString, m_szHostName));
+/// Output errors go unnoticed: there is no other way to the client.
+void Write(std::string_view piece) {
+    std::fwrite(piece.data(), 1, piece.size(), stdout);
 }
 
 }  // namespace
@@ -33,19 +24,25 @@ void WriteHeader() {
 }
 
 void WriteResponse(std::string_view reply) {
-    if (!faultWritten) Write(ResponseEnvelope(g_szCommand, reply));
+    if (answer == Answer::Fault) return;
+    answer = Answer::Response;
+    MakeResponse(Write, g_szCommand, reply);
+    std::fflush(stdout);
 }
 
 void WriteFault(std::string_view code, std::string_view text) {
-    WriteFaultString(std::string(code) + " " + EscapeXml(text));
+    if (answer != Answer::None) return;
+    answer = Answer::Fault;
+    MakeFault(Write, code, text, m_szHostName);
+    std::fflush(stdout);
 }
 
 void WriteFault(std::string_view text) {
-    WriteFaultString(EscapeXml(text));
+    WriteFault("", text);
 }
 
 void BeginAnswer() {
-    faultWritten = false;
+    answer = Answer::None;
 }
 
 }  // namespace quorbel

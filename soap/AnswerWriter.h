@@ -5,8 +5,8 @@
 namespace quorbel {
 
 // Writes the answer to standard output, which the web server relays to the client. Nothing else of the
-// program may write there. Once a fault is written the run has its answer: every later call writes nothing,
-// so a client never sees a second document behind a fault.
+// program may write there. A client never gets a second document behind a fault, nor a fault behind a response: such
+// a call writes nothing.
 
 /// The CGI header and the empty line behind it. From here on everything written is the HTTP body.
 void WriteHeader();
@@ -20,7 +20,7 @@ void WriteFault(std::string_view code, std::string_view text);
 /// A SOAP fault for a text that begins with its number.
 void WriteFault(std::string_view text);
 
-/// Begins the answer of a new run: a fault of the run before no longer counts.
+/// Begins the answer of a new run: what the run before wrote no longer counts.
 void BeginAnswer();
 
 }  // namespace quorbel

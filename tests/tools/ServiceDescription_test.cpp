@@ -8,9 +8,8 @@
 #include <set>
 
 #include "soap/CVsoapParser.h"
-#include "soap/FaultEnvelope.h"
-#include "soap/ResponseEnvelope.h"
 #include "soap/ServiceNames.h"
+#include "tests/support/Documents.h"
 #include "tests/support/RecordingLog.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/XmlTree.h"
@@ -244,13 +243,13 @@ TEST_F(ServiceDescriptionTest, EndsWithTheServiceAndTheAddressToFillIn) {
 
 TEST_F(ServiceDescriptionTest, DescribesTheAnswersThatTheProgramGives) {
     for (const std::string& method : MethodNames()) {
-        const XmlNode answer = ParseXml(ResponseEnvelope(method, "OK\r\none\r\ntwo\r\n"));
+        const XmlNode answer = ParseXml(ResponseDocument(method, "OK\r\none\r\ntwo\r\n"));
         const XmlNode& body = answer.Child(kEnvelope + "Body");
         ASSERT_EQ(body.children.size(), 1u);
         ExpectBuiltAs(body.children[0], Named(Schema(0), kXs + "element", method + "Response"),
                       kServiceNamespace);
     }
-    const XmlNode fault = ParseXml(FaultEnvelope("2004 Missing URL", "host"));
+    const XmlNode fault = ParseXml(FaultDocument("2004", "Missing URL", "host"));
     const XmlNode& detail = fault.Child(kEnvelope + "Body").Child(kEnvelope + "Fault").Child("detail");
     ASSERT_EQ(detail.children.size(), 1u);
     ExpectBuiltAs(detail.children[0], Schema(1).Child(kXs + "element"), kErrorNamespace);

@@ -1,6 +1,6 @@
 #include "tools/wsdl/XmlWriter.h"
 
-#include "soap/XmlEscape.h"
+#include "soap/Envelopes.h"
 
 namespace quorbel {
 

@@ -1,6 +1,8 @@
-#include "soap/ResponseEnvelope.h"
+#include "soap/Envelopes.h"
 
 #include <gtest/gtest.h>
+
+#include "tests/support/Documents.h"
 
 using namespace quorbel;
 
@@ -36,7 +38,7 @@ std::string List(const std::vector<std::string>& items) {
 
 }  // namespace
 
-TEST(ResponseEnvelope, CarriesTheReplyAsOneText) {
+TEST(Envelopes, CarriesTheReplyAsOneText) {
     const struct {
         const char* reply;
         const char* text;
@@ -48,10 +50,10 @@ TEST(ResponseEnvelope, CarriesTheReplyAsOneText) {
         {"", ""},
     };
     for (const auto& c : cases)
-        EXPECT_EQ(ResponseEnvelope("AddGroup", c.reply), TextAnswer(c.text)) << c.reply;
+        EXPECT_EQ(ResponseDocument("AddGroup", c.reply), TextAnswer(c.text)) << c.reply;
 }
 
-TEST(ResponseEnvelope, SplitsAQueryReplyIntoMessageAndItems) {
+TEST(Envelopes, SplitsAQueryReplyIntoMessageAndItems) {
     const std::string end = "</szResponseMessage>\n";
     const struct {
         std::string reply;
@@ -71,9 +73,46 @@ TEST(ResponseEnvelope, SplitsAQueryReplyIntoMessageAndItems) {
         {"", end},
     };
     for (const auto& c : cases)
-        EXPECT_EQ(ResponseEnvelope("QueryGroup", c.reply), QueryAnswer(c.content)) << c.reply;
+        EXPECT_EQ(ResponseDocument("QueryGroup", c.reply), QueryAnswer(c.content)) << c.reply;
 }
 
-TEST(ResponseEnvelope, LooksForQueryInTheExactSpelling) {
-    EXPECT_EQ(ResponseEnvelope("query", "a\r\n").find("szResponseMessage"), std::string::npos);
+TEST(Envelopes, LooksForQueryInTheExactSpelling) {
+    EXPECT_EQ(ResponseDocument("query", "a\r\n").find("szResponseMessage"), std::string::npos);
+}
+
+TEST(Envelopes, WriteReservedCharactersAsEntities) {
+    EXPECT_EQ(EscapeXml("<a href='x' b=\"y\">&amp;</a>"),
+              "&lt;a href=&apos;x&apos; b=&quot;y&quot;&gt;&amp;amp;&lt;/a&gt;");
+    EXPECT_EQ(EscapeXml("a\tb\nc\r\nd\re\r", WhiteSpace::AsEntities), "a&#xA;b&#xA;c&#xA;d&#xD;e&#xD;");
+}
+
+TEST(Envelopes, KeepValidTextAndReplaceAllElse) {
+    const struct {
+        std::string text;
+        std::string escaped;
+    } cases[] = {
+        {"", ""},
+        {"caf\xC3\xA9 \t\r\n\x7F", "caf\xC3\xA9 \t\r\n\x7F"},
+        {"\xEF\xBF\xBD \xEE\x80\x80 \xF4\x8F\xBF\xBF", "\xEF\xBF\xBD \xEE\x80\x80 \xF4\x8F\xBF\xBF"},
+        {"M\xFFller", "M\xEF\xBF\xBDller"},
+        {std::string("a\0b\x1B[31m", 8),
+         "a\xEF\xBF\xBD"
+         "b\xEF\xBF\xBD[31m"},
+        {"\xEF\xBF\xBE\xEF\xBF\xBF", "\xEF\xBF\xBD\xEF\xBF\xBD"},                  // U+FFFE, U+FFFF
+        {"\xED\xA0\x80", "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"},                  // a surrogate
+        {"\xC0\xBC<", "\xEF\xBF\xBD\xEF\xBF\xBD&lt;"},                             // a blind "<"
+        {"\xE2\x82", "\xEF\xBF\xBD\xEF\xBF\xBD"},                                  // cut
+        {"\xF4\x90\x80\x80", "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"},  // beyond U+10FFFF
+    };
+    for (const auto& c : cases) EXPECT_EQ(EscapeXml(c.text), c.escaped) << c.text;
+}
+
+TEST(Envelopes, EscapeTheHostName) {
+    EXPECT_NE(FaultDocument("2004", "x", "a<b").find("<faultactor>http://a&lt;b/quorbel.wsdl<"),
+              std::string::npos);
+}
+
+TEST(Envelopes, HandOnALongTextWhole) {
+    const std::string text(100'000, 'x');
+    EXPECT_EQ(EscapeXml("<" + text + ">"), "&lt;" + text + "&gt;");
 }
