@@ -9,6 +9,7 @@ import re
 import sys
 import tempfile
 import time
+from xml.parsers import expat
 
 from generator import Generator
 from pager import Pager
@@ -40,11 +41,21 @@ def compare(seed):
     """(seed, what was reached, the differences as text)"""
     request = worker.request(seed)
     old, new = worker.old.serve(request), worker.new.serve(request)
-    different = old.differences(new)
-    if different:
+    found = [(name + " differs", excerpts(getattr(old, name), getattr(new, name))) for name in old.differences(new)]
+    if not is_document(new.output):
+        found.append(("the new answer is no XML document", [repr(new.output)]))
+    if found:
         keep(worker.options.directory / str(seed), request, old, new)
-    return seed, reached(request, old), [
-        (name, excerpts(getattr(old, name), getattr(new, name))) for name in different]
+    return seed, reached(request, old), found
+
+
+def is_document(output):
+    """Whether an answer is one well-formed document, or nothing at all."""
+    body = output.partition(b"\n\n")[2]
+    try:
+        return not body or expat.ParserCreate().Parse(body, True) == 1
+    except expat.ExpatError:
+        return False
 
 
 def reached(request, run):
@@ -109,7 +120,7 @@ def main():
                 counts.update(what)
                 differences += bool(found)
                 for name, lines in found:
-                    print(f"seed {seed} ({what[0]}): {name} differs", *lines, sep="\n    ", flush=True)
+                    print(f"seed {seed} ({what[0]}): {name}", *lines, sep="\n    ", flush=True)
     for what, count in sorted(counts.items()):
         print(f"{count:7} {what}")
     rate = options.count / (time.monotonic() - begin)

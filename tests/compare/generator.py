@@ -178,6 +178,8 @@ class Generator:
     # Values
 
     def value(self, element):
+        if element in values.CHOICES and self.often(0.7):
+            return self.random.choice(values.CHOICES[element])
         if self.plain or (element.startswith("szAdmin") and self.often(0.7)):
             return self.random.choice(["true", "false"]) if element.startswith("b") else f"v{element[-3:]} 1"
         return values.value(self.random, element, latin1=self.encoding == "latin-1", forged=self.all_shapes)

@@ -10,7 +10,11 @@ BREAKS = ["\n", "\r\n", "\t", " ", "\n\n  "]
 MARKUP = ["<![CDATA[a<b>&c]]>", "<![CDATA[]]>", "<!-- note -->", "<?pi data?>", "<![CDATA[ ]]>"]
 BOOLEANS = ["true", "false", "True", "FALSE", "0", "1", "", "fals", "falsch", "fal", "00", "01", " 0", "0 ", "no", "yes",
             "f", "t", "10", "-1", "\n", "&#48;", "FaLsE"]
-AUTHENTICATIONS = ["", "sql", "SQL", "nt", "Nt", "sqlx", "windows", " sql", "nt\n", "s&#113;l", "sqlsqlsqlsql"]
+# Elements whose value decides about others.
+CHOICES = {
+    "szAuthen": ["", "sql", "SQL", "nt", "Nt", "sqlx", "windows", " sql", "nt\n", "s&#113;l", "sqlsqlsqlsql"],
+    "szCarrier": ["Voice", "voice", "VOICE", "voices", "Voice ", "sms"],
+}
 # Around the widths of the records, and around what one value of a post can hold.
 LENGTHS = [9, 10, 19, 20, 29, 30, 49, 50, 51, 99, 100, 101, 102, 255, 1023, 1024, 2047, 3330, 3333, 9990, 9999, 10001,
            70000]
@@ -46,8 +50,6 @@ def text(random, latin1=False, forged=False):
 def value(random, element, **shape):
     """What stands in `element`: a boolean or a number where one is expected, most of the time."""
     usual = random.random() < 0.9
-    if element == "szAuthen":
-        return random.choice(AUTHENTICATIONS)
     if element.startswith("b") and usual:
         return random.choice(BOOLEANS)
     if element.startswith("n") and usual:

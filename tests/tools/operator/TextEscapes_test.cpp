@@ -1,10 +1,12 @@
-#include "tools/operator/Text.h"
+#include "tools/cvlogs/TextEscapes.h"
 
 #include <gtest/gtest.h>
 
+#include "tools/operator/Characters.h"
+
 using namespace quorbel;
 
-TEST(Text, MakesOneValidJsonStringOfAnyBytes) {
+TEST(TextEscapes, MakesOneValidJsonStringOfAnyBytes) {
     const struct {
         std::string text;
         const char* json;
@@ -23,11 +25,11 @@ TEST(Text, MakesOneValidJsonStringOfAnyBytes) {
     for (const auto& c : cases) EXPECT_EQ(JsonString(c.text), c.json);
 }
 
-TEST(Text, KeepsTabsAndLineEndsOutOfAField) {
+TEST(TextEscapes, KeepsTabsAndLineEndsOutOfAField) {
     EXPECT_EQ(TsvField("a\tb\nc\rd\\n"), R"(a\tb\nc\rd\\n)");
 }
 
-TEST(Text, ShowsWhatATerminalWouldActOn) {
-    EXPECT_EQ(Visible("plain \xC3\xA9"), "plain \xC3\xA9");
-    EXPECT_EQ(Visible("\x1b[2J\t\n\x7f\xC2\x9B\xE9"), "<ESC>[2J<HT><NL><DEL><9b><e9>");
+TEST(TextEscapes, ShowsWhatATerminalWouldActOn) {
+    EXPECT_EQ(Shown("plain \xC3\xA9"), "plain \xC3\xA9");
+    EXPECT_EQ(Shown("\x1b[2J\t\n\x7f\xC2\x9B\xE9"), "<ESC>[2J<HT><NL><DEL><9b><e9>");
 }
