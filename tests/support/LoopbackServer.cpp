@@ -1,96 +1,32 @@
 #include "tests/support/LoopbackServer.h"
 
-#include <httplib.h>
-
-#include <mutex>
-#include <thread>
+#include <utility>
 
 namespace quorbel {
 
-struct LoopbackServer::Running {
-    LoopbackReply reply;
-    httplib::Server server;
-    int port = 0;
-    std::thread thread;
-    mutable std::mutex mutex;
-    std::vector<LoopbackPost> posts;
+LoopbackServer::LoopbackServer(HttpReply reply)
+    : reply_(std::move(reply)), server_([this](const HttpPost& post) { return Take(post); }) {
+    port_ = server_.Bind(0);
+    server_.Start();
+}
 
-    void Take(const httplib::Request& request, std::string body) {
-        const std::lock_guard guard(mutex);
-        posts.push_back({request.target, std::move(body), request.get_header_value("Content-Type"),
-                         request.get_header_value("User-Agent"), request.version,
-                         request.has_header("Expect")});
+HttpReply LoopbackServer::Take(HttpPost post) {
+    for (const auto& part : post.parts) {
+        post.body += part.name + (part.fileName.empty() ? "" : ":" + part.fileName) + "=";
+        post.body += part.content + "\n";
     }
-
-    void Answer(httplib::Response& response) const {
-        response.status = reply.status;
-        if (!reply.location.empty()) response.set_header("Location", reply.location);
-        if (reply.missing == 0) {
-            response.set_content(reply.body, "text/plain");
-            return;
-        }
-        response.set_content_provider(reply.body.size() + reply.missing, "text/plain",
-                                      [this](std::size_t offset, std::size_t, httplib::DataSink& sink) {
-                                          if (offset >= reply.body.size())
-                                              return false;  // ends the connection short of the promise
-                                          return sink.write(reply.body.data() + offset,
-                                                            reply.body.size() - offset);
-                                      });
-    }
-};
-
-namespace {
-
-std::string ReadForm(const httplib::ContentReader& content) {
-    std::string form;
-    content(
-        [&](const httplib::MultipartFormData& part) {
-            form += part.name + (part.filename.empty() ? "" : ":" + part.filename) + "=";
-            return true;
-        },
-        [&](const char* data, std::size_t length) {
-            form.append(data, length) += '\n';
-            return true;
-        });
-    return form;
-}
-
-std::string ReadBody(const httplib::ContentReader& content) {
-    std::string body;
-    content([&](const char* data, std::size_t length) {
-        body.append(data, length);
-        return true;
-    });
-    return body;
-}
-
-}  // namespace
-
-LoopbackServer::LoopbackServer(LoopbackReply reply) : running_(std::make_unique<Running>()) {
-    running_->reply = std::move(reply);
-    running_->server.set_keep_alive_max_count(1);
-    running_->server.Post(".*", [this](const httplib::Request& request, httplib::Response& response,
-                                       const httplib::ContentReader& content) {
-        running_->Take(request, request.is_multipart_form_data() ? ReadForm(content) : ReadBody(content));
-        running_->Answer(response);
-    });
-    running_->port = running_->server.bind_to_any_port("127.0.0.1");
-    running_->thread = std::thread([this] { running_->server.listen_after_bind(); });
-    while (!running_->server.is_running()) std::this_thread::yield();
-}
-
-LoopbackServer::~LoopbackServer() {
-    running_->server.stop();
-    running_->thread.join();
+    const std::lock_guard guard(mutex_);
+    posts_.push_back(std::move(post));
+    return reply_;
 }
 
 std::string LoopbackServer::Url() const {
-    return "http://127.0.0.1:" + std::to_string(running_->port) + "/cmd";
+    return "http://127.0.0.1:" + std::to_string(port_) + "/cmd";
 }
 
-std::vector<LoopbackPost> LoopbackServer::Posts() const {
-    const std::lock_guard guard(running_->mutex);
-    return running_->posts;
+std::vector<HttpPost> LoopbackServer::Posts() const {
+    const std::lock_guard guard(mutex_);
+    return posts_;
 }
 
 std::vector<std::string> LoopbackServer::Bodies() const {

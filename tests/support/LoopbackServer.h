@@ -1,42 +1,31 @@
 #pragma once
 
-#include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
+#include "tools/paging-standin/HttpServer.h"
+
 namespace quorbel {
 
-/// What a loopback server answers to every post.
-struct LoopbackReply {
-    std::string body = "OK\r\n";
-    int status = 200;
-    std::size_t missing = 0;    ///< bytes that are announced beyond the body and never sent
-    std::string location = {};  ///< a Location header when not empty
-};
-
-/// One post as it reached the server.
-struct LoopbackPost {
-    std::string target;
-    std::string body;  ///< of a multipart form: "name=value" parts, then "attach:<file name>=<content>"
-    std::string contentType;
-    std::string userAgent;
-    std::string version;
-    bool expects = false;  ///< carried an Expect header
-};
-
-/// A web server of its own on a free port of 127.0.0.1, for one test.
+/// A web server of its own on a free port of 127.0.0.1, for one test: records what it is sent. The body of a
+/// multipart form is recorded as a line for each part: "name=content", "attach:<file name>=<content>".
 class LoopbackServer {
 public:
-    explicit LoopbackServer(LoopbackReply reply = {});
-    ~LoopbackServer();
+    explicit LoopbackServer(HttpReply reply = {});
 
     std::string Url() const;
-    std::vector<LoopbackPost> Posts() const;
+    std::vector<HttpPost> Posts() const;
     std::vector<std::string> Bodies() const;
 
 private:
-    struct Running;
-    std::unique_ptr<Running> running_;
+    HttpReply Take(HttpPost post);
+
+    const HttpReply reply_;
+    mutable std::mutex mutex_;  // guards posts_
+    std::vector<HttpPost> posts_;
+    HttpServer server_;  // the first to go: its threads use all the others
+    int port_ = 0;
 };
 
 /// An address of this machine where nobody listens.

@@ -19,7 +19,7 @@ constexpr char kForm[] = "application/x-www-form-urlencoded";
 
 /// A server on a free port and what it prints.
 struct Served {
-    explicit Served(Misbehaviour misbehaviour = {}) : server(std::move(misbehaviour), log) {
+    explicit Served(SimulatedFailure failure = {}) : server(std::move(failure), log) {
         port = server.Start(0);
     }
 
@@ -67,7 +67,7 @@ TEST(StandinServer, TakesAnAttachment) {
     EXPECT_THAT(served.log.str(), testing::HasSubstr("  attach=@report.txt (4 bytes)\n"));
 }
 
-TEST(StandinServer, MisbehavesAsAsked) {
+TEST(StandinServer, FailsAsAsked) {
     const Served canned({.status = 500, .reply = "50%% done\r\nitem"});
     const auto failed = canned.Post("cmd=Cli");
     ASSERT_TRUE(failed);
@@ -83,7 +83,7 @@ TEST(StandinServer, MisbehavesAsAsked) {
 TEST(StandinServer, EndsDuringADelay) {
     const TempDir dir;
     std::ofstream log(dir / "log");
-    auto server = std::make_unique<PagingServer>(Misbehaviour{.delay = std::chrono::minutes(10)}, log);
+    auto server = std::make_unique<PagingServer>(SimulatedFailure{.delay = std::chrono::minutes(10)}, log);
     std::thread client([port = server->Start(0)] {
         httplib::Client("127.0.0.1", port).Post("/", "cmd=Cli&name=oncall", kForm);
     });

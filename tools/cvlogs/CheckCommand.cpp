@@ -1,10 +1,7 @@
-#include <CLI/CLI.hpp>
-
 #include <pwd.h>
 #include <unistd.h>
 
 #include <filesystem>
-#include <memory>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -14,7 +11,6 @@
 #include "tools/cvlogs/LikelyMistakes.h"
 #include "tools/cvlogs/LogConfig.h"
 #include "tools/operator/Output.h"
-#include "tools/operator/Program.h"
 #include "util/StringRoutines.h"
 
 namespace quorbel {
@@ -79,7 +75,9 @@ std::vector<std::string> Warnings(LogConfig& config, const std::string& unreadDi
     return warnings;
 }
 
-void Check(const std::string& configDirectory) {
+}  // namespace
+
+void CheckConfiguration(const std::string& configDirectory) {
     const std::string unreadDirectories = UseLogDirectory(configDirectory);
     LogConfig config(configDirectory);
     PrintLine(config.Path() + " as user " + UserName() + " finds it");
@@ -94,20 +92,6 @@ void Check(const std::string& configDirectory) {
     if (!warnings.empty()) PrintLine("");
     for (const auto& warning : warnings) PrintLine("warning: " + warning);
     RequireReady(notReady);
-}
-
-}  // namespace
-
-void DeclareCheck(CLI::App& app) {
-    const auto directory = std::make_shared<std::string>();
-    auto* command = app.add_subcommand("check", "Show how each module logs, and what is likely a mistake");
-    NotEmpty(command->add_option("--config-dir", *directory, "Directory of cvlogs.ini"))
-        ->type_name("DIR")
-        ->required();
-    command->footer(
-        "Changes nothing. Run it as the user of the program in question: the answers depend on rights.\n"
-        "Exit status 1 when the log of a module would not be ready.");
-    command->callback([directory] { Check(*directory); });
 }
 
 }  // namespace quorbel

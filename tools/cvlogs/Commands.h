@@ -1,18 +1,41 @@
 #pragma once
 
-namespace CLI {
-class App;
-}
+#include <string>
+
+#include "syslib/EventLevel.h"
+#include "tools/cvlogs/DatabaseChoice.h"
+#include "tools/cvlogs/EntryOutput.h"
 
 namespace quorbel {
 
-// Each adds one command to the program: its options, and the callback that runs it.
-void DeclareQuery(CLI::App& app);
-void DeclareCount(CLI::App& app);
-void DeclareModules(CLI::App& app);
-void DeclareTruncate(CLI::App& app);
-void DeclareDrop(CLI::App& app);
-void DeclareCheck(CLI::App& app);
-void DeclareWrite(CLI::App& app);
+// What the command line chose for each command, and the commands themselves. They print, and throw what they
+// cannot do; UsageError where the options make no sense together.
+
+/// Which entries of which module are wanted, and how they are shown.
+struct EntryChoice {
+    DatabaseChoice database;
+    std::string module;
+    EventLevel level = EventLevel::None;
+    LogFilter filter;
+    bool asJson = false;
+    bool asTsv = false;
+};
+void QueryEntries(const EntryChoice& choice);
+void CountEntries(const EntryChoice& choice);
+
+void PrintModules(const DatabaseChoice& choice);
+void TruncateDatabase(const DatabaseChoice& choice);
+void DropModule(const DatabaseChoice& choice, const std::string& module);
+
+void CheckConfiguration(const std::string& configDirectory);
+
+struct WriteChoice {
+    std::string configDirectory;
+    std::string module;
+    EventLevel level = EventLevel::None;
+    std::string text;
+    bool byWorker = false;
+};
+void WriteEntry(const WriteChoice& choice);
 
 }  // namespace quorbel

@@ -1,7 +1,5 @@
 #include "tools/cvlogs/DatabaseChoice.h"
 
-#include <CLI/CLI.hpp>
-
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -14,7 +12,7 @@
 #include "syslib/CVDBProcessorFatalException.h"
 #include "syslib/CVLogSQLiteProcessor.h"
 #include "tools/cvlogs/LogConfig.h"
-#include "tools/operator/Program.h"
+#include "tools/operator/CommandLine.h"
 
 namespace quorbel {
 
@@ -69,18 +67,16 @@ OpenDatabase Open(const std::string& path, const std::string& module) {
     }
 }
 
-}  // namespace
-
-void AddDatabaseOptions(CLI::App& command, DatabaseChoice& choice) {
-    auto* group = command.add_option_group("Database", "Which log database (exactly one of these)");
-    NotEmpty(group->add_option("--db", choice.file, "The database file"))->type_name("FILE");
-    NotEmpty(group->add_option("--config-dir", choice.configDirectory,
-                               "Directory of the cvlogs.ini that names the database"))
-        ->type_name("DIR");
-    group->require_option(1);
+void RequireOne(const DatabaseChoice& choice) {
+    if (choice.file.empty() && choice.configDirectory.empty()) {
+        throw UsageError("which log database? --db or --config-dir is required");
+    }
 }
 
+}  // namespace
+
 std::string DatabaseOf(const DatabaseChoice& choice, const std::string& module) {
+    RequireOne(choice);
     if (!choice.file.empty()) return choice.file;
     LogConfig config(choice.configDirectory);
     const ModuleLog log = config.Find(module);
@@ -91,6 +87,7 @@ std::string DatabaseOf(const DatabaseChoice& choice, const std::string& module) 
 }
 
 std::string OnlyDatabase(const DatabaseChoice& choice) {
+    RequireOne(choice);
     if (!choice.file.empty()) return choice.file;
     LogConfig config(choice.configDirectory);
     const auto paths = ConfiguredDatabases(config);

@@ -5,10 +5,6 @@
 
 #include "syslib/CVLogDBProcessorInterface.h"
 
-namespace CLI {
-class App;
-}
-
 namespace quorbel {
 
 /// The log database that the command line names: itself, or by the configuration that names it.
@@ -18,9 +14,6 @@ struct DatabaseChoice {
 };
 
 using OpenDatabase = std::unique_ptr<CVLogDBProcessorInterface>;
-
-/// Adds "--db FILE" and "--config-dir DIR", of which exactly one must be given.
-void AddDatabaseOptions(CLI::App& command, DatabaseChoice& choice);
 
 // All of these throw std::runtime_error with the reason, and create nothing.
 

@@ -7,8 +7,8 @@
 
 #include "cvdblib/sqlite3/src/CVDBiResultSet.h"
 #include "syslib/EventLevel.h"
-#include "tools/cvlogs/TextEscapes.h"
 #include "tools/operator/Output.h"
+#include "tools/operator/Text.h"
 
 namespace quorbel {
 

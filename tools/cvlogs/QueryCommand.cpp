@@ -1,51 +1,12 @@
-#include <CLI/CLI.hpp>
-
-#include <cstdint>
-#include <ctime>
-#include <memory>
-#include <string>
+#include <stdexcept>
 #include <vector>
 
 #include "cvdblib/sqlite3/src/CVDBiResultSet.h"
 #include "tools/cvlogs/Commands.h"
-#include "tools/cvlogs/EntryChoice.h"
-#include "tools/cvlogs/MomentText.h"
 
 namespace quorbel {
 
 namespace {
-
-struct Choice : EntryChoice {
-    LogFilter filter;
-};
-
-void AddSince(CLI::App& command, LogFilter& filter) {
-    const auto parse = [&filter](const std::string& text) {
-        filter.since = ParseMoment(text, std::time(nullptr));
-        if (!filter.since) throw CLI::ValidationError("--since", "\"" + text + "\" is no time");
-    };
-    command
-        .add_option_function<std::string>(
-            "--since", parse,
-            "Not before this local time: 2024-02-01, \"2024-02-01 09:05:03\", @SECONDS, or 15m, 2h, 7d ago")
-        ->type_name("TIME");
-}
-
-void AddOrder(CLI::App& command, LogFilter& filter) {
-    auto* newest = command.add_flag("--newest", filter.newestFirst, "Newest entries first");
-    auto* byModule = command.add_flag("--by-module", filter.byModule, "By the names of the sub-modules");
-    auto* byLevel = command.add_flag("--by-level", filter.byLevel, "By level, the least first");
-    newest->excludes(byModule)->excludes(byLevel);
-    byModule->excludes(byLevel);
-}
-
-void AddNumber(CLI::App& command, const char* name, std::int64_t& number, const char* help) {
-    // Unsigned: a sign is wrong usage.
-    command
-        .add_option_function<std::uint32_t>(
-            name, [&number](std::uint32_t value) { number = value; }, help)
-        ->type_name("N");
-}
 
 // None stands for no wish at all.
 std::vector<int> LevelsFrom(EventLevel lowest) {
@@ -63,31 +24,45 @@ std::string EntryLine(const std::string& module, const EntryRow& entry) {
            " " + entry.Message();
 }
 
-void Query(const Choice& choice) {
-    LogFilter filter = choice.filter;
-    filter.levels = LevelsFrom(choice.level);
-    filter.messagePattern = choice.messagePattern;
-    filter.timePattern = choice.timePattern;
-    const auto database = OpenFor(choice);
-    PrintChosen(*database->Query(choice.module, filter), choice,
-                [&](const EntryRow& entry) { return EntryLine(choice.module, entry); });
+std::string CountLine(const EntryRow& entry) {
+    constexpr std::size_t kWidth = 7;
+    std::string count = entry.Text("records");
+    if (count.size() < kWidth) count.insert(0, kWidth - count.size(), ' ');
+    return count + " " + entry.Text("entry_time") + " " + entry.LevelTag() + " " + entry.Message();
+}
+
+EntryFormat FormatOf(const EntryChoice& choice) {
+    if (choice.asJson) return EntryFormat::Json;
+    return choice.asTsv ? EntryFormat::Tsv : EntryFormat::Lines;
+}
+
+bool LacksWildcard(const std::string& pattern) {
+    return !pattern.empty() && pattern.find_first_of("%_") == pattern.npos;
+}
+
+void PrintChosen(const CVDBiResultSet& rows, const EntryChoice& choice, const EntryToLine& toLine) {
+    if (rows.GetRowCount() > 0) return PrintEntries(rows, FormatOf(choice), toLine);
+    const bool hint = LacksWildcard(choice.filter.messagePattern) || LacksWildcard(choice.filter.timePattern);
+    throw std::runtime_error(std::string("no such entries") +
+                             (hint ? "; a pattern stands for the whole text, as in \"%disk%\"" : ""));
 }
 
 }  // namespace
 
-void DeclareQuery(CLI::App& app) {
-    const auto choice = std::make_shared<Choice>();
-    auto* command =
-        app.add_subcommand("query", "Print a module's entries, in the order they were written in");
-    AddEntryOptions(*command, *choice, "Only entries of this level and above");
-    command->add_option("--sub", choice->filter.modules, "Only this sub-module; may be given more than once")
-        ->type_name("NAME")
-        ->allow_extra_args(false);
-    AddSince(*command, choice->filter);
-    AddOrder(*command, choice->filter);
-    AddNumber(*command, "--limit", choice->filter.pageSize, "At most this many entries; 0 is no limit");
-    AddNumber(*command, "--offset", choice->filter.offset, "Leave out this many entries first");
-    command->callback([choice] { Query(*choice); });
+void QueryEntries(const EntryChoice& choice) {
+    LogFilter filter = choice.filter;
+    filter.levels = LevelsFrom(choice.level);
+    const auto database = OpenForReading(DatabaseOf(choice.database, choice.module), choice.module);
+    PrintChosen(*database->Query(choice.module, filter), choice,
+                [&](const EntryRow& entry) { return EntryLine(choice.module, entry); });
+}
+
+void CountEntries(const EntryChoice& choice) {
+    const LogCountFilter filter = {.level = static_cast<int>(choice.level),
+                                   .timePattern = choice.filter.timePattern,
+                                   .messagePattern = choice.filter.messagePattern};
+    const auto database = OpenForReading(DatabaseOf(choice.database, choice.module), choice.module);
+    PrintChosen(*database->CountQuery(choice.module, filter), choice, CountLine);
 }
 
 }  // namespace quorbel

@@ -1,9 +1,8 @@
-#include <CLI/CLI.hpp>
-
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdint>
+#include <limits>
 #include <stdexcept>
 #include <string>
 
@@ -11,8 +10,8 @@
 #include "cvdblib/sqlite3/src/CVMessageManager.h"
 #include "cvdblib/sqlite3/src/DatabaseFile.h"
 #include "tools/cvmessages/ConstantsFault.h"
+#include "tools/operator/CommandLine.h"
 #include "tools/operator/Output.h"
-#include "tools/operator/Program.h"
 
 using namespace quorbel;
 
@@ -22,7 +21,7 @@ namespace {
 struct Choice {
     std::string configDirectory;
     std::string file;
-    std::int32_t id = 0;
+    std::int64_t id = 0;
 };
 
 // Looking must not create a catalogue, and the database would spend 25 s on a path that cannot be read.
@@ -48,7 +47,7 @@ void Load(const Choice& choice) {
 void Get(const Choice& choice) {
     const std::string path = ReadableCatalogue(choice);
     CVMessageManager::GetInstance();  // tells of a damaged file, where the look-up finds nothing
-    const std::string text = CVMessageManager::GetMessage(choice.id);
+    const std::string text = CVMessageManager::GetMessage(static_cast<std::int32_t>(choice.id));
     if (text.empty()) throw std::runtime_error("no message " + std::to_string(choice.id) + " in " + path);
     PrintLine(text);
 }
@@ -60,32 +59,31 @@ void List(const Choice& choice) {
     for (const auto& message : messages) PrintLine(std::to_string(message.id) + " " + message.text);
 }
 
-void Declare(CLI::App& app, Choice& choice) {
-    const auto command = [&](void (*run)(const Choice&), const char* name, const char* description) {
-        return app.add_subcommand(name, description)->callback([&choice, run] { run(choice); });
-    };
-    app.require_subcommand(1);
-    app.fallthrough();  // --config-dir may stand behind the command, too
-    NotEmpty(app.add_option("--config-dir", choice.configDirectory,
-                            "Directory of messages.sdb (default: /usr/local/corvane/config)"))
-        ->type_name("DIR");
-    NotEmpty(command(Load, "load", "Replace the whole catalogue by a constants file")
-                 ->add_option("FILE", choice.file,
-                              "Header with lines like: #define MSG_DISK 7202 /* Disk full */"))
-        ->type_name("")
-        ->required();
-    command(Get, "get", "Print the text of one message")
-        ->add_option("ID", choice.id, "The message's number")
-        ->type_name("")
-        ->required();
-    command(List, "list", "Print all messages, each with its number in front");
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app{"Loads and shows the catalogue of numbered messages.", "cvmessages"};
+    using Limits = std::numeric_limits<std::int32_t>;
     Choice choice;
-    Declare(app, choice);
-    return RunTool(app, argc, argv);
+    const CommandLine line = {
+        .name = "cvmessages",
+        .help = "Loads and shows the catalogue of numbered messages.",
+        .options = {{"--config-dir", "DIR", "Directory of messages.sdb (default: /usr/local/corvane/config)",
+                     &choice.configDirectory}},
+        .commands =
+            {
+                {"load",
+                 "Replace the whole catalogue by a constants file",
+                 {Required({"FILE", "", "Header with lines like: #define MSG_DISK 7202 /* Disk full */",
+                            &choice.file})},
+                 [&] { Load(choice); }},
+                {"get",
+                 "Print the text of one message",
+                 {Required({"ID", "", "The message's number",
+                            NumberTarget{&choice.id, Limits::min(), Limits::max()}})},
+                 [&] { Get(choice); }},
+                {"list", "Print all messages, each with its number in front", {}, [&] { List(choice); }},
+            },
+        .run = {},
+    };
+    return RunTool(line, argc, argv);
 }

@@ -6,7 +6,7 @@
 #include <stdexcept>
 
 #include "CVException.h"
-#include "tools/operator/Characters.h"
+#include "tools/operator/Text.h"
 
 namespace quorbel {
 
@@ -23,7 +23,7 @@ void Write(std::string_view text) {
 
 void WriteSafely(std::string_view text) {
     static const bool onTerminal = isatty(STDOUT_FILENO) == 1;
-    Write(onTerminal ? Shown(text) : text);
+    Write(onTerminal ? Visible(text) : text);
 }
 
 }  // namespace

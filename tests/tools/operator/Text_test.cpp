@@ -1,12 +1,10 @@
-#include "tools/cvlogs/TextEscapes.h"
+#include "tools/operator/Text.h"
 
 #include <gtest/gtest.h>
 
-#include "tools/operator/Characters.h"
-
 using namespace quorbel;
 
-TEST(TextEscapes, MakesOneValidJsonStringOfAnyBytes) {
+TEST(Text, MakesOneValidJsonStringOfAnyBytes) {
     const struct {
         std::string text;
         const char* json;
@@ -25,11 +23,11 @@ TEST(TextEscapes, MakesOneValidJsonStringOfAnyBytes) {
     for (const auto& c : cases) EXPECT_EQ(JsonString(c.text), c.json);
 }
 
-TEST(TextEscapes, KeepsTabsAndLineEndsOutOfAField) {
+TEST(Text, KeepsTabsAndLineEndsOutOfAField) {
     EXPECT_EQ(TsvField("a\tb\nc\rd\\n"), R"(a\tb\nc\rd\\n)");
 }
 
-TEST(TextEscapes, ShowsWhatATerminalWouldActOn) {
-    EXPECT_EQ(Shown("plain \xC3\xA9"), "plain \xC3\xA9");
-    EXPECT_EQ(Shown("\x1b[2J\t\n\x7f\xC2\x9B\xE9"), "<ESC>[2J<HT><NL><DEL><9b><e9>");
+TEST(Text, ShowsWhatATerminalWouldActOn) {
+    EXPECT_EQ(Visible("plain \xC3\xA9"), "plain \xC3\xA9");
+    EXPECT_EQ(Visible("\x1b[2J\t\n\x7f\xC2\x9B\xE9"), "<ESC>[2J<HT><NL><DEL><9b><e9>");
 }
