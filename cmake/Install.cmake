@@ -6,7 +6,7 @@ endif()
 set(install_files ${CMAKE_BINARY_DIR}/install)
 
 install(TARGETS quorbel-soap RUNTIME DESTINATION web/cgi-bin)
-install(TARGETS cvmessages cvlogs paging-standin RUNTIME DESTINATION bin)
+install(TARGETS cvmessages cvlogs paging-standin quorbel-soapd RUNTIME DESTINATION bin)
 install(PROGRAMS tools/setup/quorbel-setup DESTINATION bin)
 
 # The program runs in web/cgi-bin and looks for some files in ../config, for others in ../../config.

@@ -1,0 +1,60 @@
+#include "resident/Report.h"
+
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+
+#include "CVsystemLog.h"
+#include "util/StringRoutines.h"
+
+namespace quorbel {
+
+namespace {
+
+constexpr char kIdentity[] = "quorbel-soapd";
+constexpr char kSource[] = "Supervisor";
+
+/// The system log gives "%" a meaning of its own.
+std::string WithoutPercent(std::string text) {
+    for (char& c : text) {
+        if (c == '%') c = '?';
+    }
+    return text;
+}
+
+std::string Plain(const char* text) {
+    std::string plain;
+    for (; *text != '\0'; ++text) plain += IsPrintable(*text) ? *text : '?';
+    return plain;
+}
+
+void ToStandardError(const std::string& text) {
+    std::fprintf(stderr, "%s: %s\n", kIdentity, text.c_str());
+}
+
+}  // namespace
+
+void ReportError(const std::string& text) {
+    ToStandardError(text);
+    CVsystemLog::WriteError(kSource, kIdentity, "%s", WithoutPercent(text).c_str());
+}
+
+void ReportInfo(const std::string& text) {
+    ToStandardError(text);
+    CVsystemLog::WriteInfo(kSource, kIdentity, "%s", WithoutPercent(text).c_str());
+}
+
+std::string DescribeSignal(int signal) {
+    const char* name = sigdescr_np(signal);
+    return "signal " + std::to_string(signal) + (name == nullptr ? "" : " (" + std::string(name) + ")");
+}
+
+std::string DescribeWork(WorkerState state, const RequestNote& note) {
+    if (state != WorkerState::Serving) return "between requests";
+    std::string text = "in request " + std::to_string(note.number) + " (";
+    if (note.method[0] != '\0') text += Plain(note.method) + " from " + Plain(note.peer) + ", ";
+    if (note.id[0] != '\0') text += "id " + Plain(note.id) + ", ";
+    return text + "begun " + std::to_string(std::time(nullptr) - note.started) + " s ago)";
+}
+
+}  // namespace quorbel
