@@ -2,8 +2,6 @@
 
 #include <cstdarg>
 #include <cstdio>
-#include <cstdlib>
-#include <memory>
 
 #include "cvdblib/sqlite3/src/CVMessageManager.h"
 #include "process/HttpPoster.h"
@@ -22,13 +20,11 @@ constexpr char kTransportFailure[] = "2012";
 constexpr int kOutOfMemory = 27;        ///< the transport's code
 constexpr int kNoReplyMessage = 55001;  ///< the catalogue's text for a post that brought back no text at all
 
-struct FreeArea {
-    void operator()(char* area) const { std::free(area); }
-};
-
-/// Zeroed pages that cost nothing until the reply touches them.
-std::unique_ptr<char, FreeArea> OutputArea() {
-    return std::unique_ptr<char, FreeArea>(static_cast<char*>(std::calloc(kOutputSize, 1)));
+/// The text of a reply. Half a reply, or an empty one, could be taken for success: where memory was short, the text
+/// says that alone.
+const char* OutputOf(const TextBuffer& reply) {
+    if (reply.LacksMemory()) return TransportErrorText(kOutOfMemory);
+    return reply.data() == nullptr ? "" : reply.data();
 }
 
 /// The catalogue in the configuration directory if there is one, else the one in the fixed directory.
@@ -53,18 +49,17 @@ void CVCProcess::FinishCommand() {}
 
 int CVCProcess::Send(CommandParameters& command, const std::string& url, const std::string& url2,
                      std::string* outputCopy) {
-    const auto area = OutputArea();
-    const int result =
-        area ? PostCommand(area.get(), kOutputSize, command, url, url2, caFilePath_) : kOutOfMemory;
-    // Never silent about a message that was not sent: clients take an empty answer for success.
-    const char* output = area ? area.get() : TransportErrorText(kOutOfMemory);
+    TextBuffer reply;
+    const int result = PostForReply(reply, kOutputSize, command, {url, url2, caFilePath_});
+    const char* output = OutputOf(reply);
     if (result != 0) {
         ReportFailure(output);
     } else if (log_ != nullptr) {
         log_->Info(nullptr, "%s\n", output);
     }
-    if (outputCopy != nullptr) *outputCopy = output;
-    ShowReply(output);
+    const std::string_view text = std::string_view(output).substr(0, kOutputSize - 1);
+    if (outputCopy != nullptr) *outputCopy = text;
+    ShowReply(text);
     return result;
 }
 

@@ -1,30 +1,29 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 
 #include "process/CommandParameters.h"
+#include "process/HttpTransfer.h"
 #include "util/TextBuffer.h"
 
 // Posts one command to a paging server over HTTP or HTTPS and collects the reply. Nothing but std::bad_alloc
-// is thrown, nothing is logged; results are the transport library's codes. Only http and https addresses are
-// followed, never a redirect, and an HTTP error status is a reply like any other. One thread at a time.
+// is thrown, nothing is logged; results are the transport library's codes. Only http and https addresses are followed, never a redirect, and an HTTP error status is a reply like any other.
 
 /// The transport's callback for reply bytes and headers. Appends `count` bytes to the TextBuffer `user`, or
 /// writes them to standard output without one; `size` is ignored, it is always 1. Returns `count`, also when
-/// memory ran out (the reply is then short), and 0 for null data.
+/// memory ran out (the buffer then knows), and 0 for null data.
 extern "C" std::size_t Curl_GetCallBackResult(void* data, std::size_t size, std::size_t count,
                                               void* user) noexcept;
 
 namespace quorbel {
 
+/// The result for a command without an address.
+inline constexpr int kNoAddress = -1;
+
 /// The transport's own words for a result code.
 const char* TransportErrorText(int code);
-
-struct PostTarget {
-    std::string url;     ///< backslashes are posted as slashes; empty gives the code of a malformed URL
-    std::string caFile;  ///< the certificate bundle
-};
 
 /// Posts the lines as a form body. With a fail-over address, a refused connection is tried there once more
 /// with the same body; the buffers, either of which may be null, then hold only that reply.
@@ -32,16 +31,34 @@ int PostUrlencoded(const PostTarget& target, std::span<const std::string> lines,
                    const std::string& failoverUrl, TextBuffer* headers);
 
 /// Posts the lines and one file as a multipart form. The reply then begins with the response headers. Cuts
-/// each line at its "=" for good, so a second post of the same lines carries only the file; receivers know it
-/// so.
+/// each line at its "=" for good, so a second post of the same lines carries only the file: kept for compatibility.
 int PostMultipart(const PostTarget& target, std::span<std::string> lines, const std::string& attachment,
                   const std::string& attachmentField, TextBuffer* reply);
 
-/// Posts a command to `url` and, when that fails in any way, to `url2` unless it is empty. The last attempt's
-/// reply, followed by the transport's error text if it failed, goes to `output` (`size` bytes,
-/// zero-terminated, cut to fit). Returns 0, the last attempt's code, or -1 with `output` untouched when `url`
+struct PostAddresses {
+    std::string url;
+    std::string url2;    ///< may be empty
+    std::string caFile;  ///< as in PostTarget
+};
+
+/// What became of a command.
+struct PostReport {
+    PostAttempt primary;
+    std::optional<PostAttempt> secondary;  ///< only when that address was tried
+
+    const PostAttempt& Last() const { return secondary ? *secondary : primary; }
+};
+
+/// Posts a command to `url` and, when that fails in any way, to `url2`; but not when this machine ran out of memory.
+/// `reply` holds the last attempt's reply, followed by the transport's error text if it failed. Nobody reads further
+/// than `size` bytes: a server that sends without end takes at most a little more memory. Returns 0, the last
+/// attempt's code, or kNoAddress with nothing done when `url` is empty.
+int PostForReply(TextBuffer& reply, std::size_t size, CommandParameters& command, const PostAddresses& to,
+                 PostReport* report = nullptr);
+
+/// The same with the reply in `output`: `size` bytes, zero-terminated, cut to fit; left alone when `size` is 0 or `url`
 /// is empty.
 int PostCommand(char* output, std::size_t size, CommandParameters& command, const std::string& url,
-                const std::string& url2, const std::string& caFile);
+                const std::string& url2, const std::string& caFile, PostReport* report = nullptr);
 
 }  // namespace quorbel

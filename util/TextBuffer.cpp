@@ -35,6 +35,7 @@ void TextBuffer::Swap(TextBuffer& other) noexcept {
     std::swap(capacity_, other.capacity_);
     std::swap(length_, other.length_);
     std::swap(textEnd_, other.textEnd_);
+    std::swap(lacksMemory_, other.lacksMemory_);
 }
 
 bool TextBuffer::Initialise(int capacity) {
@@ -44,11 +45,7 @@ bool TextBuffer::Initialise(int capacity) {
 
 bool TextBuffer::Append(const char* bytes, int count) {
     if (bytes == nullptr || count < 1) return false;
-    if (!data_) {
-        if (!Grow(static_cast<long long>(count) + kSpare)) return false;
-    } else if (static_cast<long long>(length_) + count + 2 > capacity_) {
-        if (!Grow(static_cast<long long>(length_) + count + kSpare)) return false;
-    }
+    if (!MakeRoomFor(count)) return false;
     // Concatenation starts at the first zero byte, not at the length: after a chunk with a zero byte they
     // differ.
     const int copied = static_cast<int>(strnlen(bytes, static_cast<std::size_t>(count)));
@@ -69,12 +66,22 @@ bool TextBuffer::Append(const char* text) {
 void TextBuffer::Clear() {
     length_ = 0;
     textEnd_ = 0;
+    lacksMemory_ = false;
     if (data_) *data_ = '\0';
 }
 
 void TextBuffer::Release() {
     data_.reset();
     reserved_ = capacity_ = length_ = textEnd_ = 0;
+    lacksMemory_ = false;
+}
+
+bool TextBuffer::MakeRoomFor(int count) {
+    if (data_ && static_cast<long long>(length_) + count + 2 <= capacity_) return true;
+    const long long wanted = static_cast<long long>(length_) + count + kSpare;
+    const bool isDone = Grow(wanted);
+    if (!isDone && wanted <= limit_) lacksMemory_ = true;
+    return isDone;
 }
 
 bool TextBuffer::Grow(long long capacity) {

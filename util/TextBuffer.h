@@ -28,6 +28,8 @@ public:
     bool Append(const char* bytes, int count);
     /// Appends a zero-terminated text; false for a null one.
     bool Append(const char* text);
+    /// A chunk was dropped because there was no memory for it; a limit drops chunks as it should.
+    bool LacksMemory() const { return lacksMemory_; }
     /// Sets the length to 0 and keeps the storage.
     void Clear();
     void Release();
@@ -41,6 +43,7 @@ public:
     std::string_view Text() const { return data_ ? std::string_view(data_.get()) : std::string_view(); }
 
 private:
+    bool MakeRoomFor(int count);
     bool Grow(long long capacity);
     bool Reserve(int capacity);
     void Swap(TextBuffer& other) noexcept;
@@ -54,4 +57,5 @@ private:
     int capacity_ = 0;
     int length_ = 0;
     int textEnd_ = 0;  ///< where the next chunk lands: the first zero byte
+    bool lacksMemory_ = false;
 };

@@ -82,6 +82,47 @@ TEST(HttpPoster, TellsTheLastFailure) {
     EXPECT_EQ(Post(Command({"a=1"}), "").code, -1);
 }
 
+TEST(HttpPoster, ReportsWhatHappenedAtEachAddress) {
+    LoopbackServer good({.body = "fine", .status = 500});
+    LoopbackServer cut({.body = "half", .missing = 100});
+    const struct {
+        std::string url, url2;
+        int code;
+        long status;
+        long long received;
+        bool isAnythingSent, isSecondary;
+    } cases[] = {
+        {good.Url(), good.Url(), 0, 500, 4, true, false},
+        {DeadUrl(), "", kCouldNotConnect, 0, 0, false, false},
+        {cut.Url(), "", 18, 200, 4, true, false},
+        {DeadUrl(), cut.Url(), 18, 200, 4, true, true},
+        {cut.Url(), "no address", 3, 0, 0, false, true},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.url + " " + c.url2);
+        CommandParameters command = Command({"a=1"});
+        PostReport report;
+        TextBuffer reply;
+        PostForReply(reply, 100, command, {c.url, c.url2, ""}, &report);
+        const PostAttempt& last = report.Last();
+        EXPECT_EQ(report.secondary.has_value(), c.isSecondary);
+        EXPECT_EQ(last.code, c.code);
+        EXPECT_EQ(last.httpStatus, c.status);
+        EXPECT_EQ(last.received, c.received);
+        EXPECT_EQ(last.isAnythingSent, c.isAnythingSent);
+        EXPECT_LT(last.duration, std::chrono::minutes(1));
+    }
+}
+
+TEST(HttpPoster, WritesNothingIntoAnOutputWithoutRoom) {
+    LoopbackServer server;
+    CommandParameters command = Command({"a=1"});
+    char output = 'x';
+    EXPECT_EQ(PostCommand(&output, 0, command, server.Url(), "", ""), 0);
+    EXPECT_EQ(output, 'x');
+    EXPECT_EQ(server.Bodies().size(), 1u);
+}
+
 TEST(HttpPoster, ReadsNoFilesAndFollowsNoRedirects) {
     TempDir dir;
     const auto file = Post(Command({"a=1"}), "file://" + dir.Write("secret", "secret"));

@@ -151,6 +151,23 @@ TEST(Tls, TheSystemsDirectoryVouchesForNobody) {
     directoryOfAuthorities.clear();
 }
 
+TEST(Tls, OneProcessTakesEachNewBundle) {
+    const TestAuthority ours;
+    const TlsServer server(ours.Issue(kThisMachine));
+    const TempDir directory;
+    const auto post = [&](const std::string& bundle) {
+        CommandParameters command;
+        char output[100];
+        return PostCommand(output, sizeof output, command, server.Url(), "",
+                           directory.Write("ca-bundle.crt", bundle));
+    };
+    EXPECT_EQ(post(ours.Pem()), 0);
+    EXPECT_EQ(post(ours.Pem()), 0);
+    EXPECT_NE(post(TestAuthority().Pem()), 0) << "the old bundle still vouches";
+    EXPECT_EQ(post(ours.Pem()), 0);
+    EXPECT_EQ(server.Posts(), 3);
+}
+
 TEST(Tls, PostsNothingWithoutABundle) {
     const TestAuthority authority;
     const TlsServer server(authority.Issue(kThisMachine));
