@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "CVException.h"
 #include "process/ServeRequest.h"
@@ -75,16 +76,17 @@ void Complete(Options& options) {
     options.worker.pause = Milliseconds(options.bodyTimeout);
 }
 
-Service ServiceNamed(const char* programPath) {
+/// A copy of the path: the title of the process is written over the arguments.
+Service ServiceNamed(std::string programPath) {
     return {.serve =
-                [programPath] {
-                    ServeRequest(programPath);
+                [programPath = std::move(programPath)] {
+                    ServeRequest(programPath.c_str());
                     return true;
                 },
             .forget = ResetRun};
 }
 
-void Serve(const Options& options, ListeningSocket& socket, const char* programPath) {
+void Serve(const Options& options, ListeningSocket& socket, const std::string& programPath) {
     const int wake = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     if (wake < 0) throw std::runtime_error("no eventfd: " + GetSystemErrorText());
     Scoreboard board(options.supervisor.workers);
@@ -95,6 +97,7 @@ void Serve(const Options& options, ListeningSocket& socket, const char* programP
 }
 
 int Main(CLI::App& app, int argc, char** argv) {
+    const std::string programPath = argv[0];
     Options options;
     Declare(app, options);
     try {
@@ -111,7 +114,7 @@ int Main(CLI::App& app, int argc, char** argv) {
         return 0;
     }
     ListeningSocket socket(socketPath);
-    Serve(options, socket, argv[0]);
+    Serve(options, socket, programPath);
     return 0;
 }
 
