@@ -14,6 +14,7 @@ from xml.parsers import expat
 from generator import Generator
 from pager import Pager
 from program import Site
+from resident import ResidentSite, can_be_sent, without_pieces
 
 BYTES_BEFORE, BYTES_AFTER = 60, 120  # shown of a difference
 worker = None  # of this process
@@ -25,11 +26,17 @@ class Worker:
     def __init__(self, directory, options):
         self.options, self.pager = options, Pager()
         self.old = Site(directory / "old", options.old, self.pager)
-        self.new = Site(directory / "new", options.new, self.pager)
+        self.is_resident = options.new.endswith("soapd")
+        self.new = (ResidentSite if self.is_resident else Site)(directory / "new", options.new, self.pager)
 
     def request(self, seed):
         addresses = self.pager.address, self.pager.dead_address
         return Generator(seed, *addresses, self.options.all_shapes).request()
+
+    def serve(self, request):
+        """Both results."""
+        results = self.old.serve(request), self.new.serve(request)
+        return map(without_pieces, results) if self.is_resident else results
 
 
 def start_worker(directory, options):
@@ -40,7 +47,9 @@ def start_worker(directory, options):
 def compare(seed):
     """(seed, what was reached, the differences as text)"""
     request = worker.request(seed)
-    old, new = worker.old.serve(request), worker.new.serve(request)
+    if worker.is_resident and not can_be_sent(request):
+        return seed, ["not sent"], []
+    old, new = worker.serve(request)
     found = [(name + " differs", excerpts(getattr(old, name), getattr(new, name))) for name in old.differences(new)]
     if not is_document(new.output):
         found.append(("the new answer is no XML document", [repr(new.output)]))
@@ -114,13 +123,17 @@ def main():
     options = parse_options()
     counts, differences, begin = Counter(), 0, time.monotonic()
     with tempfile.TemporaryDirectory(prefix="compare.") as directory:
-        with multiprocessing.Pool(options.jobs, start_worker, (directory, options)) as pool:
+        pool = multiprocessing.Pool(options.jobs, start_worker, (directory, options))
+        try:
             seeds = range(options.seed, options.seed + options.count)
             for seed, what, found in pool.imap(compare, seeds, chunksize=4):
                 counts.update(what)
                 differences += bool(found)
                 for name, lines in found:
                     print(f"seed {seed} ({what[0]}): {name}", *lines, sep="\n    ", flush=True)
+        finally:
+            pool.close()
+            pool.join()  # so that the workers end what they have started
     for what, count in sorted(counts.items()):
         print(f"{count:7} {what}")
     rate = options.count / (time.monotonic() - begin)

@@ -22,15 +22,16 @@ bytesPerFiles=50000000
 
 @dataclass
 class Run:
-    status: object  # exit status, minus a signal's number, or "hangs"
+    status: object  # exit status, minus a signal's number, or "hangs"; None where nobody sees it
     output: bytes
     errors: bytes
     posts: list
     log: bytes
 
     def differences(self, other):
+        """The parts that differ, of those that both sides know."""
         mine, theirs = asdict(self), asdict(other)
-        return [name for name in mine if mine[name] != theirs[name]]
+        return [name for name in mine if None not in (mine[name], theirs[name]) and mine[name] != theirs[name]]
 
 
 class Site:
@@ -44,6 +45,13 @@ class Site:
         self._write("config/dir", f"spool_dir:\t\t{directory}/spool\nlog_dir:\t\t{directory}/logs\n")
         self._write("config/cvlogs.ini", INI.format(site=directory))
 
+    @property
+    def environment(self):
+        """Addresses of no paging server, such as a szURL2 that went on capturing, reach the pager as a proxy: no
+        request leaves this machine."""
+        proxy = f"http://{self.pager.address}"
+        return {"http_proxy": proxy, "https_proxy": proxy, "no_proxy": "127.0.0.1"}
+
     def _write(self, name, text):
         (self.directory / name).write_text(text)
 
@@ -55,13 +63,10 @@ class Site:
     def _run(self, request):
         body = self.directory / "body"
         body.write_bytes(request.body)
-        # Addresses of no paging server, such as a szURL2 that went on capturing, reach the pager as a proxy: no
-        # request leaves this machine.
-        environment = {"http_proxy": f"http://{self.pager.address}", "https_proxy": f"http://{self.pager.address}",
-                       "no_proxy": "127.0.0.1", **request.environment}
         with open(body, "rb") as standard_input:
             try:
-                done = subprocess.run(["quorbel-soap"], executable=self.program, env=environment,
+                done = subprocess.run(["quorbel-soap"], executable=self.program,
+                                      env={**self.environment, **request.environment},
                                       cwd=self.directory / "web/cgi-bin", stdin=standard_input,
                                       capture_output=True, timeout=PATIENCE, check=False)
             except subprocess.TimeoutExpired as stuck:
