@@ -2,7 +2,7 @@
 
 #include "cvdblib/sqlite3/src/CVSQLite3Database.h"
 #include "syslib/CVLogDBProcessorInterface.h"
-#include "syslib/LogModuleTables.h"
+#include "syslib/LogTables.h"
 
 /// A log database in an SQLite file, shared with any number of processes: one table per module, and
 /// "metatable" that says which is whose. docs/log-database.md tells the layout.
@@ -36,5 +36,5 @@ private:
     std::unique_ptr<CVDBiResultSet> Select(const std::string& sql);
 
     std::unique_ptr<CVSQLite3Database> database_;
-    quorbel::LogModuleTables tables_;
+    quorbel::LogTables tables_;
 };

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "cvdblib/sqlite3/src/CVDBiResultSet.h"
-#include "syslib/EventLevel.h"
+#include "syslib/LogLevel.h"
 #include "tools/operator/Output.h"
 #include "tools/operator/Text.h"
 
@@ -84,7 +84,7 @@ std::string EntryRow::Text(std::string_view column) const {
 }
 
 std::string EntryRow::LevelTag() const {
-    return std::string(EventLevelTag(static_cast<unsigned>(std::atoi(Text("level").c_str()))));
+    return std::string(LogLevelTag(static_cast<unsigned>(std::atoi(Text("level").c_str()))));
 }
 
 std::string EntryRow::Message() const {

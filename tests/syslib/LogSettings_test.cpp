@@ -1,4 +1,4 @@
-#include "syslib/LogConfiguration.h"
+#include "syslib/LogSettings.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -51,7 +51,7 @@ void Require(bool holds) {
 
 }  // namespace
 
-TEST(LogConfiguration, TakesAKeyFromTheSectionThenFromMainThenFromTheDefaults) {
+TEST(LogSettingsOfAModule, TakesAKeyFromTheSectionThenFromMainThenFromTheDefaults) {
     const struct {
         const char* file;
         const char* settings;
@@ -74,7 +74,7 @@ TEST(LogConfiguration, TakesAKeyFromTheSectionThenFromMainThenFromTheDefaults) {
     }
 }
 
-TEST(LogConfiguration, AddsAMissingSectionAtTheEndAndKeepsTheRest) {
+TEST(LogSettingsOfAModule, AddsAMissingSectionAtTheEndAndKeepsTheRest) {
     const std::string defaults =
         "file 3: writer=file level=info filePath=logs/soap_log.txt bytesPerFiles=204800 numFiles=20 "
         "autoAppend=1 perProcessFile=0";
@@ -98,7 +98,7 @@ TEST(LogConfiguration, AddsAMissingSectionAtTheEndAndKeepsTheRest) {
     EXPECT_EQ(ReadFile(fresh / "cvlogs.ini"), "\n[main]\n" + kNewSection) << "no file at all";
 }
 
-TEST(LogConfiguration, LeavesOutADefaultThatIsTooLongForALine) {
+TEST(LogSettingsOfAModule, LeavesOutADefaultThatIsTooLongForALine) {
     const TempDir dir;
     const std::string longPath(600, 'p');
     for (int start = 0; start < 2; ++start) {
@@ -108,7 +108,7 @@ TEST(LogConfiguration, LeavesOutADefaultThatIsTooLongForALine) {
     }
 }
 
-TEST(LogConfiguration, KeepsLinkAndModeOfTheFileItReplaces) {
+TEST(LogSettingsOfAModule, KeepsLinkAndModeOfTheFileItReplaces) {
     const TempDir dir;
     const std::string real = dir.Write("shared/logs.ini", kOthers);
     chmod(real.c_str(), 0640);
@@ -124,7 +124,7 @@ TEST(LogConfiguration, KeepsLinkAndModeOfTheFileItReplaces) {
     EXPECT_TRUE(fs::is_symlink(unmounted / "cvlogs.ini")) << "a link that leads nowhere now stays";
 }
 
-TEST(LogConfiguration, FailsForAFileThatIsThereAndCannotBeRead) {
+TEST(LogSettingsOfAModule, FailsForAFileThatIsThereAndCannotBeRead) {
     const TempDir directory;
     fs::create_directory(directory / "cvlogs.ini");
     EXPECT_FALSE(Load(directory));
@@ -136,7 +136,7 @@ TEST(LogConfiguration, FailsForAFileThatIsThereAndCannotBeRead) {
     EXPECT_EQ(AsAnotherUser([&] { Require(!Load(closed)); }), Child::Finished);
 }
 
-TEST(LogConfiguration, HoldsTheDefaultsInMemoryWhereNothingCanBeWritten) {
+TEST(LogSettingsOfAModule, HoldsTheDefaultsInMemoryWhereNothingCanBeWritten) {
     for (const char* file : {"", kOthers.c_str()}) {
         const TempDir dir;
         if (*file != '\0') chmod(dir.Write("cvlogs.ini", file).c_str(), 0444);
@@ -153,7 +153,7 @@ TEST(LogConfiguration, HoldsTheDefaultsInMemoryWhereNothingCanBeWritten) {
     }
 }
 
-TEST(LogConfiguration, RewritesInPlaceWhereTheDirectoryTakesNoNewFiles) {
+TEST(LogSettingsOfAModule, RewritesInPlaceWhereTheDirectoryTakesNoNewFiles) {
     const TempDir dir;
     chmod(dir.Write("cvlogs.ini", kOthers).c_str(), 0666);
     chmod(dir.Path().c_str(), 0555);
@@ -162,7 +162,7 @@ TEST(LogConfiguration, RewritesInPlaceWhereTheDirectoryTakesNoNewFiles) {
     EXPECT_EQ(ReadFile(dir / "cvlogs.ini"), kOthers + kNewSection);
 }
 
-TEST(LogConfiguration, WaitsWhileAnotherProgramWritesTheFile) {
+TEST(LogSettingsOfAModule, WaitsWhileAnotherProgramWritesTheFile) {
     const TempDir dir;
     const std::string path = dir.Write("cvlogs.ini", "[SOAP]\nlevel=info\n");
     int pipes[2];
@@ -178,14 +178,14 @@ TEST(LogConfiguration, WaitsWhileAnotherProgramWritesTheFile) {
     });
     char locked;
     ASSERT_EQ(read(pipes[0], &locked, 1), 1);
-    EXPECT_EQ(Load(dir).value().level, EventLevel::Error);
+    EXPECT_EQ(Load(dir).value().level, LogLevel::Error);
     EXPECT_EQ(WaitForChild(editor), Child::Finished);
     close(pipes[0]);
     close(pipes[1]);
 }
 
 // A fresh site: the web server starts many programs at once, all of them for the first time.
-TEST(LogConfiguration, LosesNothingWhenManyProcessesStartForTheFirstTime) {
+TEST(LogSettingsOfAModule, LosesNothingWhenManyProcessesStartForTheFirstTime) {
     for (const bool inPlace : {false, true}) {
         const TempDir dir;
         chmod(dir.Write("cvlogs.ini", kOthers).c_str(), 0666);
@@ -202,7 +202,7 @@ TEST(LogConfiguration, LosesNothingWhenManyProcessesStartForTheFirstTime) {
     }
 }
 
-TEST(LogConfiguration, AddsTheSectionsOfDifferentModulesThatStartTogether) {
+TEST(LogSettingsOfAModule, AddsTheSectionsOfDifferentModulesThatStartTogether) {
     const TempDir dir;
     dir.Write("cvlogs.ini", kOthers);
     std::vector<pid_t> children;

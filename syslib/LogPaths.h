@@ -15,6 +15,15 @@ std::string LogFileName(const std::string& module);
 std::string DefaultLogPath(const std::string& fileName, const std::string& configDirectory);
 
 /// Sets the default log directory of this process; empty stands for bare file names.
-void SetDefaultLogLocation(const std::string& directory);
+void SetDefaultLogPath(const std::string& directory);
+
+/// The directory part of a log's path; "./" when it has none.
+std::string LogDirectoryOf(const std::string& path);
+
+/// Why no log can be written at `path`: its directory must take new files (lock files, archives and journals
+/// lie beside the log), and what is there already must be a file to be read and written. Empty when it can.
+std::string WhyNotWritable(const std::string& path);
+/// Why the file cannot be opened for reading and writing; empty when it can, and when there is none.
+std::string WhyRefused(const std::string& path);
 
 }  // namespace quorbel

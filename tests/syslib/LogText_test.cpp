@@ -1,4 +1,4 @@
-#include "syslib/EventMessage.h"
+#include "syslib/LogText.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -14,7 +14,7 @@ namespace {
 std::string Build(const char* context, const char* format, int systemError, ...) {
     va_list arguments;
     va_start(arguments, systemError);
-    std::string message = BuildEventMessage(context, format, systemError, arguments);
+    std::string message = BuildLogMessage(context, format, systemError, arguments);
     va_end(arguments);
     return message;
 }
@@ -23,7 +23,7 @@ const std::string kNoEntry = std::strerror(ENOENT);
 
 }  // namespace
 
-TEST(EventMessage, JoinsContextMessageAndSystemError) {
+TEST(LogText, JoinsContextMessageAndSystemError) {
     EXPECT_EQ(Build("Send", "id=%d", kNoSystemError, 7), "Send id=7");
     EXPECT_EQ(Build(nullptr, "id=%d", kNoSystemError, 7), "id=7");
     EXPECT_EQ(Build("", "id=%d", kNoSystemError, 7), "id=7") << "an empty context leaves no blank";
@@ -31,16 +31,16 @@ TEST(EventMessage, JoinsContextMessageAndSystemError) {
     EXPECT_EQ(Build("", "id=%d", ENOENT, 7), "id=7 [System Library Error] " + kNoEntry);
 }
 
-TEST(EventMessage, TakesPercentSignsOfTheContextAsText) {
+TEST(LogText, TakesPercentSignsOfTheContextAsText) {
     EXPECT_EQ(Build("100%n", "done %s", kNoSystemError, "%s%n"), "100%n done %s%n");
 }
 
-TEST(EventMessage, CutsTheExpandedMessageAt2047) {
+TEST(LogText, CutsTheExpandedMessageAt2047) {
     const std::string body(3000, 'b');
     EXPECT_EQ(Build(nullptr, "%s\n", kNoSystemError, body.c_str()), body.substr(0, 2047));
 }
 
-TEST(EventMessage, DropsAConversionThatTheFormatLimitCutsInTwo) {
+TEST(LogText, DropsAConversionThatTheFormatLimitCutsInTwo) {
     const struct {
         std::string format;
         std::string message;
@@ -54,10 +54,31 @@ TEST(EventMessage, DropsAConversionThatTheFormatLimitCutsInTwo) {
     for (const auto& c : cases) EXPECT_EQ(Build(nullptr, c.format.c_str(), kNoSystemError, 7), c.message);
 }
 
-TEST(EventMessage, TakesAFormatThatCannotBeExpandedAsText) {
+TEST(LogText, TakesAFormatThatCannotBeExpandedAsText) {
     EXPECT_EQ(Build("Load", "at 50%", kNoSystemError), "Load at 50%");
 }
 
-TEST(EventMessage, ShowsTheKernelsThreadId) {
+TEST(LogText, ShowsTheKernelsThreadId) {
     EXPECT_EQ(WithThreadId("started"), "[TID:" + std::to_string(gettid()) + "] started");
+}
+
+TEST(LogText, WritesTheMonthFirst) {
+    std::tm local{};
+    local.tm_year = 2024 - 1900;
+    local.tm_mon = 1;
+    local.tm_mday = 1;
+    local.tm_hour = 9;
+    local.tm_min = 5;
+    local.tm_sec = 3;
+    local.tm_isdst = -1;
+    const std::time_t seconds = std::mktime(&local);
+
+    std::string text;
+    EXPECT_EQ(FormatLogTime(seconds, &text), seconds);
+    EXPECT_EQ(text, "02/01/2024 09:05:03");
+}
+
+TEST(LogText, TakesZeroForNow) {
+    const std::time_t before = std::time(nullptr);
+    EXPECT_GE(FormatLogTime(0), before);
 }

@@ -1,4 +1,4 @@
-#include "syslib/LogModuleTables.h"
+#include "syslib/LogTables.h"
 
 #include <algorithm>
 #include <utility>
@@ -14,14 +14,14 @@ namespace quorbel {
 
 namespace {
 
-bool IsTaken(const LogModuleTables::Map& tables, const std::string& name) {
+bool IsTaken(const LogTables::Map& tables, const std::string& name) {
     // SQL does not tell names apart by case.
     return std::any_of(tables.begin(), tables.end(),
                        [&](const auto& entry) { return EqualNoCase(entry.second, name); });
 }
 
 /// Two modules can ask for the same name: "SOAP" and "soap" do.
-std::string UnusedTableName(const LogModuleTables::Map& tables, const std::string& module) {
+std::string UnusedTableName(const LogTables::Map& tables, const std::string& module) {
     const std::string base = LogTableName(module);
     std::string name = base;
     for (int number = 2; IsTaken(tables, name); ++number) name = base + "_" + std::to_string(number);
@@ -42,7 +42,7 @@ void DropLeftOver(CVSQLite3Database& database, const std::string& table) {
 
 }  // namespace
 
-void LogModuleTables::CreateMetatable() {
+void LogTables::CreateMetatable() {
     const auto create = [this] {
         return database_.TableExists(kLogMetatable) || database_.ExecuteUpdateQuery(kCreateLogMetatable);
     };
@@ -51,7 +51,7 @@ void LogModuleTables::CreateMetatable() {
             database_);
 }
 
-LogModuleTables::Map LogModuleTables::Read() {
+LogTables::Map LogTables::Read() {
     CVSQLite3ResultSet rows;
     Require(database_.ExecuteSelectQuery(kSelectLogModules, rows), database_);
     Map tables;
@@ -64,22 +64,22 @@ LogModuleTables::Map LogModuleTables::Read() {
     return tables;
 }
 
-const std::string* LogModuleTables::Find(const std::string& module) const {
+const std::string* LogTables::Find(const std::string& module) const {
     const auto found = tables_.find(module);
     return found != tables_.end() ? &found->second : nullptr;
 }
 
-const std::string& LogModuleTables::FindOrCreate(const std::string& module) {
+const std::string& LogTables::FindOrCreate(const std::string& module) {
     if (tables_.find(module) == tables_.end()) Create(module);
     return tables_.at(module);
 }
 
-const std::string& LogModuleTables::CreateAgain(const std::string& module) {
+const std::string& LogTables::CreateAgain(const std::string& module) {
     Create(module);
     return tables_.at(module);
 }
 
-void LogModuleTables::Create(const std::string& module) {
+void LogTables::Create(const std::string& module) {
     Map tables;
     std::string table = LogTableName(module);
     std::string error;
@@ -97,7 +97,7 @@ void LogModuleTables::Create(const std::string& module) {
                                       error);
 }
 
-bool LogModuleTables::CreateInTransaction(const std::string& module, Map& tables, std::string& table) {
+bool LogTables::CreateInTransaction(const std::string& module, Map& tables, std::string& table) {
     tables = Read();
     if (const auto known = tables.find(module); known != tables.end()) {
         // Another process was quicker; its table holds entries already and must not be dropped.
@@ -111,7 +111,7 @@ bool LogModuleTables::CreateInTransaction(const std::string& module, Map& tables
            database_.ExecuteUpdateQuery(RecordLogModule(module, table));
 }
 
-void LogModuleTables::Drop(const std::string& module, const std::string& table) {
+void LogTables::Drop(const std::string& module, const std::string& table) {
     const auto drop = [&] {
         return (!database_.TableExists(table) || database_.ExecuteUpdateQuery(DropLogTable(table))) &&
                database_.ExecuteUpdateQuery(ForgetLogModule(module));

@@ -1,9 +1,14 @@
-#include "syslib/LogLocations.h"
+#include "syslib/LogPaths.h"
+
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <mutex>
 #include <optional>
 #include <string_view>
 
+#include "CVException.h"
+#include "PathRoutines.h"
 #include "util/ConfigPath.h"
 
 namespace quorbel {
@@ -34,6 +39,10 @@ std::string LogsBeside(std::string_view configDirectory) {
     return std::string(configDirectory) + "/logs/";
 }
 
+bool Allows(const std::string& path, int mode) {
+    return faccessat(AT_FDCWD, path.c_str(), mode, AT_EACCESS) == 0;
+}
+
 }  // namespace
 
 std::string LogConfigPath(const std::string& configDirectory) {
@@ -51,14 +60,33 @@ std::string LogFileName(const std::string& module) {
 
 std::string DefaultLogPath(const std::string& fileName, const std::string& configDirectory) {
     DefaultDirectory& setting = ProcessDefault();
-    const std::lock_guard guard(setting.mutex);
+    const std::lock_guard lock(setting.mutex);
     return Join(setting.directory.value_or(LogsBeside(configDirectory)), fileName);
 }
 
-void SetDefaultLogLocation(const std::string& directory) {
+void SetDefaultLogPath(const std::string& directory) {
     DefaultDirectory& setting = ProcessDefault();
-    const std::lock_guard guard(setting.mutex);
+    const std::lock_guard lock(setting.mutex);
     setting.directory = directory;
+}
+
+std::string LogDirectoryOf(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    if (slash == std::string::npos) return "./";
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+std::string WhyNotWritable(const std::string& path) {
+    const std::string directory = LogDirectoryOf(path);
+    if (!Allows(directory, W_OK | X_OK)) {
+        return "takes no new files: " + directory + ": " + GetSystemErrorText();
+    }
+    return IsDirectory(path) ? path + ": is a directory" : WhyRefused(path);
+}
+
+std::string WhyRefused(const std::string& path) {
+    const bool refused = Allows(path, F_OK) && !Allows(path, R_OK | W_OK);
+    return refused ? path + ": " + GetSystemErrorText() : "";
 }
 
 }  // namespace quorbel

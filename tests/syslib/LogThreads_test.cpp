@@ -43,14 +43,14 @@ std::vector<std::string> MessagesOf(const TempDir& dir) {
 
 }  // namespace
 
-TEST(EventLogThreads, WriteThroughOneLogWhileItsSettingsChange) {
+TEST(LogThreads, WriteThroughOneLogWhileItsSettingsChange) {
     const TempDir dir;
     WriteConfig(dir, "Threads");
     const auto log = CVsysEventLogInterface::Create("Threads", LogThreading::Single, dir.Path());
     ASSERT_TRUE(log && log->IsReady());
     RunThreads([&](int thread) {
         for (int number = 0; number < kEntries; ++number) {
-            log->SetThreshold(number % 2 == 0 ? EventLevel::Info : EventLevel::Error);
+            log->SetThreshold(number % 2 == 0 ? LogLevel::Info : LogLevel::Error);
             log->Fatal(nullptr, "%d %d", thread, number);
             CVsysEventLogInterface::GetInstance("Threads")->IsReady();
         }
@@ -69,7 +69,7 @@ TEST(EventLogThreads, WriteThroughOneLogWhileItsSettingsChange) {
 
 // Each log locks the file through an object of its own: only the table of locked paths keeps the threads
 // apart.
-TEST(EventLogThreads, WriteToOneFileThroughLogsOfTheirOwnThatComeAndGo) {
+TEST(LogThreads, WriteToOneFileThroughLogsOfTheirOwnThatComeAndGo) {
     const TempDir dir;
     for (int thread = 0; thread < kThreads; ++thread) dir.Write("config" + std::to_string(thread) + "/x", "");
     RunThreads([&](int thread) {
@@ -86,7 +86,7 @@ TEST(EventLogThreads, WriteToOneFileThroughLogsOfTheirOwnThatComeAndGo) {
     EXPECT_EQ(std::set(messages.begin(), messages.end()).size(), messages.size());
 }
 
-TEST(EventLogThreads, StopTheLogOthersAreWritingTo) {
+TEST(LogThreads, StopTheLogOthersAreWritingTo) {
     const TempDir dir;
     WriteConfig(dir, "Stopped");
     const auto log = CVsysEventLogInterface::Create("Stopped", LogThreading::Single, dir.Path());

@@ -1,4 +1,4 @@
-#include "syslib/LogLocations.h"
+#include "syslib/LogPaths.h"
 
 #include <gtest/gtest.h>
 
@@ -6,18 +6,18 @@
 
 using namespace quorbel;
 
-TEST(LogLocations, FindsTheConfigurationInItsDirectory) {
+TEST(LogPaths, FindsTheConfigurationInItsDirectory) {
     EXPECT_EQ(LogConfigPath("conf"), "conf/cvlogs.ini");
     EXPECT_EQ(LogConfigPath("conf/"), "conf/cvlogs.ini");
 }
 
-TEST(LogLocations, NamesLogFilesAfterTheModule) {
+TEST(LogPaths, NamesLogFilesAfterTheModule) {
     EXPECT_EQ(LogFileName("SOAP"), "soap_log.txt");
     EXPECT_EQ(LogFileName("Email Gateway"), "email_gateway_log.txt");
     EXPECT_EQ(LogFileName("../Up"), ".._up_log.txt");
 }
 
-TEST(LogLocations, PutsLogsBesideTheConfigurationUnlessADirectoryIsSet) {
+TEST(LogPaths, PutsLogsBesideTheConfigurationUnlessADirectoryIsSet) {
     const struct {
         const char* configDirectory;
         const char* path;
@@ -29,7 +29,7 @@ TEST(LogLocations, PutsLogsBesideTheConfigurationUnlessADirectoryIsSet) {
     for (const auto& c : cases) EXPECT_EQ(DefaultLogPath("l.txt", c.configDirectory), c.path);
 }
 
-TEST(LogLocations, PutsLogsIntoTheDirectorySet) {
+TEST(LogPaths, PutsLogsIntoTheDirectorySet) {
     const struct {
         const char* directory;
         const char* path;
@@ -37,7 +37,7 @@ TEST(LogLocations, PutsLogsIntoTheDirectorySet) {
     for (const auto& c : cases) {
         // In a process of its own: the setting holds for the whole process.
         EXPECT_EQ(InChildProcess([&] {
-                      SetDefaultLogLocation(c.directory);
+                      SetDefaultLogPath(c.directory);
                       if (DefaultLogPath("l.txt", "../../config") != c.path) throw 0;
                   }),
                   Child::Finished)

@@ -1,4 +1,4 @@
-#include "syslib/EventMessage.h"
+#include "syslib/LogText.h"
 
 #include <unistd.h>
 
@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "CVException.h"
+#include "syslib/LogLevel.h"
 
 namespace quorbel {
 
@@ -51,7 +52,7 @@ std::string EffectiveFormat(const char* context, const char* format, int systemE
 
 }  // namespace
 
-std::string BuildEventMessage(const char* context, const char* format, int systemError, va_list arguments) {
+std::string BuildLogMessage(const char* context, const char* format, int systemError, va_list arguments) {
     std::string effective = EffectiveFormat(context, format, systemError);
     char message[kLimit + 1];
     // A format that the library refuses, such as one with a percent sign at its end, is its own message.
@@ -61,6 +62,30 @@ std::string BuildEventMessage(const char* context, const char* format, int syste
 
 std::string WithThreadId(const std::string& message) {
     return "[TID:" + std::to_string(gettid()) + "] " + message;
+}
+
+std::time_t FormatLogTime(std::time_t seconds, std::string* text) {
+    const std::time_t used = seconds == 0 ? std::time(nullptr) : seconds;
+    if (text == nullptr) return used;
+
+    std::tm local{};
+    localtime_r(&used, &local);
+    char buffer[80];  // room for six numbers of any size
+    const int length =
+        std::snprintf(buffer, sizeof buffer, "%02d/%02d/%d %02d:%02d:%02d", local.tm_mon + 1, local.tm_mday,
+                      local.tm_year + 1900, local.tm_hour, local.tm_min, local.tm_sec);
+    text->assign(buffer, static_cast<std::size_t>(length));
+    return used;
+}
+
+std::string LogLine(std::string_view module, unsigned level, std::string_view message, std::time_t time) {
+    std::string line;
+    FormatLogTime(time, &line);
+    line.reserve(line.size() + module.size() + message.size() + 16);
+    line += ' ';
+    if (!module.empty()) line.append(module) += ' ';
+    line.append(LogLevelTag(level)) += ' ';
+    return line.append(message);
 }
 
 }  // namespace quorbel

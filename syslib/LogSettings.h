@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "syslib/EventLevel.h"
+#include "syslib/LogLevel.h"
 
 class IniReaderWriter;
 
@@ -15,7 +15,7 @@ namespace quorbel {
 /// What `cvlogs.ini` says about one module.
 struct LogSettings {
     std::string writer;
-    EventLevel level = EventLevel::Info;
+    LogLevel level = LogLevel::Info;
     /// Keys and values for the writer, in the order in which it is to be given them.
     std::vector<std::pair<std::string, std::string>> properties;
 };
@@ -33,6 +33,10 @@ std::optional<LogSettings> LoadLogSettings(const std::string& path, const std::s
 /// The same from a file that is loaded, for the section with the header "[SOAP]"; adds nothing.
 LogSettings ReadLogSettings(IniReaderWriter& ini, const std::string& header,
                             const std::string& defaultFilePath);
+
+/// Loads `ini`, which must lock but not retry, waiting up to ten seconds while another program writes the
+/// file. A missing file counts as an empty one. False when the file is there but cannot be read.
+bool LoadLogConfig(IniReaderWriter& ini);
 
 /// Whether the event log or one of its writers knows the key.
 bool IsLogKey(std::string_view key);

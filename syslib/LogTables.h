@@ -11,12 +11,12 @@ namespace quorbel {
 ///
 /// Tables are created and dropped together with their row, in one transaction that looks at `metatable`
 /// again, since other processes do the same. Throws CVDBexception where nothing else is said.
-class LogModuleTables {
+class LogTables {
 public:
     using Map = std::map<std::string, std::string>;
 
     /// Reads nothing yet.
-    explicit LogModuleTables(CVSQLite3Database& database) : database_(database) {}
+    explicit LogTables(CVSQLite3Database& database) : database_(database) {}
 
     /// Creates `metatable` unless it is there.
     void CreateMetatable();

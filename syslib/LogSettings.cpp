@@ -1,24 +1,34 @@
-#include "syslib/LogConfigFile.h"
+#include "syslib/LogSettings.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
+#include <iterator>
+#include <mutex>
 #include <thread>
 
 #include "CVException.h"
 #include "LockFile.h"
 #include "PathRoutines.h"
 #include "syslib/CVIniReaderWriterEx.h"
+#include "util/StringRoutines.h"
 
 namespace quorbel {
 
 namespace fs = std::filesystem;
 
 namespace {
+
+// A section with its entries as they are to stand in the file; the header includes its brackets.
+struct LogSection {
+    std::string header;
+    std::vector<std::pair<std::string, std::string>> entries;
+};
 
 constexpr std::chrono::seconds kPatience{10};
 constexpr std::chrono::milliseconds kAttempt{30};
@@ -96,12 +106,34 @@ void RewriteInPlace(const std::string& path, const LogSection& section) {
     TryWhileLocked(file, [&] { return file.save(); });
 }
 
+// Every key that a writer knows; "[main]" may set them for all modules.
+constexpr const char* kSharedKeys[] = {
+    "writer",     "level",          "filePath",   "bytesPerFiles", "numFiles",
+    "autoAppend", "perProcessFile", "dbfilename", "filename",      "truncate",
+};
+
+LogSection DefaultSection(const std::string& module, const std::string& filePath) {
+    return {.header = "[" + module + "]",
+            .entries = {
+                {"writer", "file"},
+                {"level", "info"},
+                {"filePath", filePath},
+                {"bytesPerFiles", "204800"},
+                {"numFiles", "20"},
+                {"autoAppend", "1"},
+                {"perProcessFile", "0"},
+            }};
+}
+
 }  // namespace
 
 bool LoadLogConfig(IniReaderWriter& ini) {
     return TryWhileLocked(ini, [&] { return ini.load(); }) || ini.LastError() == ENOENT;
 }
 
+namespace {
+
+// Adds a section behind everything else, in the file and in `ini`, unless another process has just done it.
 bool AddLogSection(IniReaderWriter& ini, const std::string& path, const LogSection& section) {
     const std::string real = RealPath(path);
     try {
@@ -116,6 +148,53 @@ bool AddLogSection(IniReaderWriter& ini, const std::string& path, const LogSecti
     }
     if (!TakesNewFiles(fs::path(real).parent_path())) RewriteInPlace(real, section);
     return true;
+}
+
+}  // namespace
+
+LogSettings ReadLogSettings(IniReaderWriter& ini, const std::string& header,
+                            const std::string& defaultFilePath) {
+    const auto main = ini.FindSection("[main]");
+    const auto section = ini.FindSection(header);
+    const auto valueOr = [&](const char* key, const char* otherwise) -> std::string {
+        const std::string* own = ini.FindKey(section, key);
+        const std::string* value = own != nullptr ? own : ini.FindKey(main, key);
+        return value != nullptr ? *value : otherwise;
+    };
+
+    LogSettings settings;
+    settings.writer = valueOr("writer", "file");
+    settings.level = ParseLogLevel(valueOr("level", "info"), UnknownLevel::Warn);
+    for (const char* key : kSharedKeys) {
+        const std::string* shared = ini.FindKey(main, key);
+        if (shared != nullptr && ini.FindKey(section, key) == nullptr)
+            settings.properties.emplace_back(key, *shared);
+    }
+    if (valueOr("filePath", "").empty()) settings.properties.emplace_back("filePath", defaultFilePath);
+    for (const IniLine* line : ini.Entries(section))
+        settings.properties.emplace_back(line->text, line->value);
+    return settings;
+}
+
+bool IsLogKey(std::string_view key) {
+    return std::any_of(std::begin(kSharedKeys), std::end(kSharedKeys),
+                       [&](const char* known) { return EqualNoCase(key, known); });
+}
+
+std::optional<LogSettings> LoadLogSettings(const std::string& path, const std::string& module,
+                                           const std::string& defaultFilePath) {
+    // One thread at a time: closing the file drops every lock that the process holds on it. Never deleted,
+    // for logs that are created while static objects are destroyed.
+    static auto* const oneAtATime = new std::mutex;
+    const std::lock_guard lock(*oneAtATime);
+
+    IniReaderWriter ini(path, /*lock=*/true, /*retry=*/false);
+    if (!LoadLogConfig(ini)) return std::nullopt;
+    const LogSection section = DefaultSection(module, defaultFilePath);
+    if (ini.FindSection(section.header) == ini.NoSection() && !AddLogSection(ini, path, section)) {
+        return std::nullopt;
+    }
+    return ReadLogSettings(ini, section.header, defaultFilePath);
 }
 
 }  // namespace quorbel
