@@ -52,6 +52,18 @@ check_description() {
     expect_text "$sent"
 }
 
+# The page for browsers, by both its addresses, under its policy.
+check_page() {
+    local path
+    for path in / /quorbel.html; do
+        ask "${url%/cgi-bin/*}$path"
+        expect "answer to $path" "$seen" '200 text/html; charset=utf-8'
+        cmp -s "$work/answer" "$site/web/index.html" || complaints+=("$path: not the site's page")
+        curl -sS -m 30 -o "$work/answer" -D "$work/headers" "${url%/cgi-bin/*}$path"
+        grep -qi "^content-security-policy: default-src 'none';" "$work/headers" || complaints+=("$path: no policy")
+    done
+}
+
 # The access log says who asked, with an id that the program gets, too: the client's or one of the server's own.
 check_access_log() {
     local log=$site/web-logs/$server-access.log lines
@@ -85,7 +97,7 @@ check_root_writes() {
 check_hidden() {
     local path before
     before=$(starts)
-    for path in / /config/dir /cgi-bin/../config/dir /cgi-bin/ /cgi-bin/quorbel-soap/x /quorbel.wsdl/; do
+    for path in /index.html /config/dir /cgi-bin/../config/dir /cgi-bin/ /cgi-bin/quorbel-soap/x /quorbel.wsdl/; do
         ask --path-as-is "${url%/cgi-bin/*}$path"
         [[ $seen == 40[34]* ]] || complaints+=("$path: $seen")
     done
