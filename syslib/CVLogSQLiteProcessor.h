@@ -13,7 +13,7 @@
 class CVLogSQLiteProcessor : public CVLogDBProcessorInterface {
 public:
     /// With `create` the file and its "metatable" are made when missing. Without it nothing is changed by
-    /// opening, and a missing file is a failure. A hopeless path costs 25 s, see DatabaseFile.h.
+    /// opening, and a missing file is a failure. A path that cannot be opened takes 25 s, see IsReadableDatabase.
     CVLogSQLiteProcessor(const std::string& path, bool create);
 
     bool Insert(const std::string& module, const quorbel::LogRecord& record) override;

@@ -88,7 +88,7 @@ void CVsysEventLogFileWriter::PrepareDirectory() {
     } catch (...) {
         ReportCaughtException(kPrepareSource, identity_, kUnknown);
     }
-    initialised_ = !IsLockHopeless(lock);
+    initialised_ = IsLockUsable(lock);
     if (initialised_) return;
     notReady_ = "Can not lock '" + lock + "'";
     ReportLogFailure(kPrepareSource, identity_, notReady_);

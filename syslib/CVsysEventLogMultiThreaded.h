@@ -3,7 +3,6 @@
 #include <chrono>
 #include <memory>
 
-#include "CVconDelegate.h"
 #include "CVconThread.h"
 #include "syslib/CVsysEventLogInterface.h"
 

@@ -6,7 +6,7 @@
 #include <fstream>
 #include <utility>
 
-#include "cvdblib/sqlite3/src/DatabaseFile.h"
+#include "cvdblib/sqlite3/src/CVSQLite3Database.h"
 #include "syslib/CVDBProcessorFatalException.h"
 #include "syslib/LogLevel.h"
 #include "syslib/LogPaths.h"

@@ -9,7 +9,7 @@
 
 #include "CVException.h"
 #include "PathRoutines.h"
-#include "util/ConfigPath.h"
+#include "util/StringRoutines.h"
 
 namespace quorbel {
 

@@ -8,7 +8,7 @@
 #include <stdexcept>
 
 #include "CVException.h"
-#include "cvdblib/sqlite3/src/DatabaseFile.h"
+#include "cvdblib/sqlite3/src/CVSQLite3Database.h"
 #include "syslib/CVDBProcessorFatalException.h"
 #include "syslib/CVLogSQLiteProcessor.h"
 #include "tools/cvlogs/LogConfig.h"

@@ -5,7 +5,7 @@
 #include <iterator>
 #include <vector>
 
-#include "cvdblib/sqlite3/src/CVDBiResultSet.h"
+#include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
 #include "syslib/LogLevel.h"
 #include "tools/operator/Output.h"
 #include "tools/operator/Text.h"

@@ -1,7 +1,7 @@
 #include <stdexcept>
 #include <vector>
 
-#include "cvdblib/sqlite3/src/CVDBiResultSet.h"
+#include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
 #include "tools/cvlogs/Commands.h"
 
 namespace quorbel {
