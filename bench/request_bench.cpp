@@ -7,10 +7,10 @@
 
 #include <cstdlib>
 
+#include "process/Commands.h"
 #include "process/HttpForm.h"
 #include "process/HttpPoster.h"
-#include "process/MessageCommands.h"
-#include "process/MessagingTranslation.h"
+#include "process/Translation.h"
 #include "soap/CVsoapParser.h"
 #include "soap/Envelopes.h"
 #include "syslib/CVLogInterface.h"
@@ -46,7 +46,7 @@ void ParseTranslateBuild(benchmark::State& state) {
         RequestRecord record;
         ParseEnvelope(body.c_str(), record, log);
         const MessagingParameters parameters = TranslateMessaging(record);
-        const CommandParameters command = BuildSendCommand(parameters, parameters.recipients.front());
+        const CommandParameters command = BuildMessageCommand(parameters, parameters.recipients.front());
         benchmark::DoNotOptimize(BuildFormBody(command.lines).length());
     }
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * body.size()));

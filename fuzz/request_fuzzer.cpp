@@ -5,12 +5,9 @@
 #include <cstdlib>
 #include <string>
 
-#include "process/AdministrationCommands.h"
-#include "process/AdministrationDispatch.h"
-#include "process/AdministrationTranslation.h"
+#include "process/Commands.h"
 #include "process/HttpForm.h"
-#include "process/MessageCommands.h"
-#include "process/MessagingTranslation.h"
+#include "process/Translation.h"
 #include "soap/CVsoapParser.h"
 #include "soap/RequestGlobals.h"
 #include "syslib/CVLogInterface.h"
@@ -30,9 +27,7 @@ void Require(bool holds) {
 
 void BuildMessage(const RequestRecord& record) {
     const MessagingParameters parameters = TranslateMessaging(record);
-    const CommandParameters command = IsSingleCommand(parameters.commandCode)
-                                          ? BuildSingleCommand(parameters)
-                                          : BuildSendCommand(parameters, parameters.recipients.front());
+    const CommandParameters command = BuildMessageCommand(parameters, parameters.recipients.front());
     Require(command.lines.size() <= CommandParameters::kMaxLines);
     const TextBuffer body = BuildFormBody(command.lines);
     Require(body.Text().find_first_of("\r\n <") == std::string_view::npos);
@@ -42,7 +37,7 @@ void BuildAdministration(const RequestRecord& record) {
     g_tAdminInfo = TranslateAdmin(record);
     g_tDept = TranslateDepartment(record);
     g_tUser = TranslateUser(record);
-    g_tUserGroup = TranslateUserGroup(record, currentMethodCode);
+    g_tUserGroup = TranslateUserGroup(record);
     gParameters = TranslateAdministration(record);
     const AdministrationRequest request = {&gParameters, &g_tAdminInfo, &g_tDept,
                                            &g_tUser,     &g_tUserGroup, &g_tSchd};

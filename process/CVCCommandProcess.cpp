@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "process/MessageCommands.h"
+#include "process/Commands.h"
 
 using namespace quorbel;
 
@@ -18,8 +18,8 @@ int Width(std::string_view text) {
 }  // namespace
 
 const char* CVCCommandProcess::FormatResultLine(std::string_view text, std::string_view code) {
-    const std::string_view jobId =
-        parameters_->jobId.empty() ? kNoJobId : std::string_view(parameters_->jobId);
+    const std::string_view given = (*parameters_)[Slot::JobId];
+    const std::string_view jobId = given.empty() ? kNoJobId : given;
     std::snprintf(resultLine_, sizeof resultLine_, "%.*s %.*s \"%.*s\"\n", Width(code), code.data(),
                   Width(jobId), jobId.data(), Width(text), text.data());
     return resultLine_;
@@ -35,17 +35,16 @@ void CVCCommandProcess::ShowReply(std::string_view text) {
 }
 
 void CVCCommandProcess::RunMessaging() {
+    const auto& recipients = parameters_->recipients;
     if (IsSingleCommand(parameters_->commandCode)) {
-        SendCommand(BuildSingleCommand(*parameters_));
-    } else {
-        const auto& recipients = parameters_->recipients;
-        for (std::size_t i = 0; i < std::min(recipients.size(), kMaxRecipients) && !recipients[i].empty();
-             ++i) {
-            SendCommand(BuildSendCommand(*parameters_, recipients[i]));
-        }
+        SendCommand(recipients.empty() ? std::string_view() : recipients.front());
+        return;
     }
+    const std::size_t count = std::min(recipients.size(), kMaxRecipients);
+    for (std::size_t i = 0; i < count && !recipients[i].empty(); ++i) SendCommand(recipients[i]);
 }
 
-void CVCCommandProcess::SendCommand(CommandParameters command) {
-    Send(command, parameters_->url, parameters_->url2);
+void CVCCommandProcess::SendCommand(std::string_view recipient) {
+    CommandParameters command = BuildMessageCommand(*parameters_, recipient);
+    Send(command, std::string((*parameters_)[Slot::Url]), std::string((*parameters_)[Slot::Url2]));
 }

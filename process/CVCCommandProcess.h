@@ -1,7 +1,7 @@
 #pragma once
 
 #include "process/CVCProcess.h"
-#include "process/TranslationRecords.h"
+#include "process/CommandRecords.h"
 
 /// Sends messages, message queries and confirmations. Alone it prints outcomes to standard output.
 class CVCCommandProcess : public virtual CVCProcess {
@@ -25,7 +25,7 @@ protected:
     void ForgetResult() { resultLine_[0] = '\0'; }
 
 private:
-    void SendCommand(quorbel::CommandParameters command);
+    void SendCommand(std::string_view recipient);
 
     char resultLine_[1024] = {};
     const quorbel::MessagingParameters* parameters_;

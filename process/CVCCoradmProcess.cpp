@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "process/Commands.h"
+
 using namespace quorbel;
 
 void CVCCoradmProcess::PrepareCommand(std::size_t member) {
@@ -15,14 +17,15 @@ void CVCCoradmProcess::FinishCommand() {
 int CVCCoradmProcess::SendCommand(std::size_t member) {
     const AdministrationParameters& parameters = *request_.parameters;
     PrepareCommand(member);
-    const int result = Send(command_, parameters.url, failoverUrl_.empty() ? parameters.url2 : failoverUrl_);
+    const std::string_view url2 = failoverUrl_.empty() ? parameters[Slot::Url2] : failoverUrl_;
+    const int result = Send(command_, std::string(parameters[Slot::Url]), std::string(url2));
     FinishCommand();
     return result;
 }
 
 void CVCCoradmProcess::RunAdministration() {
     const AdministrationParameters& parameters = *request_.parameters;
-    if (parameters.allMembers == 1 || !IsMembershipWord(parameters.command)) {
+    if (parameters.allMembers == 1 || !IsMembershipWord(parameters[Slot::CommandWord])) {
         SendCommand(0);
         return;
     }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "process/AdministrationCommands.h"
 #include "process/CVCProcess.h"
+#include "process/CommandRecords.h"
 
 /// Sends administration requests.
 class CVCCoradmProcess : public virtual CVCProcess {

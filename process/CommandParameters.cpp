@@ -24,7 +24,7 @@ void CommandParameters::SetParameter(std::size_t index, std::string_view name, s
 
 void CommandParameters::AddParameterPair(std::string_view name1, std::string_view value1,
                                          std::string_view name2, std::string_view value2) {
-    if (name1.empty() || value1.empty() || name2.empty()) return;
+    if (name1.empty() || value1.empty() || name2.empty() || count + 2 > kMaxLines) return;
     Add(name1, value1);
     Add(name2, value2);
 }
@@ -38,9 +38,9 @@ void CommandParameters::AddNumber(std::string_view name, int number) {
 }
 
 void CommandParameters::Add(std::string_view name, std::string_view value) {
-    if (count == kMaxLines) return;
-    if (lines.size() == count) lines.emplace_back();
-    lines[count++] = Line(name, value);
+    if (IsFull()) return;
+    if (lines.size() <= count) lines.resize(count + 1);
+    lines[count++] = Line(name, value.substr(0, valueLimit));
 }
 
 }  // namespace quorbel

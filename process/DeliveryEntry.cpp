@@ -77,20 +77,20 @@ void AddNumber(std::string& entry, std::string_view key, const std::optional<Num
 
 }  // namespace
 
-LogLevel LevelOf(const Delivery& delivery) {
+EventLevel LevelOf(const Delivery& delivery) {
     switch (delivery.outcome) {
         case Outcome::Sending:
-            return LogLevel::Debug;
+            return EventLevel::Debug;
         case Outcome::NotConnected:
         case Outcome::Unknown:
-            return LogLevel::Error;
+            return EventLevel::Error;
         case Outcome::Refused:
-            return LogLevel::Warn;
+            return EventLevel::Warn;
         case Outcome::Answered:
             break;
     }
     const bool isPlain = !delivery.viaSecondary && delivery.httpStatus.value_or(0) < 400;
-    return isPlain ? LogLevel::Info : LogLevel::Warn;
+    return isPlain ? EventLevel::Info : EventLevel::Warn;
 }
 
 std::string LogfmtValue(std::string_view text) {

@@ -8,7 +8,6 @@ namespace quorbel {
 
 namespace {
 
-constexpr std::size_t kFieldCapacity = 10000;  ///< the server reads names and values into fields of this size
 constexpr int kBodyCapacity = 1024;
 
 bool IsPlain(char c) {

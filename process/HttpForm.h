@@ -9,6 +9,9 @@
 
 namespace quorbel {
 
+/// The capacity for the names and the values of a form body.
+inline constexpr std::size_t kFieldCapacity = 10000;
+
 /// Encodes a name or a value for a form body, as it would fit into a field of `capacity` bytes: encoding
 /// stops without notice where fewer than five bytes remain. Letters, digits and "/_." travel unchanged, any
 /// other byte as "%" and two lower-case hexadecimal digits, a byte above ASCII as "%ff": the server knows one

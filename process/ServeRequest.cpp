@@ -7,16 +7,16 @@
 
 #include "process/CVCSoapProcess.h"
 #include "process/Translation.h"
-#include "soap/AdminRecords.h"
 #include "soap/AnswerWriter.h"
 #include "soap/CVsoap.h"
 #include "soap/CVsoapParser.h"
-#include "soap/MethodTable.h"
+#include "soap/Methods.h"
 #include "soap/RequestGlobals.h"
 #include "soap/RequestRecord.h"
 #include "syslib/CVsysEventLogInterface.h"
 #include "syslib/CVsysEventLogModNames.h"
 #include "util/BoundedText.h"
+#include "util/ConfigPath.h"
 #include "util/SpoolDirectories.h"
 #include "util/StringRoutines.h"
 

@@ -1,14 +1,16 @@
 #include "process/Translation.h"
 
-#include "process/AdministrationDispatch.h"
-#include "process/AdministrationTranslation.h"
+#include <algorithm>
+#include <string>
+
 #include "process/CVCSoapProcess.h"
-#include "process/MessageCommands.h"
-#include "process/MessagingTranslation.h"
+#include "process/CommandTable.h"
+#include "process/Commands.h"
 #include "soap/AnswerWriter.h"
-#include "soap/MethodTable.h"
+#include "soap/Methods.h"
 #include "soap/RequestGlobals.h"
 #include "syslib/CVsysEventLogInterface.h"
+#include "util/BoundedText.h"
 #include "util/StringRoutines.h"
 
 namespace quorbel {
@@ -17,6 +19,100 @@ namespace {
 
 constexpr char kRefused[] = "2004";
 constexpr char kSource[] = "CVsoap";
+
+/// Fills one field of a fixed-width record from a slot.
+template <typename Record>
+struct FixedText {
+    Slot slot;
+    void (*fill)(Record& record, std::string_view text);
+};
+
+template <typename Record, std::size_t N>
+Record RecordOf(char (Record::*)[N]);
+
+template <auto Field>
+void Fill(decltype(RecordOf(Field))& record, std::string_view text) {
+    CopyText(record.*Field, text);
+}
+
+constexpr FixedText<AdminInfo> kAdminTexts[] = {
+    {Slot::AdminName, Fill<&AdminInfo::name>},
+    {Slot::AdminPassword, Fill<&AdminInfo::password>},
+};
+constexpr FixedText<DepartmentInfo> kDepartmentTexts[] = {
+    {Slot::Department, Fill<&DepartmentInfo::name>},
+    {Slot::Description, Fill<&DepartmentInfo::description>},
+};
+constexpr FixedText<UserInfo> kUserTexts[] = {
+    {Slot::UserName, Fill<&UserInfo::userName>},
+    {Slot::NewUserName, Fill<&UserInfo::newUserName>},
+    {Slot::Password, Fill<&UserInfo::password>},
+    {Slot::UserDescription, Fill<&UserInfo::description>},
+    {Slot::UserGroup, Fill<&UserInfo::userGroup>},
+    {Slot::UserIp, Fill<&UserInfo::ip>},
+    {Slot::UserEmail, Fill<&UserInfo::email>},
+    {Slot::AccessCode, Fill<&UserInfo::accessCode>},
+    {Slot::UserTimeZone, Fill<&UserInfo::timeZone>},
+    {Slot::LinkUserName, Fill<&UserInfo::linkUserName>},
+    {Slot::LinkPassword, Fill<&UserInfo::linkPassword>},
+    {Slot::DbHost, Fill<&UserInfo::dbHost>},
+    {Slot::NtUserName, Fill<&UserInfo::ntUserName>},
+    {Slot::NtPassword, Fill<&UserInfo::ntPassword>},
+    {Slot::NtDomain, Fill<&UserInfo::ntDomain>},
+    {Slot::Authentication, Fill<&UserInfo::authentication>},
+};
+constexpr FixedText<UserGroupInfo> kUserGroupTexts[] = {
+    {Slot::UserGroupName, Fill<&UserGroupInfo::name>},
+    {Slot::UserGroupDescription, Fill<&UserGroupInfo::description>},
+    {Slot::DepartmentOfUserGroup, Fill<&UserGroupInfo::departmentName>},
+    {Slot::PermissionSet, Fill<&UserGroupInfo::permissionSet>},
+};
+
+template <typename Record, std::size_t N>
+Record FilledFrom(const RequestRecord& request, const FixedText<Record> (&texts)[N]) {
+    Record record{};
+    for (const auto& text : texts) text.fill(record, request[text.slot]);
+    return record;
+}
+
+/// A quick message goes to its carrier; an empty carrier leaves the recipient that is there.
+std::string_view RecipientOf(const RequestRecord& record, int commandCode) {
+    const bool usesCarrier =
+        commandCode == kQuickSend && (!record.Has(Slot::Carrier) || !record[Slot::Carrier].empty());
+    return record[usesCarrier ? Slot::Carrier : Slot::Recipient];
+}
+
+int CommandCodeFor(const RequestRecord& record) {
+    if (!record.Has(Slot::MessagingAction)) return kNoCommandCode;  // the request ended before its method did
+    return MessageCommandOf(record[Slot::MessagingAction]).code;
+}
+
+/// Stores a flag as a text: `text` when it is true, else nothing.
+void SetFlag(MessagingParameters& parameters, const RequestRecord& record, Slot slot, const char* text) {
+    parameters.At(slot) = nullptr;
+    if (IsTrue(record, slot)) parameters.Set(slot, text);
+}
+
+/// Response actions are kept as (action, response, final) up to the first without a response.
+void FillResponseActions(ExtraSlots& slots, const RequestItems& actions) {
+    const std::size_t count = std::min(actions.count, kResponseActionSlots);
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto& [response, action, final] = actions.items[i];
+        if (TextOf(response).empty()) return;
+        slots[kCustomFieldSlots + i] = {action, response, final};
+    }
+}
+
+/// Custom fields are kept up to the first without a name. Kept for compatibility: from the fifth on they
+/// overwrite response actions.
+void FillCustomFields(ExtraSlots& slots, const RequestItems& fields) {
+    const std::size_t count = std::min(fields.count, slots.size());
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto& [name, value, nothing] = fields.items[i];
+        if (TextOf(name).empty()) return;
+        slots[i] = {name, value, nullptr};
+    }
+}
 
 /// Writes the error entry and the fault of a request that is not posted.
 void Refuse(const char* reason) {
@@ -28,50 +124,92 @@ void FillAdministrationRecords(const RequestRecord& record) {
     g_tAdminInfo = TranslateAdmin(record);
     g_tDept = TranslateDepartment(record);
     g_tUser = TranslateUser(record);
-    g_tUserGroup = TranslateUserGroup(record, currentMethodCode);
+    g_tUserGroup = TranslateUserGroup(record);
     gParameters = TranslateAdministration(record);
 }
 
-/// Keeps the addresses for the run; true when the first can be posted to at all.
-bool TakeAddresses(const std::string& url, const std::string& url2) {
-    gArguments.url = url;
-    gArguments.url2 = url2;
-    return HoldsPrintable(url);
-}
-
-void AttachLog() {
-    soapProcess.SetEventLog(CVsysEventLogInterface::GetInstance(__LINE__, kSource));
+/// Keeps the addresses for the run. Why they cannot be posted to, as the text of a fault; null when they can.
+const char* TakeAddresses(const SlotTexts& texts) {
+    gArguments.url = texts[Slot::Url];
+    gArguments.url2 = texts[Slot::Url2];
+    return HoldsPrintable(gArguments.url) ? nullptr : "Missing URL";
 }
 
 void RunAdministration() {
-    if (TakeAddresses(gParameters.url, gParameters.url2)) {
-        AttachLog();
-        soapProcess.Run(RunMode::Administration);
+    if (const char* reason = TakeAddresses(gParameters); reason != nullptr) {
+        Refuse(reason);
     } else {
-        Refuse("Missing URL");
+        soapProcess.SetEventLog(CVsysEventLogInterface::GetInstance(__LINE__, kSource));
+        soapProcess.Run(RunMode::Administration);
     }
     gParameters = {};
 }
 
-/// A message for nobody posts nothing; the client must not take silence for success.
-bool LacksRecipient(const MessagingParameters& parameters) {
-    return !IsSingleCommand(parameters.commandCode) && parameters.recipients.front().empty();
-}
-
 void RunMessaging(const RequestRecord& record) {
     gMsgParameters = TranslateMessaging(record);
-    if (!TakeAddresses(gMsgParameters.url, gMsgParameters.url2)) {
-        Refuse("Missing URL");
-        AttachLog();
-        WriteResponse(soapProcess.ResultText());
-    } else if (LacksRecipient(gMsgParameters)) {
-        Refuse("Missing recipient");
+    const char* reason = TakeAddresses(gMsgParameters);
+    if (reason == nullptr) reason = RefusalOf(gMsgParameters);
+    if (reason != nullptr) {
+        Refuse(reason);
     } else {
         soapProcess.Run(RunMode::Messaging);
     }
 }
 
 }  // namespace
+
+bool IsTrue(const RequestRecord& record, Slot slot) {
+    const std::string_view text = record[slot];
+    return record.Has(slot) && !EqualNoCase(text.substr(0, 4), "fals") && !text.starts_with('0');
+}
+
+AdminInfo TranslateAdmin(const RequestRecord& record) {
+    return FilledFrom(record, kAdminTexts);
+}
+
+DepartmentInfo TranslateDepartment(const RequestRecord& record) {
+    return FilledFrom(record, kDepartmentTexts);
+}
+
+UserInfo TranslateUser(const RequestRecord& record) {
+    UserInfo user = FilledFrom(record, kUserTexts);
+    user.gui = IsTrue(record, Slot::Gui);
+    user.cli = IsTrue(record, Slot::Cli);
+    user.resultToEmail = IsTrue(record, Slot::ResultToEmail);
+    return user;
+}
+
+UserGroupInfo TranslateUserGroup(const RequestRecord& record) {
+    UserGroupInfo group = FilledFrom(record, kUserGroupTexts);
+    for (int slot = static_cast<int>(Slot::FirstPermission); slot <= static_cast<int>(Slot::LastPermission);
+         ++slot) {
+        if (!IsTrue(record, static_cast<Slot>(slot))) continue;
+        CopyText(group.permissions[group.permissionCount++].slot, std::to_string(slot));
+    }
+    return group;
+}
+
+AdministrationParameters TranslateAdministration(const RequestRecord& record) {
+    AdministrationParameters parameters;
+    static_cast<SlotTexts&>(parameters) = record;
+    parameters.memberNames.emplace_back(record[Slot::MemberName]);
+    parameters.enableOwnerSettings = IsTrue(record, Slot::EnableOwnerSettings);
+    parameters.alertOwner = IsTrue(record, Slot::AlertOwner);
+    parameters.limitAccess = IsTrue(record, Slot::LimitAccess);
+    return parameters;
+}
+
+MessagingParameters TranslateMessaging(const RequestRecord& record) {
+    MessagingParameters parameters;
+    static_cast<SlotTexts&>(parameters) = record;
+    parameters.commandCode = CommandCodeFor(record);
+    parameters.recipients.emplace_back(RecipientOf(record, parameters.commandCode));
+    SetFlag(parameters, record, Slot::TimeStamp, "true");
+    SetFlag(parameters, record, Slot::ForwardReply, "yes");
+    FillResponseActions(parameters.extras, record.responseActions);
+    FillCustomFields(parameters.extras, record.customFields);
+    return parameters;
+}
 
 int TranslateRequest(const RequestRecord& record) {
     FillAdministrationRecords(record);

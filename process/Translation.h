@@ -1,5 +1,6 @@
 #pragma once
 
+#include "process/CommandRecords.h"
 #include "soap/RequestRecord.h"
 
 namespace quorbel {
@@ -8,5 +9,19 @@ namespace quorbel {
 /// the request was handled, also by a fault about its address, and 0 when it was refused before that. The
 /// event log must exist. Called once per run.
 int TranslateRequest(const RequestRecord& record);
+
+// What a parsed request means. Pure: each gives its record filled anew.
+
+AdminInfo TranslateAdmin(const RequestRecord& record);
+DepartmentInfo TranslateDepartment(const RequestRecord& record);
+UserInfo TranslateUser(const RequestRecord& record);
+UserGroupInfo TranslateUserGroup(const RequestRecord& record);
+AdministrationParameters TranslateAdministration(const RequestRecord& record);
+MessagingParameters TranslateMessaging(const RequestRecord& record);
+
+/// The boolean rule of the service: true when the element is there and its text does not begin with "fals" in
+/// any letter case, nor with "0". So "no", an empty element and a leading blank are true. An absent element
+/// is false.
+bool IsTrue(const RequestRecord& record, Slot slot);
 
 }  // namespace quorbel

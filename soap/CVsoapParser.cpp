@@ -10,7 +10,7 @@
 #include <memory>
 
 #include "soap/FieldCapture.h"
-#include "soap/MethodTable.h"
+#include "soap/Methods.h"
 #include "soap/RequestGlobals.h"
 #include "syslib/CVLogInterface.h"
 #include "util/BoundedText.h"
@@ -39,6 +39,8 @@ public:
     void Start(std::string_view name, const XML_Char** attributes);
     void Data(std::string_view text);
     void End(std::string_view name);
+    /// Ends a method that the document left open.
+    void Finish();
     /// Counts a declared attribute; true when there are more than any client needs.
     bool DeclaresTooMuch() { return ++declaredAttributes_ > kMaxDeclaredAttributes; }
 
@@ -64,20 +66,23 @@ private:
     XML_Parser parser_;
     RequestRecord& record_;
     FieldCapture capture_;
-    FieldHandler handler_ = FieldHandler::Common;
     int declaredAttributes_ = 0;
     bool insideMethod_ = false;
     bool envelopeEnded_ = false;
     bool failed_ = false;
 };
 
-/// Only the last attribute decides, by its name alone; this is what clients' "nil" has always meant here.
-bool IsNil(const XML_Char** attributes) {
-    bool isNil = false;
+/// Kept for compatibility: the last attribute's name decides alone, whatever its value.
+Nil NilIn(const XML_Char** attributes) {
+    Nil nil = Nil::No;
     for (; attributes[0] != nullptr && attributes[1] != nullptr; attributes += 2) {
-        isNil = EndsWithNoCase(attributes[0], "nil");
+        if (EndsWithNoCase(attributes[0], "nil")) {
+            nil = Nil::Always;
+        } else if (nil == Nil::Always) {
+            nil = Nil::WithoutText;
+        }
     }
-    return isNil;
+    return nil;
 }
 
 void EnvelopeState::Start(std::string_view name, const XML_Char** attributes) {
@@ -86,23 +91,19 @@ void EnvelopeState::Start(std::string_view name, const XML_Char** attributes) {
         if (method == nullptr) return;
         Open(*method);
     }
-    const bool isNil = IsNil(attributes);
-    capture_.Start(FieldHandler::Common, name, isNil);
-    capture_.Start(handler_, name, isNil);
+    capture_.Start(name, NilIn(attributes));
 }
 
 void EnvelopeState::Open(const Method& method) {
     insideMethod_ = true;
-    handler_ = method.handler;
+    capture_.Open(method);
     currentMethodCode = method.code;
     CopyText(g_szCommand, method.name);
-    record_[Slot::CommandWord].emplace(method.commandWord);
+    record_.Set(Slot::CommandWord, method.commandWord);
 }
 
 void EnvelopeState::Data(std::string_view text) {
-    if (!insideMethod_) return;
-    capture_.Data(FieldHandler::Common, text);
-    capture_.Data(handler_, text);
+    if (insideMethod_) capture_.Data(text);
 }
 
 void EnvelopeState::End(std::string_view name) {
@@ -113,21 +114,25 @@ void EnvelopeState::End(std::string_view name) {
     if (!insideMethod_) return;
     if (const Method* method = MethodClosedBy(name); method != nullptr) {
         Close(*method);
-        return;
+    } else {
+        capture_.End(name);
     }
-    capture_.End(FieldHandler::Common, name);
-    capture_.End(handler_, name);
 }
 
 /// The name that matched decides what is recorded, not the method that was opened: any element inside whose
 /// name ends with a method's name closes the method early.
 void EnvelopeState::Close(const Method& method) {
-    insideMethod_ = false;
+    Finish();
     if (method.endRecords == EndRecords::MemberKind) {
-        record_[Slot::MemberKind].emplace(method.endWord);
+        record_.Set(Slot::MemberKind, method.endWord);
     } else if (method.endRecords == EndRecords::MessagingAction) {
-        record_[Slot::MessagingAction].emplace(method.endWord);
+        record_.Set(Slot::MessagingAction, method.endWord);
     }
+}
+
+void EnvelopeState::Finish() {
+    if (insideMethod_) capture_.Close();
+    insideMethod_ = false;
 }
 
 EnvelopeState& StateOf(void* userData) {
@@ -176,11 +181,12 @@ int ParseEnvelope(const char* body, RequestRecord& record, CVLogInterface& log) 
     XML_SetElementHandler(parser.get(), HandleStart, HandleEnd);
     XML_SetCharacterDataHandler(parser.get(), HandleData);
     LimitDeclarations(parser.get());
-    // Never told that the input is complete: clients rely on an unclosed envelope still being served.
+    // Kept for compatibility: never told that the input is complete, so an unclosed envelope is served.
     const XML_Status status = XML_Parse(parser.get(), body, static_cast<int>(length), XML_FALSE);
     if (status != XML_STATUS_OK) {
         return ReportParseError(log, XML_GetErrorCode(parser.get()), XML_GetCurrentLineNumber(parser.get()));
     }
+    state.Guarded([&] { state.Finish(); });
     if (state.failed()) return ReportParseError(log, XML_ERROR_NO_MEMORY, 0);
     if (!state.envelopeEnded()) log.Warn("Parse OK", "But not parsed till end of mark!");
     return 1;

@@ -9,109 +9,154 @@ namespace quorbel {
 
 namespace {
 
-/// Counts an item that ended. A nil one counts too, as an item without members.
-void CountItem(RequestItems& items) {
-    items.Current();
-    ++items.count;
+/// The position of the first field for which `holds`; the number of fields when there is none.
+template <typename Condition>
+std::size_t Find(std::span<const Field> fields, Condition holds) {
+    return static_cast<std::size_t>(std::find_if(fields.begin(), fields.end(), holds) - fields.begin());
 }
 
-/// A text that no longer fits into memory fails the request: a page must not go out without its text.
-void StoreText(std::optional<TextBuffer>& slot, OnData onData, std::string_view text) {
-    if (onData == OnData::Replace || !slot) slot.emplace();
-    if (!text.empty() && !slot->Append(text.data(), static_cast<int>(text.size()))) throw std::bad_alloc();
+template <typename Action>
+void ForMatches(std::span<const Field> fields, std::string_view element, Action action) {
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        if (EndsWithNoCase(element, fields[i].element)) action(i);
+    }
 }
 
-/// The position of szURL in the common fields, whose capture the end of szURL2 stops.
+/// The field whose capture the end of szURL2 stops.
 std::size_t UrlField() {
-    const auto rules = FieldsOf(FieldHandler::Common);
-    return static_cast<std::size_t>(
-        std::find_if(rules.begin(), rules.end(),
-                     [](const FieldRule& rule) { return rule.slot == Slot::Url; }) -
-        rules.begin());
+    return Find(CommonFields(), [](const Field& field) { return field.slot == Slot::Url; });
 }
 
 }  // namespace
 
-void FieldCapture::Start(FieldHandler handler, std::string_view element, bool isNil) {
-    if (isNil) return;
-    const auto rules = FieldsOf(handler);
-    for (std::size_t i = 0; i < rules.size(); ++i) {
-        if (!EndsWithNoCase(element, rules[i].element)) continue;
-        FlagsOf(handler).set(i);
-        Begin(rules[i]);
+void FieldCapture::Open(const Method& method) {
+    const int owner = method.flagsOf == 0 ? method.code : method.flagsOf;
+    own_ = &groups_[static_cast<std::size_t>(owner - kFirstMethodCode)];
+    own_->fields = method.fields;
+    const std::size_t whole =
+        Find(method.fields, [](const Field& field) { return field.onData == OnData::Append; });
+    own_->whole = whole < method.fields.size() ? whole : kMaxFields;
+    // Flags that an earlier method left set count again, for what comes now.
+    common_.taken.fill(pieces_);
+    own_->taken.fill(pieces_);
+}
+
+void FieldCapture::Close() {
+    for (Group* group : {&common_, own_}) {
+        for (std::size_t i = 0; i < group->fields.size(); ++i) HandOver(*group, i);
     }
 }
 
-void FieldCapture::Begin(const FieldRule& rule) {
-    if (rule.kind == FieldKind::ResponseAction) {
-        insideResponseAction_ = true;
-        record_.responseActions.Current() = {};
-    } else if (rule.kind == FieldKind::CustomField) {
-        insideCustomField_ = true;
-        record_.customFields.Current() = {};
-    } else if (rule.kind == FieldKind::Text && !record_.Has(rule.slot)) {
-        record_[rule.slot].emplace();  // present though empty: an empty boolean is true, an absent one false
+void FieldCapture::Start(std::string_view element, Nil nil) {
+    if (nil == Nil::Always) return;
+    for (Group* group : {&common_, own_}) {
+        ForMatches(group->fields, element, [&](std::size_t field) {
+            Capture(*group, field);
+            BeginField(group->fields[field], nil);
+        });
     }
 }
 
-void FieldCapture::Data(FieldHandler handler, std::string_view text) {
-    const Flags& flags = FlagsOf(handler);
-    if (flags.none()) return;
-    const auto rules = FieldsOf(handler);
-    for (std::size_t i = 0; i < rules.size(); ++i) {
-        if (flags.test(i)) Store(rules[i], text);
+void FieldCapture::BeginField(const Field& field, Nil nil) {
+    if (IsItem(field)) {
+        BeginItem(ItemsOf(field));
+    } else if (field.kind == FieldKind::Text && nil == Nil::No && !record_.Has(field.slot)) {
+        record_.Set(field.slot, "");  // present though empty: an empty boolean is true, an absent one false
     }
 }
 
-void FieldCapture::Store(const FieldRule& rule, std::string_view text) {
-    switch (rule.kind) {
-        case FieldKind::Text:
-            StoreText(record_[rule.slot], rule.onData, text);
+void FieldCapture::Data(std::string_view text) {
+    const bool isWhole = own_->captured.test(own_->whole);
+    if (isWhole) AppendWhole(text);
+    if (common_.captured.any() || own_->captured.count() > (isWhole ? 1U : 0U)) KeepPiece(text);
+}
+
+/// A text that no longer fits into memory fails the request: a page must not go out without its text.
+void FieldCapture::AppendWhole(std::string_view text) {
+    const Slot slot = own_->fields[own_->whole].slot;
+    if (!record_.Has(slot)) record_.Set(slot, "");
+    if (!record_.At(slot)->Append(text.data(), static_cast<int>(text.size()))) throw std::bad_alloc();
+}
+
+void FieldCapture::KeepPiece(std::string_view text) {
+    ++pieces_;
+    if (piece_.use_count() != 1) {
+        piece_ = std::make_shared<TextBuffer>(text);
+        return;
+    }
+    piece_->Clear();
+    if (!piece_->Append(text.data(), static_cast<int>(text.size()))) throw std::bad_alloc();
+}
+
+void FieldCapture::End(std::string_view element) {
+    for (Group* group : {&common_, own_}) {
+        ForMatches(group->fields, element, [&](std::size_t field) { EndField(*group, field); });
+    }
+}
+
+void FieldCapture::EndField(Group& group, std::size_t field) {
+    switch (group.fields[field].onEnd) {
+        case OnEnd::StopCapture:
+            Stop(group, field);
             break;
-        case FieldKind::ResponseActionPart:
-            StorePart(insideResponseAction_, record_.responseActions, rule, text);
+        case OnEnd::StopUrlCapture:
+            Stop(common_, UrlField());
             break;
-        case FieldKind::CustomFieldPart:
-            StorePart(insideCustomField_, record_.customFields, rule, text);
+        case OnEnd::KeepCapturing:
+            Capture(group, field);
             break;
-        case FieldKind::ResponseAction:
-        case FieldKind::CustomField:
-            break;  // text of the wrapper itself
+    }
+    if (IsItem(group.fields[field])) EndItem(ItemsOf(group.fields[field]));
+}
+
+void FieldCapture::Capture(Group& group, std::size_t field) {
+    if (group.captured.test(field)) return;
+    group.captured.set(field);
+    group.taken[field] = pieces_;
+}
+
+void FieldCapture::Stop(Group& group, std::size_t field) {
+    HandOver(group, field);
+    group.captured.reset(field);
+}
+
+/// Gives a captured field the last piece, if one came since it last took one.
+void FieldCapture::HandOver(Group& group, std::size_t i) {
+    if (!group.captured.test(i) || group.taken[i] == pieces_ || i == group.whole) return;
+    group.taken[i] = pieces_;
+    const Field& field = group.fields[i];
+    if (field.kind == FieldKind::Text) {
+        record_.At(field.slot) = piece_;
+    } else if (IsPart(field) && ItemsOf(field).isOpen) {
+        if (TextTriple* item = ItemsOf(field).list.Current(); item != nullptr) (*item)[field.part] = piece_;
     }
 }
 
-void FieldCapture::StorePart(bool insideItem, RequestItems& items, const FieldRule& rule,
-                             std::string_view text) {
-    if (insideItem) items.Current()[rule.part].emplace(text);
+FieldCapture::OpenItems& FieldCapture::ItemsOf(const Field& field) {
+    const bool isAction =
+        field.kind == FieldKind::ResponseAction || field.kind == FieldKind::ResponseActionPart;
+    return isAction ? responseActions_ : customFields_;
 }
 
-void FieldCapture::End(FieldHandler handler, std::string_view element) {
-    const auto rules = FieldsOf(handler);
-    for (std::size_t i = 0; i < rules.size(); ++i) {
-        if (!EndsWithNoCase(element, rules[i].element)) continue;
-        switch (rules[i].onEnd) {
-            case OnEnd::StopCapture:
-                FlagsOf(handler).reset(i);
-                break;
-            case OnEnd::StopUrlCapture:
-                FlagsOf(handler).reset(UrlField());
-                break;
-            case OnEnd::KeepCapturing:
-                FlagsOf(handler).set(i);
-                break;
-        }
-        Finish(rules[i]);
+bool FieldCapture::IsPartOf(const Field& field, const OpenItems& items) {
+    return IsPart(field) && &ItemsOf(field) == &items;
+}
+
+/// What came in front of an item is not its part.
+void FieldCapture::BeginItem(OpenItems& items) {
+    items.isOpen = true;
+    if (TextTriple* item = items.list.Current(); item != nullptr) *item = {};
+    for (std::size_t i = 0; i < own_->fields.size(); ++i) {
+        if (IsPartOf(own_->fields[i], items)) own_->taken[i] = pieces_;
     }
 }
 
-void FieldCapture::Finish(const FieldRule& rule) {
-    if (rule.kind == FieldKind::ResponseAction) {
-        insideResponseAction_ = false;
-        CountItem(record_.responseActions);
-    } else if (rule.kind == FieldKind::CustomField) {
-        insideCustomField_ = false;
-        CountItem(record_.customFields);
+void FieldCapture::EndItem(OpenItems& items) {
+    for (std::size_t i = 0; i < own_->fields.size(); ++i) {
+        if (IsPartOf(own_->fields[i], items)) HandOver(*own_, i);
     }
+    items.isOpen = false;
+    items.list.Count();
 }
 
 }  // namespace quorbel

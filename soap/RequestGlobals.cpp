@@ -1,6 +1,6 @@
 #include "soap/RequestGlobals.h"
 
-#include "soap/MethodTable.h"
+#include "soap/Methods.h"
 
 using namespace quorbel;
 

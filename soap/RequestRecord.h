@@ -2,124 +2,68 @@
 
 #include <array>
 #include <cstddef>
-#include <optional>
+#include <memory>
 #include <string_view>
 #include <vector>
 
+#include "soap/Methods.h"
 #include "util/TextBuffer.h"
 
 namespace quorbel {
 
-/// The numbered places of a request record. One place serves several methods where their elements mean alike;
-/// the numbers are fixed, and those left out here are never filled.
-enum class Slot {
-    Url = 1,
-    Url2,
-    CommandWord,
-    ObjectName,
-    MemberName,
-    MemberKind,
-    GroupType = 8,
-    Department,
-    Description,
-    EnableOwnerSettings,
-    User,
-    AlertOwner,
-    LimitAccess,
-    Recipient,  ///< the recipient of a message; the receiver of the receiver methods
-    ReceiverType,
-    Pin,
-    Carrier,
-    BackupPin,
-    BackupCarrier,
-    VoiceEnable,
-    ReceiverTimeZone,
-    KeepAlpha,
-    ReceiverEmail,
-    EmailFailover,
-    EmailCc,
-    VoiceNumber,
-    FirstName,
-    LastName,
-    SecurityCode,
-    AccountName,
-    AccountPassword,
-    CanUpdateReceiver,
-    CanUpdateSchedule,
-    DeviceStatus,
-    ForwardTo,
-    UserName,
-    Password,
-    UserDescription,
-    UserGroup,
-    UserIp,
-    UserEmail,
-    Gui,
-    Cli,
-    AccessCode,
-    UserTimeZone,
-    NewUserName,
-    ResultToEmail,
-    LinkUserName,
-    LinkPassword,
-    DbHost,
-    AppHost,
-    NtUserName,
-    NtPassword,
-    NtDomain,
-    Authentication,
-    UserGroupName = 58,
-    UserGroupDescription,
-    DepartmentOfUserGroup,
-    PermissionSet,
-    FirstPermission = 62,  ///< bLog; the permission booleans follow in the order of the permission table
-    LastPermission = 97,
-    AdminName = 98,
-    AdminPassword,
-    Delay = 102,
-    MessagingAction,
-    Message = 106,
-    JobId,
-    Priority,
-    TimeStamp,
-    Sender = 111,
-    ForwardReply,
-    Subject,
+/// A text that several places may hold at once; null stands for an absent one.
+using SharedText = std::shared_ptr<TextBuffer>;
+
+inline std::string_view TextOf(const SharedText& text) {
+    return text ? text->Text() : std::string_view();
+}
+
+/// A text for each slot. An absent text is not the same as an empty one: booleans tell them apart. Copies share
+/// their texts, so a long one is held once however many records carry it.
+class SlotTexts {
+public:
+    bool Has(Slot slot) const { return At(slot) != nullptr; }
+    /// The slot's text; empty when it is absent.
+    std::string_view operator[](Slot slot) const { return TextOf(At(slot)); }
+
+    /// Throws std::bad_alloc.
+    void Set(Slot slot, std::string_view text) { At(slot) = std::make_shared<TextBuffer>(text); }
+    SharedText& At(Slot slot) { return texts_[static_cast<std::size_t>(slot)]; }
+    const SharedText& At(Slot slot) const { return texts_[static_cast<std::size_t>(slot)]; }
+
+private:
+    std::array<SharedText, kSlotCount + 1> texts_;
 };
 
-inline constexpr std::size_t kSlotCount = 117;
+/// Three texts that belong together: a response action or a custom field.
+using TextTriple = std::array<SharedText, 3>;
 
-/// One repeated item of a request: a response action (szResponse, szAction, bFinal) or a custom field
-/// (szFieldName, szFieldValue, nothing).
-using RequestItem = std::array<std::optional<TextBuffer>, 3>;
-
-/// Repeated items in document order. `count` runs with the end tags, so a nil item is counted as an entry
-/// without members; `items` always holds at least that many.
+/// Repeated items in document order: response actions (szResponse, szAction, bFinal) or custom fields
+/// (szFieldName, szFieldValue, nothing). `count` runs with the end tags, so a nil item is counted as one
+/// without members; the first kMaxKept of them are in `items`.
 struct RequestItems {
-    std::size_t count = 0;
-    std::vector<RequestItem> items;
+    static constexpr std::size_t kMaxKept = 260;  ///< more than a command carries
 
-    /// The item that the next end tag will count.
-    RequestItem& Current() {
+    std::size_t count = 0;
+    std::vector<TextTriple> items;
+
+    /// The item that the next end tag will count; null for one that is not kept.
+    TextTriple* Current() {
+        if (count >= kMaxKept) return nullptr;
         if (items.size() <= count) items.resize(count + 1);
-        return items[count];
+        return &items[count];
+    }
+    /// Counts an item that ended. A nil one counts too, as an item without members.
+    void Count() {
+        Current();
+        ++count;
     }
 };
 
-/// What one SOAP request said, as text: every element fills its slot, and an absent one leaves it
-/// without a value, which is not the same as an empty text for booleans.
-struct RequestRecord {
-    std::array<std::optional<TextBuffer>, kSlotCount + 1> slots;
+/// What one SOAP request said, as text: every element fills its slot.
+struct RequestRecord : SlotTexts {
     RequestItems responseActions;
     RequestItems customFields;
-
-    std::optional<TextBuffer>& operator[](Slot slot) { return slots[static_cast<std::size_t>(slot)]; }
-    const std::optional<TextBuffer>& operator[](Slot slot) const {
-        return slots[static_cast<std::size_t>(slot)];
-    }
-    bool Has(Slot slot) const { return (*this)[slot].has_value(); }
-    /// The slot's text; empty when the element was absent.
-    std::string_view Text(Slot slot) const { return Has(slot) ? (*this)[slot]->Text() : std::string_view(); }
 };
 
 }  // namespace quorbel

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "CVException.h"
+#include "src/ConFailure.h"
 
 using namespace quorbel;
 

@@ -2,7 +2,7 @@
 
 #include <cerrno>
 
-#include "CVException.h"
+#include "src/ConFailure.h"
 
 using namespace quorbel;
 

@@ -42,7 +42,7 @@ public:
 };
 
 AdministrationRequest Members(AdministrationParameters& parameters, std::vector<std::string> names) {
-    parameters.command = "addrecvtogrp";
+    parameters.Set(Slot::CommandWord, "addrecvtogrp");
     parameters.memberNames = std::move(names);
     return {&parameters, &g_tAdminInfo, &g_tDept, &g_tUser, &g_tUserGroup, &g_tSchd};
 }
@@ -102,7 +102,7 @@ TEST(CVCProcess, FailureWithoutTextIsReportedFromTheCatalogueIfThereIsOne) {
 TEST(CVCSoapProcess, FailedMessageIsAResponseAndKeepsItsResultLine) {
     MessagingParameters parameters;
     parameters.commandCode = kConfirm;
-    parameters.url = DeadUrl();
+    parameters.Set(Slot::Url, DeadUrl());
     CVCSoapProcess process(&parameters, {});
     EXPECT_EQ(process.ResultText(), "");
     testing::internal::CaptureStdout();
@@ -132,7 +132,7 @@ TEST(CVCProcess, ReportsAreCutBetweenCharacters) {
 TEST(CVCCommandProcess, SendsOneCommandForEachRecipientUpToTheFirstEmptyOne) {
     LoopbackServer server;
     MessagingParameters parameters;
-    parameters.url = server.Url();
+    parameters.Set(Slot::Url, server.Url());
     parameters.commandCode = kStandardSend;
     parameters.recipients = {"a", "b", "", "d"};
     ShowingMessaging(&parameters).RunMessaging();
@@ -144,7 +144,7 @@ TEST(CVCCommandProcess, PrintsOutcomesWhenAlone) {
     CVCCommandProcess process(&parameters);
     testing::internal::CaptureStdout();
     process.ShowResult("No answer", "2012");
-    parameters.jobId = std::string(5000, '7');
+    parameters.Set(Slot::JobId, std::string(5000, '7'));
     process.ShowResult("x", "2012");
     process.ShowReply("reply");
     const std::string printed = testing::internal::GetCapturedStdout();
@@ -155,11 +155,11 @@ TEST(CVCCoradmProcess, SendsOneCommandForEachMember) {
     LoopbackServer server;
     AdministrationParameters parameters;
     ShowingAdministration process(Members(parameters, {"kim", "", "lee"}));
-    parameters.url = server.Url();
+    parameters.Set(Slot::Url, server.Url());
     process.RunAdministration();
     EXPECT_THAT(server.Bodies(), ElementsAre("cmd=Cli&subcmd=addrecvtogrp&modid=cli&mname=kim"));
 
-    parameters.command = "delrecvfromgrp";
+    parameters.Set(Slot::CommandWord, "delrecvfromgrp");
     parameters.allMembers = 1;
     process.RunAdministration();
     ASSERT_EQ(server.Bodies().size(), 2u);
@@ -170,7 +170,7 @@ TEST(CVCCoradmProcess, StopsAtTheFirstMemberThatFails) {
     LoopbackServer server({.missing = 5});
     AdministrationParameters parameters;
     ShowingAdministration process(Members(parameters, {"kim", "lee"}));
-    parameters.url = server.Url();
+    parameters.Set(Slot::Url, server.Url());
     process.RunAdministration();
     EXPECT_EQ(server.Bodies().size(), 1u);
 }
@@ -180,8 +180,8 @@ TEST(CVCCoradmProcess, OwnFailoverAddressReplacesTheRequests) {
     LoopbackServer requested;
     AdministrationParameters parameters;
     ShowingAdministration process(Members(parameters, {"kim"}));
-    parameters.url = DeadUrl();
-    parameters.url2 = requested.Url();
+    parameters.Set(Slot::Url, DeadUrl());
+    parameters.Set(Slot::Url2, requested.Url());
     process.SetFailoverUrl(own.Url());
     process.RunAdministration();
     EXPECT_EQ(own.Bodies().size(), 1u);

@@ -15,7 +15,7 @@ TEST(ServeRequest, NothingOfARunReachesTheNext) {
     CopyText(g_tAdminInfo.password, "secret");
     CopyText(g_tUser.password, "secret");
     gArguments.url = "http://secret/";
-    gMsgParameters.url = DeadUrl();
+    gMsgParameters.Set(Slot::Url, DeadUrl());
     gMsgParameters.commandCode = kConfirm;
     testing::internal::CaptureStdout();
     soapProcess.Run(RunMode::Messaging);
@@ -24,8 +24,8 @@ TEST(ServeRequest, NothingOfARunReachesTheNext) {
 
     ResetRun();
     EXPECT_STREQ(g_szCommand, "");
-    EXPECT_EQ(std::string(g_tAdminInfo.password) + g_tUser.password + gArguments.url + gMsgParameters.url,
-              "");
+    EXPECT_EQ(std::string(g_tAdminInfo.password) + g_tUser.password + gArguments.url, "");
+    EXPECT_FALSE(gMsgParameters.Has(Slot::Url));
     EXPECT_EQ(soapProcess.ResultText() + soapProcess.ResultLine(), "");
     testing::internal::CaptureStdout();
     WriteFault("2004", "of this run");

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "soap/MethodTable.h"
+#include "soap/Methods.h"
 #include "soap/RequestGlobals.h"
 #include "tests/support/RecordingLog.h"
 #include "util/BoundedText.h"
@@ -26,7 +26,7 @@ protected:
         return Parse("<e:Envelope xmlns:e='urn:e' xmlns:xsi='urn:i'><e:Body><" + method + ">" + fields +
                      "</" + method + "></e:Body></e:Envelope>");
     }
-    std::string Text(Slot slot) const { return std::string(record.Text(slot)); }
+    std::string Text(Slot slot) const { return std::string(record[slot]); }
 
     RequestRecord record;
     RecordingLog log;
@@ -45,9 +45,9 @@ TEST_F(EnvelopeParserTest, KnowsEveryMethodInAnySpellingThatEndsWithItsName) {
             ASSERT_EQ(ParseEnvelope(("<" + name + "/>").c_str(), fresh, log), 1) << name;
             EXPECT_EQ(currentMethodCode, method.code) << name;
             EXPECT_EQ(g_szCommand, method.name);
-            EXPECT_EQ(fresh.Text(Slot::CommandWord), method.commandWord);
+            EXPECT_EQ(fresh[Slot::CommandWord], method.commandWord);
             const bool member = method.endRecords == EndRecords::MemberKind;
-            EXPECT_EQ(fresh.Text(member ? Slot::MemberKind : Slot::MessagingAction), method.endWord);
+            EXPECT_EQ(fresh[member ? Slot::MemberKind : Slot::MessagingAction], method.endWord);
         }
     }
 }
@@ -69,25 +69,6 @@ TEST_F(EnvelopeParserTest, ServesWhatEndsTooSoon) {
     EXPECT_THAT(log.entries, ElementsAre("4 Parse OK|But not parsed till end of mark!"));
 }
 
-TEST_F(EnvelopeParserTest, IgnoresUnknownMethods) {
-    EXPECT_EQ(ParseMethod("Unknown", "<szURL>http://x</szURL>"), 1);
-    EXPECT_EQ(currentMethodCode, kNoMethod);
-    EXPECT_FALSE(record.Has(Slot::Url));
-    EXPECT_TRUE(log.entries.empty());
-}
-
-TEST_F(EnvelopeParserTest, KeepsTheLastChunkExceptOfTheMessage) {
-    ParseMethod("SendStdMessage",
-                "<szSender>a&amp;b</szSender><szSubject>one\ntwo</szSubject><szRecipientName>\n  "
-                "x\n</szRecipientName>"
-                "<szMessage>a&amp;b\n<![CDATA[c<d]]>\r\ne</szMessage><szJobID><![CDATA[R&D]]></szJobID>");
-    EXPECT_EQ(Text(Slot::Sender), "b");
-    EXPECT_EQ(Text(Slot::Subject), "two");
-    EXPECT_EQ(Text(Slot::Recipient), "\n");
-    EXPECT_EQ(Text(Slot::Message), "a&b\nc<d\ne");
-    EXPECT_EQ(Text(Slot::JobId), "R&D");
-}
-
 TEST_F(EnvelopeParserTest, DeliversUtf8WhateverTheDocumentsEncoding) {
     Parse(
         "<?xml version='1.0' "
@@ -98,13 +79,14 @@ TEST_F(EnvelopeParserTest, DeliversUtf8WhateverTheDocumentsEncoding) {
 TEST_F(EnvelopeParserTest, TellsAbsentNilAndEmptyApart) {
     ParseMethod("SendStdMessage",
                 "<bTimeStamp></bTimeStamp><szJobID xsi:nil='false'>12</szJobID>"
-                "<szSender xsi:nil='true' xmlns:y='urn:y'>kept</szSender><szSubject a='1'>s</szSubject>");
+                "<szSender xsi:nil='true' xmlns:y='urn:y'>kept</szSender><szSubject a='1'>s</szSubject>"
+                "<bForwardReply xsi:nil='true' a='1'/>");
     EXPECT_TRUE(record.Has(Slot::TimeStamp));
     EXPECT_EQ(Text(Slot::TimeStamp), "");
     EXPECT_FALSE(record.Has(Slot::JobId)) << "nil by name, whatever its value";
-    EXPECT_EQ(Text(Slot::Sender), "kept") << "only the last attribute counts";
+    EXPECT_EQ(Text(Slot::Sender), "kept") << "a text behind a nil that is not last counts";
     EXPECT_EQ(Text(Slot::Subject), "s");
-    EXPECT_FALSE(record.Has(Slot::ForwardReply));
+    EXPECT_FALSE(record.Has(Slot::ForwardReply)) << "nil in front of another attribute, and no text";
 }
 
 TEST_F(EnvelopeParserTest, SecondUrlTakesEverythingBehindIt) {
@@ -139,22 +121,33 @@ TEST_F(EnvelopeParserTest, CollectsItemsInDocumentOrder) {
     ParseMethod(
         "SendStdMessage",
         "<szResponse>lost</szResponse><ResponseActionData><szResponse>1</szResponse><szAction>ack</szAction>"
-        "<bFinal>true</bFinal></ResponseActionData><ResponseActionData><szResponse>2</szResponse>"
-        "</ResponseActionData><CustomFieldData><szFieldName>n</szFieldName><szFieldValue>v</szFieldValue>"
-        "</CustomFieldData>");
-    ASSERT_EQ(record.responseActions.count, 2u);
-    EXPECT_EQ(record.responseActions.items[0][1]->Text(), "ack");
-    EXPECT_EQ(record.responseActions.items[1][0]->Text(), "2");
-    EXPECT_FALSE(record.responseActions.items[1][1].has_value());
+        "<bFinal>true</bFinal></ResponseActionData><ResponseActionData xsi:nil='true'/><ResponseActionData>"
+        "<szResponse>gone<ResponseActionData/>2</szResponse></ResponseActionData><CustomFieldData>"
+        "<szFieldName>n</szFieldName><szFieldValue>v</szFieldValue></CustomFieldData>"
+        "<szFieldName>lost</szFieldName>");
+    const auto& actions = record.responseActions;
+    ASSERT_EQ(actions.count, 4u);
+    EXPECT_EQ(TextOf(actions.items[0][1]), "ack");
+    EXPECT_EQ(actions.items[1], TextTriple{}) << "a nil one counts without members";
+    EXPECT_EQ(actions.items[2], TextTriple{}) << "an item inside begins anew";
+    EXPECT_EQ(actions.items[3], TextTriple{}) << "text behind the inner one is in no item";
     ASSERT_EQ(record.customFields.count, 1u);
-    EXPECT_EQ(record.customFields.items[0][1]->Text(), "v");
+    EXPECT_EQ(TextOf(record.customFields.items[0][0]), "n");
+    EXPECT_EQ(TextOf(record.customFields.items[0][1]), "v");
 }
 
-TEST_F(EnvelopeParserTest, SecondMethodTakesOverAndFieldsAccumulate) {
+TEST_F(EnvelopeParserTest, FieldsInsideEachOtherTakeEachPiece) {
+    ParseMethod("AddUser",
+                "<szEmail>a<szPassword>b<szUserName>c</szUserName>d</szPassword><bGUI>e</bGUI></szEmail>f");
+    EXPECT_EQ(Text(Slot::UserName), "c");
+    EXPECT_EQ(Text(Slot::Password), "d");
+    EXPECT_EQ(Text(Slot::Gui), "e");
+    EXPECT_EQ(Text(Slot::UserEmail), "e");
+}
+
+TEST_F(EnvelopeParserTest, FlagsLeftSetCountAgainInASecondMethodOfTheirKind) {
     Parse(
-        "<Envelope><SendStdMessage><szMessage>one</szMessage></SendStdMessage><SendQuickMessage>"
-        "<szMessage>two</szMessage></SendQuickMessage></Envelope>");
-    EXPECT_STREQ(g_szCommand, "SendQuickMessage");
-    EXPECT_EQ(Text(Slot::Message), "onetwo");
-    EXPECT_EQ(Text(Slot::MessagingAction), "quick");
+        "<E><AddUserGroup><bSendgrpWithoutDeptLicense>1</bSendgrpWithoutDeptLicense></AddUserGroup>between"
+        "<QueryUser>other</QueryUser><AddUserGroup>again</AddUserGroup></E>");
+    EXPECT_EQ(Text(static_cast<Slot>(89)), "again");
 }

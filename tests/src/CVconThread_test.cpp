@@ -17,6 +17,7 @@
 #include "CVconLock.h"
 #include "LockFile.h"
 #include "NoCancellation.h"
+#include "src/ThreadSignals.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/TempDir.h"
 
@@ -121,8 +122,8 @@ struct Counter {
     }
 };
 
-bool Paused(const CVconThread& thread) {
-    return Eventually([&] { return thread.IsSuspended(); });
+bool Paused(int threads) {
+    return Eventually([&] { return SuspendedThreads() == threads; });
 }
 
 }  // namespace
@@ -295,13 +296,13 @@ TEST(CVconThread, PausesAndGoesOnOverSeveralCycles) {
     Counter one, other;
     for (int cycle = 0; cycle < 5; ++cycle) {
         one.thread.Suspend();
-        ASSERT_TRUE(Paused(one.thread));
+        ASSERT_TRUE(Paused(1));
         EXPECT_TRUE(one.Stands());
         EXPECT_TRUE(other.Runs()) << "only one was suspended";
 
         one.thread.Resume();
         EXPECT_TRUE(one.Runs());
-        EXPECT_FALSE(one.thread.IsSuspended());
+        ASSERT_TRUE(Paused(0));
     }
     one.thread.Resume();
     EXPECT_TRUE(one.Runs()) << "a resume without a suspend does nothing";
@@ -311,7 +312,7 @@ TEST(CVconThread, PausesTwoThreadsIndependently) {
     Counter one, other;
     one.thread.Suspend();
     other.thread.Suspend();
-    ASSERT_TRUE(Paused(one.thread) && Paused(other.thread));
+    ASSERT_TRUE(Paused(2));
     other.thread.Resume();
     EXPECT_TRUE(other.Runs());
     EXPECT_TRUE(one.Stands());
@@ -338,7 +339,7 @@ TEST(CVconThread, CanSuspendItselfAndBeResumed) {
     CVconThread thread(&body);
     self = &thread;
     thread.Create();
-    ASSERT_TRUE(Paused(thread));
+    ASSERT_TRUE(Paused(1));
     EXPECT_FALSE(passed);
     EXPECT_TRUE(thread.IsAlive());
     thread.Resume();
@@ -349,9 +350,10 @@ TEST(CVconThread, CanSuspendItselfAndBeResumed) {
 TEST(CVconThread, KillEndsASuspendedThread) {
     Counter counter;
     counter.thread.Suspend();
-    ASSERT_TRUE(Paused(counter.thread));
+    ASSERT_TRUE(Paused(1));
     counter.thread.Kill();
     EXPECT_TRUE(Ends(counter.thread));
+    EXPECT_TRUE(Paused(0));
 }
 
 using CVconThreadDeathTest = testing::Test;

@@ -35,7 +35,7 @@ protected:
 
     std::vector<std::string> Required() const {
         std::vector<std::string> names;
-        for (const FieldRule& rule : RequestElementsOf(GetParam())) {
+        for (const Field& rule : RequestElementsOf(GetParam())) {
             if (IsRequired(GetParam(), rule)) names.emplace_back(rule.element);
         }
         return names;

@@ -152,8 +152,8 @@ TEST_F(ServiceDescriptionTest, DeclaresTheFaultOfEveryMethod) {
 TEST_F(ServiceDescriptionTest, HoldsEachMethodsElementsAndNoOther) {
     for (const Method& method : Methods()) {
         std::set<std::string> known;
-        for (const FieldHandler handler : {FieldHandler::Common, method.handler}) {
-            for (const FieldRule& rule : FieldsOf(handler)) known.emplace(rule.element);
+        for (const auto fields : {CommonFields(), method.fields}) {
+            for (const Field& rule : fields) known.emplace(rule.element);
         }
         if (method.name == "AddUserGroup") known.erase("szURL2");
         std::set<std::string> described;
@@ -189,17 +189,17 @@ TEST_F(ServiceDescriptionTest, PutsEveryElementWhereItKeepsTheOthers) {
 TEST_F(ServiceDescriptionTest, LetsEveryElementOfAFullCompactRequestArrive) {
     for (const Method& method : Methods()) {
         const std::string name(method.name);
-        const auto valueOf = [](const FieldRule& rule) {
+        const auto valueOf = [](const Field& rule) {
             return rule.element.starts_with('b') ? "true" : "<" + std::string(rule.element) + ">";
         };
         std::string fields;
-        for (const FieldRule& rule : RequestElementsOf(method)) {
+        for (const Field& rule : RequestElementsOf(method)) {
             fields += Element(std::string(rule.element), "<![CDATA[" + valueOf(rule) + "]]>");
         }
         RequestRecord record;
         RecordingLog log;
         ParseEnvelope(Element("Envelope", Element(name, fields)).c_str(), record, log);
-        for (const FieldRule& rule : RequestElementsOf(method)) {
+        for (const Field& rule : RequestElementsOf(method)) {
             const bool isCutOff = name == "SetUserGroupDeptPermission" && rule.slot == Slot::Url2;
             if (rule.kind != FieldKind::Text || isCutOff) continue;
             EXPECT_EQ(record.Text(rule.slot), valueOf(rule)) << name << " " << rule.element;

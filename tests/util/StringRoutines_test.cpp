@@ -5,6 +5,10 @@
 #include <cstdlib>
 #include <memory>
 
+#include "util/ConfigPath.h"
+#include "util/UrlEncode.h"
+#include "util/VisibleText.h"
+
 using namespace quorbel;
 
 TEST(StringRoutines, TrimsBothEndsInPlace) {

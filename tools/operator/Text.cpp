@@ -6,6 +6,7 @@
 #include <utf8.h>
 
 #include "util/StringRoutines.h"
+#include "util/VisibleText.h"
 
 namespace quorbel {
 

@@ -99,7 +99,7 @@ std::string_view NoteOf(const Method& method) {
     return row == std::end(kMethodNotes) ? std::string_view() : row->text;
 }
 
-std::string_view NoteOf(const FieldRule& element) {
+std::string_view NoteOf(const Field& element) {
     const auto* row = std::find_if(std::begin(kElementNotes), std::end(kElementNotes),
                                    [&](const ElementNote& note) { return note.element == element.element; });
     return row == std::end(kElementNotes) ? std::string_view() : row->text;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "soap/MethodTable.h"
+#include "soap/Methods.h"
 
 namespace quorbel {
 
@@ -14,6 +14,6 @@ std::string_view ServiceNote();
 std::string_view NoteOf(const Method& method);
 
 /// What to mind about an element; empty when its name says it all.
-std::string_view NoteOf(const FieldRule& element);
+std::string_view NoteOf(const Field& element);
 
 }  // namespace quorbel

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "soap/MethodTable.h"
+#include "soap/Methods.h"
 
 namespace quorbel {
 
@@ -13,23 +13,18 @@ namespace quorbel {
 /// the end is what would swallow or cut off its successors; a method with such elements has no szURL2 when it
 /// would be swallowed into them. Once published the order stays: it is also the order of the arguments of
 /// generated code. Members of repeated items are not among them.
-std::vector<FieldRule> RequestElementsOf(const Method& method);
+std::vector<Field> RequestElementsOf(const Method& method);
 
 /// The members of the repeated item that `item` opens, out of its method's `fields`.
-std::vector<FieldRule> MembersOf(const FieldRule& item, std::span<const FieldRule> fields);
+std::vector<Field> MembersOf(const Field& item, std::span<const Field> fields);
 
-/// True for an element that repeats and has members.
-bool IsItem(const FieldRule& rule);
 /// True for an element that takes what follows it, and so can be granted although its text was "false".
-bool IsSticky(const FieldRule& rule);
-
-/// True when the service refuses the method without this element, or silently drops an item without it.
-bool IsRequired(const Method& method, const FieldRule& rule);
+bool IsSticky(const Field& field);
 
 /// How often a repeated item counts; 1 for any other element.
-std::size_t MaxOccurs(const FieldRule& rule);
+std::size_t MaxOccurs(const Field& field);
 
 /// The XML Schema type of an element that is no item, with the prefix "xs".
-std::string_view TypeOf(const FieldRule& rule);
+std::string_view TypeOf(const Field& field);
 
 }  // namespace quorbel

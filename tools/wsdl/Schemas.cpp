@@ -33,20 +33,20 @@ void WriteDeclaration(XmlWriter& xml, XmlWriter::Attributes attributes, std::str
 
 /// An element of a request or of an item. Never nillable: clients would then send a nil element for every
 /// value that they leave out.
-void WriteRequestElement(XmlWriter& xml, const Method& method, const FieldRule& rule) {
-    const std::string type = IsItem(rule) ? Own(rule.element) : std::string(TypeOf(rule));
-    const std::string maxOccurs = std::to_string(MaxOccurs(rule));
-    const std::string_view minOccurs = IsRequired(method, rule) ? "1" : "0";
+void WriteRequestElement(XmlWriter& xml, const Method& method, const Field& field) {
+    const std::string type = IsItem(field) ? Own(field.element) : std::string(TypeOf(field));
+    const std::string maxOccurs = std::to_string(MaxOccurs(field));
+    const std::string_view minOccurs = IsRequired(method, field) ? "1" : "0";
     WriteDeclaration(
-        xml, {{"minOccurs", minOccurs}, {"maxOccurs", maxOccurs}, {"name", rule.element}, {"type", type}},
-        NoteOf(rule));
+        xml, {{"minOccurs", minOccurs}, {"maxOccurs", maxOccurs}, {"name", field.element}, {"type", type}},
+        NoteOf(field));
 }
 
 void WriteRequest(XmlWriter& xml, const Method& method) {
     const XmlElement element(xml, "xs:element", {{"name", method.name}});
     const XmlElement type(xml, "xs:complexType");
     const XmlElement sequence(xml, kSequence);
-    for (const FieldRule& rule : RequestElementsOf(method)) WriteRequestElement(xml, method, rule);
+    for (const Field& field : RequestElementsOf(method)) WriteRequestElement(xml, method, field);
 }
 
 void WriteAnswer(XmlWriter& xml, const Method& method) {
@@ -60,12 +60,11 @@ void WriteAnswer(XmlWriter& xml, const Method& method) {
 }
 
 void WriteItemTypes(XmlWriter& xml, const Method& method) {
-    for (const FieldRule& item : FieldsOf(method.handler)) {
+    for (const Field& item : method.fields) {
         if (!IsItem(item)) continue;
         const XmlElement type(xml, "xs:complexType", {{"name", item.element}});
         const XmlElement sequence(xml, kSequence);
-        for (const FieldRule& member : MembersOf(item, FieldsOf(method.handler)))
-            WriteRequestElement(xml, method, member);
+        for (const Field& member : MembersOf(item, method.fields)) WriteRequestElement(xml, method, member);
     }
 }
 

@@ -8,13 +8,13 @@
 #include <string_view>
 
 class CVSQLite3ResultSet;
+struct sqlite3;
 struct sqlite3_context;
 struct sqlite3_value;
 
 namespace quorbel {
 
-class SqliteConnection;
-struct SqliteError;
+class PreparedStatement;
 
 /// A table's name and its column list, both as they go into CREATE TABLE.
 struct TableDescription {
@@ -34,17 +34,6 @@ inline constexpr TransactionRetry kTryForMinutes{true, 4000, std::chrono::millis
 
 enum class TransactionKind { Immediate, Exclusive };
 
-// These look at a database file without opening it: closing a second descriptor would drop SQLite's locks on
-// it. SQLite answers an unusable path with a code that counts as busy, so that CVSQLite3Database tries it for
-// 25 s; callers that cannot wait ask here first.
-
-/// Whether `path` is a regular file that this process may read.
-bool IsReadableDatabase(const std::string& path);
-
-/// Whether SQLite could write a database at `path`: the directory takes new files (the journals lie beside
-/// the database), and what is there already is a regular file that may be read and written.
-bool IsWritableDatabase(const std::string& path);
-
 }  // namespace quorbel
 
 /// One connection to one database file, and the program's only door to SQLite.
@@ -55,7 +44,7 @@ bool IsWritableDatabase(const std::string& path);
 /// it reopened the database afterwards. SQL text is taken as it is: double the quotes of what comes from
 /// outside with DoubleQuotes.
 ///
-/// A path that cannot be opened takes the constructor and Open 25 s, see IsReadableDatabase.
+/// A hopeless path costs 25 s in the constructor and in Open, see DatabaseFile.h.
 class CVSQLite3Database {
 public:
     using Sleep = std::function<void(std::chrono::milliseconds)>;
@@ -68,7 +57,7 @@ public:
     /// processes that find it missing one creates it, and none empties it again.
     CVSQLite3Database(std::string path, const quorbel::TableDescription& table, Sleep sleep = {});
     /// Closes without waiting; a transaction in progress is rolled back.
-    ~CVSQLite3Database();
+    ~CVSQLite3Database() = default;
 
     CVSQLite3Database(const CVSQLite3Database&) = delete;
     CVSQLite3Database& operator=(const CVSQLite3Database&) = delete;
@@ -127,11 +116,8 @@ public:
     bool SimpleBegin();
     bool SimpleCommit();
 
-    int GetLastErrorCode() const;
-    const std::string& GetLastErrorMessage() const;
-
-    /// For PreparedStatement.
-    quorbel::SqliteConnection& Connection() { return *connection_; }
+    int GetLastErrorCode() const { return lastError_.code; }
+    const std::string& GetLastErrorMessage() const { return lastError_.text; }
 
     /// For a text that stands between single quotes in SQL.
     static std::string DoubleQuotes(std::string_view text);
@@ -139,28 +125,43 @@ public:
     static void ReplaceQuotes(char* buffer);
 
 private:
+    friend class quorbel::PreparedStatement;
+
     enum class Statement { BeginImmediate, BeginExclusive, Commit, Rollback };
+    struct LastError {
+        int code = 0;
+        std::string text;
+    };
+    struct CloseConnection {
+        void operator()(sqlite3* connection) const noexcept;
+    };
 
-    /// Every public operation begins here.
-    void ForgetError();
-    bool CanRunStatements() const;
+    [[noreturn]] void Fail(int line, std::string message) const;
+    void ClearError() { lastError_ = {}; }
+    void NoteError(int code);
+    bool CanRunStatements() const { return handle_ != nullptr && ready_; }
 
-    bool RetryWhileBusy(int (quorbel::SqliteConnection::*attempt)());
+    bool RetryWhileBusy(int (CVSQLite3Database::*attempt)());
+    int TryOpen();
+    int TryClose();
     bool Probe();
 
     void Update(int line, const std::string& sql, int* returnedRows);
+    bool GetTable(const std::string& sql, CVSQLite3ResultSet& result);
     bool CreateMissing(const quorbel::TableDescription& table);
 
     static bool Begins(Statement statement);
     bool RunTransactionStatement(Statement statement, const std::string& name,
                                  const quorbel::TransactionRetry& retry);
     bool RepeatWhileBusy(Statement statement, const std::string& sql, const quorbel::TransactionRetry& retry);
-    void ReopenAfter(const quorbel::SqliteError& error);
+    void ReopenAfter(LastError error);
     void RollBackKeepingError(const quorbel::TransactionRetry& retry);
 
-    std::unique_ptr<quorbel::SqliteConnection> connection_;
+    std::string path_;
     Sleep sleep_;
+    std::unique_ptr<sqlite3, CloseConnection> handle_;  // null while closed
     bool ready_ = false;
     bool inTransaction_ = false;
     bool exclusiveUse_ = false;
+    LastError lastError_;
 };

@@ -5,6 +5,7 @@
 #include <string>
 
 class CVSQLite3Database;
+struct sqlite3_stmt;
 
 namespace quorbel {
 
@@ -15,7 +16,7 @@ namespace quorbel {
 class PreparedStatement {
 public:
     PreparedStatement(CVSQLite3Database& database, const std::string& sql);
-    ~PreparedStatement();
+    ~PreparedStatement() = default;
 
     PreparedStatement(const PreparedStatement&) = delete;
     PreparedStatement& operator=(const PreparedStatement&) = delete;
@@ -29,11 +30,15 @@ public:
     void Run();
 
 private:
-    struct State;
+    struct Finalize {
+        void operator()(sqlite3_stmt* statement) const noexcept;
+    };
 
-    void Check(int code, int line, const char* step);
+    void Check(bool succeeded, int code, int line, const char* step);
 
-    std::unique_ptr<State> state_;
+    CVSQLite3Database& database_;
+    std::string sql_;
+    std::unique_ptr<sqlite3_stmt, Finalize> statement_;
 };
 
 }  // namespace quorbel

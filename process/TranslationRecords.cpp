@@ -1,6 +1,0 @@
-#include "process/TranslationRecords.h"
-
-using namespace quorbel;
-
-MessagingParameters gMsgParameters;
-AdministrationParameters gParameters;
