@@ -17,7 +17,7 @@
 #include "CVioFile.h"
 #include "syslib/CVsysEventLogFileWriter.h"
 #include "syslib/CVsysEventLogInterface.h"
-#include "syslib/EventLine.h"
+#include "syslib/LogText.h"
 
 using namespace quorbel;
 
@@ -28,7 +28,7 @@ constexpr int kEntriesPerRound = 3200;
 const std::string kMessage = "Data [size=4096] read from the client, nothing left to read\n";
 
 void AppendBare(const std::string& path) {
-    const std::string line = EventLine("SOAP", 3, kMessage, 0);
+    const std::string line = LogLine("SOAP", 3, kMessage, 0);
     const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
     if (descriptor < 0 || write(descriptor, line.data(), line.size()) < 0) std::abort();
     close(descriptor);
@@ -37,7 +37,7 @@ void AppendBare(const std::string& path) {
 void AppendByClass(const std::string& path) {
     CVioFile file(path);
     file.Open("a+");
-    file.Write(EventLine("SOAP", 3, kMessage, 0));
+    file.Write(LogLine("SOAP", 3, kMessage, 0));
 }
 
 // Microseconds for an entry when `writers` processes write the round's entries together.

@@ -20,7 +20,8 @@ install(DIRECTORY docs DESTINATION share FILES_MATCHING PATTERN *.md PATTERN man
 install(DIRECTORY docs/man/ DESTINATION share/man/man1 FILES_MATCHING PATTERN *.1)
 install(DIRECTORY deploy DESTINATION share USE_SOURCE_PERMISSIONS)
 if(NOT QUORBEL_SANITIZE)  # with sanitizers the description is not made
-  install(FILES ${CMAKE_BINARY_DIR}/share/quorbel.wsdl DESTINATION share)
+  install(FILES ${CMAKE_BINARY_DIR}/share/quorbel.wsdl ${CMAKE_BINARY_DIR}/share/index.html
+          ${CMAKE_BINARY_DIR}/share/documentation.html DESTINATION share)
 endif()
 # Without what running them leaves behind.
 install(DIRECTORY samples DESTINATION share USE_SOURCE_PERMISSIONS

@@ -40,8 +40,8 @@ public:
     /// When a wait that begins `now` times out, on the real-time clock.
     ///
     /// Whole seconds of the timeout count in full, but its remainder below a second counts as microseconds:
-    /// 1500 lasts a little over one second, 500 half a millisecond. The timing of the programs that share
-    /// this class is built on that. A negative timeout ends at once.
+    /// 1500 lasts a little over one second, 500 half a millisecond. Kept for compatibility. A negative timeout
+    /// ends at once.
     static timespec Deadline(const timeval& now, long timeoutMilliseconds);
 
 private:

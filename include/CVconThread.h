@@ -5,7 +5,6 @@
 #include <chrono>
 #include <memory>
 
-#include "CVconDelegate.h"
 #include "CVobject.h"
 
 namespace quorbel {
@@ -13,6 +12,17 @@ namespace quorbel {
 struct ThreadControl;
 
 }  // namespace quorbel
+
+/// What a CVconThread runs.
+class CVconDelegate : public CVobject {
+public:
+    /// The thread's body: the thread ends when it returns.
+    ///
+    /// A body can be ended in the middle, by CVconThread::Kill or Exit: its objects are destroyed as by an
+    /// exception. A catch-all in it must therefore re-throw `abi::__forced_unwind`. Any exception that leaves
+    /// the body ends the process.
+    virtual void DoWork(pthread_t threadId) = 0;
+};
 
 /// A detached thread that runs a delegate's body once.
 ///
@@ -51,6 +61,8 @@ public:
 
     /// From Create on until the body has ended, its objects destroyed.
     bool IsAlive() const;
+    /// Whether the thread has paused, which is some time after Suspend asked for it.
+    bool IsSuspended() const;
     /// Waits until the thread is no longer alive; false when it still is after `limit`.
     bool WaitForEnd(std::chrono::milliseconds limit) const;
 

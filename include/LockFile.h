@@ -46,9 +46,9 @@ private:
 
 namespace quorbel {
 
-/// True when a LockFile on `path` would fail at once. A lock that is merely taken is no reason. Creates the
-/// file like LockFile and takes the lock for a moment when it is free.
-bool IsLockHopeless(const std::string& path);
+/// False when a LockFile on `path` would fail at once; one that is merely taken is usable. Creates the file
+/// like LockFile and takes the lock for a moment when it is free.
+bool IsLockUsable(const std::string& path);
 
 /// Deletes the files "*.lock" in `directory` that no process and no thread holds, as processes that died
 /// leave them behind. A file that cannot be opened or deleted stays. Throws CVioException when the directory

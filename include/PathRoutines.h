@@ -12,6 +12,11 @@ namespace quorbel {
 bool RenameFile(const std::string& from, const std::string& to) noexcept;
 bool DeleteFile(const std::string& path) noexcept;
 bool ChangeMode(const std::string& path, mode_t mode) noexcept;
+/// `mode` is made of R_OK, W_OK, X_OK and F_OK; the rights are those of the effective user.
+bool MayAccess(const std::string& path, int mode) noexcept;
+
+/// The directory that `path` lies in: "." for a bare name, "/" for a name in the root.
+std::string ParentDirectory(const std::string& path);
 
 }  // namespace quorbel
 

@@ -77,20 +77,20 @@ void AddNumber(std::string& entry, std::string_view key, const std::optional<Num
 
 }  // namespace
 
-EventLevel LevelOf(const Delivery& delivery) {
+LogLevel LevelOf(const Delivery& delivery) {
     switch (delivery.outcome) {
         case Outcome::Sending:
-            return EventLevel::Debug;
+            return LogLevel::Debug;
         case Outcome::NotConnected:
         case Outcome::Unknown:
-            return EventLevel::Error;
+            return LogLevel::Error;
         case Outcome::Refused:
-            return EventLevel::Warn;
+            return LogLevel::Warn;
         case Outcome::Answered:
             break;
     }
     const bool isPlain = !delivery.viaSecondary && delivery.httpStatus.value_or(0) < 400;
-    return isPlain ? EventLevel::Info : EventLevel::Warn;
+    return isPlain ? LogLevel::Info : LogLevel::Warn;
 }
 
 std::string LogfmtValue(std::string_view text) {

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "syslib/EventLevel.h"
+#include "syslib/LogLevel.h"
 
 namespace quorbel {
 
@@ -43,7 +43,7 @@ struct Delivery {
 
 /// INFO for what the first server answered with a status below 400, ERROR for what was not answered, DEBUG for
 /// what is about to be sent, WARN for all else.
-EventLevel LevelOf(const Delivery& delivery);
+LogLevel LevelOf(const Delivery& delivery);
 
 /// The entry in logfmt (`key=value`, blanks between): always one line of valid UTF-8 without control
 /// characters, whatever the texts hold. docs/log-files.md describes the keys.

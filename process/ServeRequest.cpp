@@ -16,7 +16,6 @@
 #include "syslib/CVsysEventLogInterface.h"
 #include "syslib/CVsysEventLogModNames.h"
 #include "util/BoundedText.h"
-#include "util/ConfigPath.h"
 #include "util/SpoolDirectories.h"
 #include "util/StringRoutines.h"
 

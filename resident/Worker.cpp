@@ -104,7 +104,7 @@ void Worker::Run() {
 int Worker::NextConnection() {
     while (!asked_) {
         AwaitConnection();
-        const int connection = Accept();
+        const int connection = asked_ ? kNone : Accept();
         if (connection != kNone) return connection;
     }
     // The connection that woke this worker may have woken no other one.

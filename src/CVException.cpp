@@ -1,5 +1,7 @@
 #include "CVException.h"
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstring>
 #include <utility>
@@ -62,3 +64,13 @@ CVconException::CVconException(int threadId, std::string message)
 std::string CVconException::ToString() const {
     return Raised("ThreadID", std::to_string(threadId_)) + Origin();
 }
+
+namespace quorbel {
+
+void RaiseConFailure(const char* unit, int line, const char* message, int code, int threadId) {
+    errno = code;
+    const std::string systemMessage = code == 0 ? "" : GetSystemErrorText();
+    throw CVconException(threadId == 0 ? gettid() : threadId, unit, line, message, systemMessage);
+}
+
+}  // namespace quorbel

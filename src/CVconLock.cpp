@@ -2,7 +2,7 @@
 
 #include <cerrno>
 
-#include "src/ConFailure.h"
+#include "CVException.h"
 
 using namespace quorbel;
 

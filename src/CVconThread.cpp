@@ -11,8 +11,6 @@
 
 #include "CVException.h"
 #include "NoCancellation.h"
-#include "src/ConFailure.h"
-#include "src/ThreadControl.h"
 #include "src/ThreadSignals.h"
 
 using namespace quorbel;
@@ -149,6 +147,12 @@ bool CVconThread::IsAlive() const {
     if (!control_) return false;
     ControlLock lock(*control_);
     return control_->IsAlive() && pthread_kill(control_->handle, 0) == 0;
+}
+
+bool CVconThread::IsSuspended() const {
+    if (!control_) return false;
+    ControlLock lock(*control_);
+    return control_->IsAlive() && control_->paused.test();
 }
 
 bool CVconThread::WaitForEnd(std::chrono::milliseconds limit) const {

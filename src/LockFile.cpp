@@ -5,7 +5,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
+#include <filesystem>
+#include <map>
+#include <mutex>
 #include <random>
 #include <thread>
 
@@ -13,10 +17,61 @@
 #include "CVconThread.h"
 #include "CVioDirectory.h"
 #include "NoCancellation.h"
-#include "src/LockedPath.h"
+#include "PathRoutines.h"
 #include "src/RecordLock.h"
 
 using namespace quorbel;
+
+namespace {
+
+/// The path with the links, "." and ".." of its directory resolved.
+std::string Canonical(const std::string& path) {
+    std::error_code failure;
+    const auto directory = std::filesystem::canonical(ParentDirectory(path), failure);
+    return failure ? path : (directory / std::filesystem::path(path).filename()).string();
+}
+
+}  // namespace
+
+namespace quorbel {
+
+/// Whether this process holds the lock of one path: the kernel's file locks do not tell its threads apart.
+///
+/// There is one object for each file, whatever its path's spelling, and it lives until the process ends: a
+/// detached thread may still log while static objects are destroyed.
+class LockedPath {
+public:
+    static LockedPath& Of(const std::string& path);
+
+    /// True when nobody held it; it is this caller's then, until Free. Never waits.
+    bool TryTake();
+    void Free() { holder_.store(0); }
+
+private:
+    std::atomic<pid_t> holder_{0};
+};
+
+LockedPath& LockedPath::Of(const std::string& path) {
+    struct Table {
+        std::mutex mutex;
+        std::map<std::string, LockedPath*> bySpelling;  // saves resolving the directory for each entry
+        std::map<std::string, LockedPath> byFile;
+    };
+    static Table& table = *new Table;
+    const std::lock_guard guard(table.mutex);
+    LockedPath*& known = table.bySpelling[path];
+    if (known == nullptr) known = &table.byFile[Canonical(path)];
+    return *known;
+}
+
+bool LockedPath::TryTake() {
+    // The mark of another process is the parent's, from before a fork: file locks are not inherited.
+    const pid_t self = getpid();
+    pid_t holder = holder_.load();
+    return holder != self && holder_.compare_exchange_strong(holder, self);
+}
+
+}  // namespace quorbel
 
 namespace {
 
@@ -49,7 +104,7 @@ bool StillNames(const char* path, int descriptor) {
            named.st_ino == opened.st_ino;
 }
 
-enum class Answer { Granted, Busy, Hopeless };
+enum class Answer { Granted, Busy, Useless };
 
 /// Asks the kernel once; `errno` tells the cause unless it grants the lock.
 Answer AskKernel(const char* path, int& descriptor) {
@@ -58,11 +113,11 @@ Answer AskKernel(const char* path, int& descriptor) {
         descriptor = OpenOrCreate(path);
         if (descriptor < 0) {
             const bool passing = errno == EINTR || errno == EMFILE || errno == ENFILE;
-            return passing ? Answer::Busy : Answer::Hopeless;
+            return passing ? Answer::Busy : Answer::Useless;
         }
         if (RequestRecordLock(descriptor, F_SETLK, F_WRLCK) != 0) {
             CloseKeepingErrno(descriptor);
-            return errno == EAGAIN || errno == EACCES ? Answer::Busy : Answer::Hopeless;
+            return errno == EAGAIN || errno == EACCES ? Answer::Busy : Answer::Useless;
         }
         if (StillNames(path, descriptor)) return Answer::Granted;
         close(descriptor);
@@ -170,12 +225,12 @@ LockFile::~LockFile() {
 
 namespace quorbel {
 
-bool IsLockHopeless(const std::string& path) {
+bool IsLockUsable(const std::string& path) {
     LockedPath& taken = LockedPath::Of(path);
     int descriptor = -1;
     const Answer answer = TryOnce(taken, path, descriptor);
     if (answer == Answer::Granted) Release(taken, descriptor);
-    return answer == Answer::Hopeless;
+    return answer != Answer::Useless;
 }
 
 void RemoveDeadLockFiles(const std::string& directory) {

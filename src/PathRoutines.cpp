@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <filesystem>
 
 #include "CVException.h"
 #include "CVioFile.h"
@@ -27,6 +28,15 @@ bool DeleteFile(const std::string& path) noexcept {
 
 bool ChangeMode(const std::string& path, mode_t mode) noexcept {
     return chmod(path.c_str(), mode) == 0;
+}
+
+bool MayAccess(const std::string& path, int mode) noexcept {
+    return faccessat(AT_FDCWD, path.c_str(), mode, AT_EACCESS) == 0;
+}
+
+std::string ParentDirectory(const std::string& path) {
+    const std::string directory = std::filesystem::path(path).parent_path();
+    return directory.empty() ? "." : directory;
 }
 
 }  // namespace quorbel

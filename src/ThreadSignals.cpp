@@ -5,9 +5,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <mutex>
-
-#include "src/ThreadControl.h"
 
 namespace quorbel {
 
@@ -17,7 +14,6 @@ constexpr int kSignals[] = {SIGUSR1, SIGUSR2, SIGQUIT};
 constexpr std::size_t kKernelSetSize = _NSIG / 8;
 
 constinit thread_local ThreadControl* currentControl = nullptr;
-std::atomic<int> suspendedThreads{0};
 sigset_t allButResume;        // what a paused thread does not wait for
 struct sigaction quitBefore;  // what a SIGQUIT did before there were threads
 
@@ -40,15 +36,15 @@ sigset_t EverySignal() {
 // operations, and cancellation would come in while it does.
 
 extern "C" [[gnu::no_sanitize_thread]] void PauseWhileSuspended(int) noexcept {
-    const ThreadControl* control = currentControl;
+    ThreadControl* control = currentControl;
     if (control == nullptr || !control->suspendWanted.test()) return;
     const int saved = errno;
-    suspendedThreads.fetch_add(1);
+    control->paused.test_and_set();
     // The system call and not the library's function, which is a cancellation point.
     while (control->suspendWanted.test() && !control->killed.test()) {
         syscall(SYS_rt_sigsuspend, &allButResume, kKernelSetSize);
     }
-    suspendedThreads.fetch_sub(1);
+    control->paused.clear();
     errno = saved;
 }
 
@@ -131,10 +127,6 @@ int SendKill(ThreadControl& control) {
     pthread_kill(control.handle, SIGUSR2);  // a suspended thread must go on to end
     if (const int code = pthread_kill(control.handle, SIGQUIT); code != 0) return code;
     return pthread_cancel(control.handle);
-}
-
-int SuspendedThreads() {
-    return suspendedThreads;
 }
 
 ThreadSignalsBlocked::ThreadSignalsBlocked() {

@@ -14,7 +14,7 @@ namespace quorbel {
 struct LogRecord {
     std::string module{};        ///< the sub-module; which module it is decides the table
     std::int64_t timestamp = 0;  ///< seconds since the epoch
-    int level = 0;               ///< an EventLevel's number
+    int level = 0;               ///< an LogLevel's number
     std::string message{};
     int line = -1;  ///< -1: none
     std::string sourceFile{};

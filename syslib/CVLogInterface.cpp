@@ -2,7 +2,7 @@
 
 #include <cerrno>
 
-#include "syslib/EventMessage.h"
+#include "syslib/LogText.h"
 
 using namespace quorbel;
 
@@ -20,17 +20,17 @@ using namespace quorbel;
         return result;                                                       \
     }
 
-QUORBEL_LOG_OPERATION(Trace, EventLevel::Trace, kNoSystemError)
-QUORBEL_LOG_OPERATION(Debug, EventLevel::Debug, kNoSystemError)
-QUORBEL_LOG_OPERATION(Info, EventLevel::Info, kNoSystemError)
-QUORBEL_LOG_OPERATION(Warn, EventLevel::Warn, kNoSystemError)
-QUORBEL_LOG_OPERATION(Error, EventLevel::Error, kNoSystemError)
-QUORBEL_LOG_OPERATION(Critical, EventLevel::Critical, kNoSystemError)
-QUORBEL_LOG_OPERATION(Fatal, EventLevel::Fatal, kNoSystemError)
-QUORBEL_LOG_OPERATION(WarnSystem, EventLevel::Warn, saved)
-QUORBEL_LOG_OPERATION(ErrorSystem, EventLevel::Error, saved)
-QUORBEL_LOG_OPERATION(CriticalSystem, EventLevel::Critical, saved)
-QUORBEL_LOG_OPERATION(FatalSystem, EventLevel::Fatal, saved)
+QUORBEL_LOG_OPERATION(Trace, LogLevel::Trace, kNoSystemError)
+QUORBEL_LOG_OPERATION(Debug, LogLevel::Debug, kNoSystemError)
+QUORBEL_LOG_OPERATION(Info, LogLevel::Info, kNoSystemError)
+QUORBEL_LOG_OPERATION(Warn, LogLevel::Warn, kNoSystemError)
+QUORBEL_LOG_OPERATION(Error, LogLevel::Error, kNoSystemError)
+QUORBEL_LOG_OPERATION(Critical, LogLevel::Critical, kNoSystemError)
+QUORBEL_LOG_OPERATION(Fatal, LogLevel::Fatal, kNoSystemError)
+QUORBEL_LOG_OPERATION(WarnSystem, LogLevel::Warn, saved)
+QUORBEL_LOG_OPERATION(ErrorSystem, LogLevel::Error, saved)
+QUORBEL_LOG_OPERATION(CriticalSystem, LogLevel::Critical, saved)
+QUORBEL_LOG_OPERATION(FatalSystem, LogLevel::Fatal, saved)
 
 #undef QUORBEL_LOG_OPERATION
 
@@ -38,7 +38,7 @@ int CVLogInterface::LogByCode(int code, const char* context, const char* format,
     const int saved = errno;
     va_list arguments;
     va_start(arguments, format);
-    const int result = WriteEntry({EventLevelOfCode(code), context, format, kNoSystemError}, arguments);
+    const int result = WriteEntry({LogLevelOfCode(code), context, format, kNoSystemError}, arguments);
     va_end(arguments);
     errno = saved;
     return result;

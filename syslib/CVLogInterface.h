@@ -2,7 +2,7 @@
 
 #include <cstdarg>
 
-#include "syslib/EventLevel.h"
+#include "syslib/LogLevel.h"
 
 /// Where a component writes its diagnostics: one operation per level.
 ///
@@ -37,7 +37,7 @@ protected:
     /// One entry to be formatted and written; systemError is kNoSystemError, or the `errno` whose text is
     /// appended.
     struct Entry {
-        quorbel::EventLevel level;
+        quorbel::LogLevel level;
         const char* context;
         const char* format;
         int systemError;

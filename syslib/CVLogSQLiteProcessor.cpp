@@ -15,7 +15,7 @@ namespace {
 
 /// Turns the database's exceptions into this layer's.
 template <class Action>
-auto Guarded(Action action) {
+auto AsFatal(Action action) {
     try {
         return action();
     } catch (const CVDBexception& failure) {
@@ -51,7 +51,7 @@ void UseWriteAheadLog(CVSQLite3Database& database) {
 
 CVLogSQLiteProcessor::CVLogSQLiteProcessor(const std::string& path, bool create)
     : database_(OpenDatabase(path, create)), tables_(*database_) {
-    Guarded([&] {
+    AsFatal([&] {
         if (create) UseWriteAheadLog(*database_);
         database_->SetSynchronous(1);
         if (create) tables_.CreateMetatable();
@@ -69,7 +69,7 @@ bool CVLogSQLiteProcessor::InsertAsText(const std::string& module, const LogReco
 
 bool CVLogSQLiteProcessor::InsertBy(Store store, const std::string& module, const LogRecord& record) {
     if (module.empty()) return false;
-    return Guarded([&] {
+    return AsFatal([&] {
         const std::string table = tables_.FindOrCreate(module);
         try {
             (this->*store)(table, record);
@@ -116,12 +116,12 @@ std::unique_ptr<CVDBiResultSet> CVLogSQLiteProcessor::Select(const std::string& 
 
 std::unique_ptr<CVDBiResultSet> CVLogSQLiteProcessor::Query(const std::string& module,
                                                             const LogFilter& filter) {
-    return Guarded([&] { return Select(SelectLogEntries(TableOf(module), filter)); });
+    return AsFatal([&] { return Select(SelectLogEntries(TableOf(module), filter)); });
 }
 
 std::unique_ptr<CVDBiResultSet> CVLogSQLiteProcessor::CountQuery(const std::string& module,
                                                                  const LogCountFilter& filter) {
-    return Guarded([&] { return Select(CountLogEntries(TableOf(module), filter)); });
+    return AsFatal([&] { return Select(CountLogEntries(TableOf(module), filter)); });
 }
 
 std::vector<std::string> CVLogSQLiteProcessor::Modules() {
@@ -131,7 +131,7 @@ std::vector<std::string> CVLogSQLiteProcessor::Modules() {
 }
 
 bool CVLogSQLiteProcessor::Truncate() {
-    return Guarded([&] {
+    return AsFatal([&] {
         tables_.Reload();
         for (const auto& [module, table] : tables_.All()) {
             // A row whose table somebody dropped by hand must not keep the others full.
@@ -142,7 +142,7 @@ bool CVLogSQLiteProcessor::Truncate() {
 }
 
 bool CVLogSQLiteProcessor::Drop(const std::string& module) {
-    return Guarded([&] {
+    return AsFatal([&] {
         tables_.Drop(module, TableOf(module));
         return true;
     });

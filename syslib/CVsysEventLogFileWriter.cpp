@@ -1,8 +1,5 @@
 #include "syslib/CVsysEventLogFileWriter.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
@@ -10,8 +7,9 @@
 
 #include "CVException.h"
 #include "CVioFile.h"
-#include "syslib/EventLine.h"
+#include "syslib/LogPaths.h"
 #include "syslib/LogReport.h"
+#include "syslib/LogText.h"
 #include "util/StringRoutines.h"
 
 using namespace quorbel;
@@ -38,30 +36,16 @@ bool StoreNonZero(std::int32_t& setting, const std::string& value) {
     return number != 0;
 }
 
-std::string DirectoryOf(const std::string& path) {
-    const std::size_t slash = path.rfind('/');
-    if (slash == std::string::npos) return "./";
-    return slash == 0 ? "/" : path.substr(0, slash);
-}
-
-// Lock files and archives are made beside the log file: a file that can be written in a directory that cannot
-// is of no use.
-void RequireRoomForFiles(const std::string& directory) {
-    if (faccessat(AT_FDCWD, directory.c_str(), W_OK | X_OK, AT_EACCESS) == 0) return;
-    throw CVioException(directory, "CVsysEventLogFileWriter", __LINE__, "Log directory is not writable",
-                        GetSystemErrorText());
-}
-
 }  // namespace
 
-CVsysEventLogFileWriter::CVsysEventLogFileWriter(std::string identity, LockRetry retry)
-    : identity_(std::move(identity)), retry_(std::move(retry)) {}
+CVsysEventLogFileWriter::CVsysEventLogFileWriter(std::string identity, WriterMode mode, LockRetry retry)
+    : identity_(std::move(identity)), mode_(mode), retry_(std::move(retry)) {}
 
 bool CVsysEventLogFileWriter::setProperty(const std::string& key, const std::string& value) {
     if (EqualNoCase(key, "numFiles")) return StoreNonZero(archive_.files, value);
     if (EqualNoCase(key, "bytesPerFiles")) return StoreNonZero(archive_.bytesPerFile, value);
     if (EqualNoCase(key, "filePath")) return setFilePath(value);
-    if (EqualNoCase(key, "autoAppend")) autoAppend_ = true;  // sites rely on "0" switching it on, too
+    if (EqualNoCase(key, "autoAppend")) autoAppend_ = true;  // "0", too: kept for compatibility
     if (EqualNoCase(key, "perProcessFile")) perProcessFile_ = ParseNumber(value) != 0;
     return true;
 }
@@ -69,36 +53,63 @@ bool CVsysEventLogFileWriter::setProperty(const std::string& key, const std::str
 bool CVsysEventLogFileWriter::setFilePath(const std::string& value) {
     if (value.empty()) return false;
     try {
-        const std::string directory = DirectoryOf(value);
-        RequireRoomForFiles(directory);
-        CVioFile(value).Open("a+");
+        OpenOnce(value);
         path_ = value;
-        directory_ = directory;
+        directory_ = LogDirectoryOf(value);
+        notReady_.clear();
         return true;
     } catch (...) {
-        ReportCaughtException(kPathSource, identity_, kUnknown);
-        return false;
+        if (mode_ == WriterMode::Write) ReportCaughtException(kPathSource, identity_, kUnknown);
     }
+    if (!path_.empty()) return false;
+    refusedPath_ = value;
+    notReady_ = WhyNotWritable(value);
+    if (notReady_.empty()) notReady_ = value + ": cannot be opened";
+    return false;
+}
+
+void CVsysEventLogFileWriter::OpenOnce(const std::string& path) const {
+    const std::string refusal = WhyNotWritable(path);
+    if (!refusal.empty()) {
+        throw CVioException(path, "CVsysEventLogFileWriter", __LINE__, "Log file is not writable", refusal);
+    }
+    if (mode_ == WriterMode::Write) CVioFile(path).Open("a+");
 }
 
 void CVsysEventLogFileWriter::PrepareDirectory() {
     if (!isReady()) return;
+    const std::string lock = path_ + ".lock";
+    if (mode_ == WriterMode::Look) {
+        notReady_ = WhyRefused(lock);
+        return;
+    }
     try {
         RemoveDeadLockFiles(directory_);
     } catch (...) {
         ReportCaughtException(kPrepareSource, identity_, kUnknown);
     }
-    initialised_ = !IsLockHopeless(path_ + ".lock");
-    if (!initialised_) ReportLogFailure(kPrepareSource, identity_, "Can not lock '" + path_ + ".lock'");
+    initialised_ = IsLockUsable(lock);
+    if (initialised_) return;
+    notReady_ = "Can not lock '" + lock + "'";
+    ReportLogFailure(kPrepareSource, identity_, notReady_);
 }
 
 bool CVsysEventLogFileWriter::isReady() {
     return initialised_ && archive_.bytesPerFile != 0 && archive_.files != 0 && !path_.empty();
 }
 
+WriterDescription CVsysEventLogFileWriter::Describe() const {
+    const bool noPath = path_.empty() && notReady_.empty();
+    return {.kind = WriterDescription::Kind::File,
+            .path = path_.empty() ? refusedPath_ : path_,
+            .archive = archive_,
+            .perProcessFile = perProcessFile_,
+            .notReady = noPath ? "there is no filePath" : notReady_};
+}
+
 int CVsysEventLogFileWriter::DoWork(const std::string& module, unsigned level, const std::string& message,
                                     int /*extra*/, const char* /*userText*/, std::time_t time) {
-    if (!isReady()) return 0;
+    if (mode_ == WriterMode::Look || !isReady()) return 0;
     try {
         Append(module, level, message, time);
         return 1;
@@ -119,7 +130,7 @@ void CVsysEventLogFileWriter::Append(const std::string& module, unsigned level, 
     lockWasRefused_ = false;
 
     ArchiveWhenFull(target, archive_, identity_);
-    std::string line = EventLine(perProcessFile_ ? "" : module, level, message, time);
+    std::string line = LogLine(perProcessFile_ ? "" : module, level, message, time);
     if (autoAppend_ && !message.empty() && !IsSpace(message.back())) line += '\n';
     CVioFile file(target);
     file.Open("a+");

@@ -16,7 +16,9 @@ class CVsysEventLogFileWriter : public CVsysEventLogWriterInterface {
 public:
     /// `identity` is the name that failures are listed under in the system log. `retry` is how long an entry
     /// waits for the lock.
-    explicit CVsysEventLogFileWriter(std::string identity, quorbel::LockRetry retry = {});
+    explicit CVsysEventLogFileWriter(std::string identity,
+                                     quorbel::WriterMode mode = quorbel::WriterMode::Write,
+                                     quorbel::LockRetry retry = {});
 
     /// Keys: numFiles, bytesPerFiles, filePath, autoAppend (present means on, whatever the value),
     /// perProcessFile.
@@ -24,6 +26,7 @@ public:
     int DoWork(const std::string& module, unsigned level, const std::string& message, int extra,
                const char* userText, std::time_t time) override;
     bool isReady() override;
+    quorbel::WriterDescription Describe() const override;
 
     /// Creates the file when it is not there. A path whose directory takes no new files is refused, and the
     /// old path stays.
@@ -35,6 +38,7 @@ public:
 
 private:
     void Append(const std::string& module, unsigned level, const std::string& message, std::time_t time);
+    void OpenOnce(const std::string& path) const;
     std::string TargetOf(const std::string& module) const;
 
     std::string directory_;
@@ -43,7 +47,10 @@ private:
     bool autoAppend_ = false;
     quorbel::ArchiveRule archive_;
     const std::string identity_;
+    const quorbel::WriterMode mode_;
     const quorbel::LockRetry retry_;
+    std::string refusedPath_;  // while there is no other
+    std::string notReady_;     // why
     bool lockWasRefused_ = false;
     bool initialised_ = true;
 };

@@ -5,12 +5,12 @@
 
 #include "syslib/CVsysEventLogMultiThreaded.h"
 #include "syslib/CVsysEventLogSingleThreaded.h"
-#include "syslib/EventMessage.h"
-#include "syslib/LogConfiguration.h"
-#include "syslib/LogLocations.h"
+#include "syslib/LogPaths.h"
 #include "syslib/LogRegistry.h"
 #include "syslib/LogReport.h"
-#include "syslib/LogWriterFactory.h"
+#include "syslib/LogSettings.h"
+#include "syslib/LogText.h"
+#include "syslib/LogWriters.h"
 #include "util/SpoolDirectories.h"
 
 using namespace quorbel;
@@ -76,7 +76,7 @@ CVsysEventLogInterface* CVsysEventLogInterface::GetInstance(const std::string& m
 }
 
 void CVsysEventLogInterface::SetDefaultLogDirectory(const std::string& directory) {
-    SetDefaultLogLocation(directory);
+    SetDefaultLogPath(directory);
 }
 
 CVsysEventLogInterface::CVsysEventLogInterface(std::string module, std::string configDirectory,
@@ -91,8 +91,8 @@ CVsysEventLogInterface::~CVsysEventLogInterface() {
 }
 
 void CVsysEventLogInterface::UseWriter(std::unique_ptr<CVsysEventLogWriterInterface> writer) {
-    const std::lock_guard guard(writerMutex_);
-    writer_ = std::make_shared<GuardedWriter>(std::move(writer));
+    const std::lock_guard lock(writerMutex_);
+    writer_ = std::make_shared<SharedWriter>(std::move(writer));
 }
 
 bool CVsysEventLogInterface::Start() {
@@ -104,7 +104,7 @@ bool CVsysEventLogInterface::Start() {
 
 bool CVsysEventLogInterface::Stop() {
     SetEnabled(false);
-    const std::lock_guard guard(writerMutex_);
+    const std::lock_guard lock(writerMutex_);
     writer_.reset();
     return true;
 }
@@ -122,13 +122,13 @@ bool CVsysEventLogInterface::loadWriterConfig() {
     if (!writer) return fail("Error occurred while creating log writer.");
 
     const bool ready = writer->IsReady();
-    const std::lock_guard guard(writerMutex_);
+    const std::lock_guard lock(writerMutex_);
     writer_ = std::move(writer);
     return ready || fail("Log writer initialization failed. Check cvlogs.ini");
 }
 
-std::shared_ptr<GuardedWriter> CVsysEventLogInterface::Writer() const {
-    const std::lock_guard guard(writerMutex_);
+std::shared_ptr<SharedWriter> CVsysEventLogInterface::Writer() const {
+    const std::lock_guard lock(writerMutex_);
     return writer_;
 }
 
@@ -137,15 +137,20 @@ bool CVsysEventLogInterface::IsReady() const {
     return writer && writer->IsReady();
 }
 
-void CVsysEventLogInterface::SetThreshold(EventLevel threshold) {
+WriterDescription CVsysEventLogInterface::Describe() const {
+    const auto writer = Writer();
+    return writer ? writer->Describe() : WriterDescription{.notReady = "there is no writer"};
+}
+
+void CVsysEventLogInterface::SetThreshold(LogLevel threshold) {
     threshold_.store(threshold, std::memory_order_relaxed);
-    if (threshold == EventLevel::None) SetEnabled(false);
+    if (threshold == LogLevel::None) SetEnabled(false);
 }
 
 int CVsysEventLogInterface::WriteEntry(const Entry& entry, va_list arguments) {
-    const EventLevel threshold = Threshold();
-    if (!IsEnabled() || entry.level < threshold || threshold == EventLevel::None) return 0;
-    std::string message = BuildEventMessage(entry.context, entry.format, entry.systemError, arguments);
+    const LogLevel threshold = Threshold();
+    if (!IsEnabled() || entry.level < threshold || threshold == LogLevel::None) return 0;
+    std::string message = BuildLogMessage(entry.context, entry.format, entry.systemError, arguments);
     if (threadIdShown_.load(std::memory_order_relaxed)) message = WithThreadId(message);
     return Write(entry.level, message, -1, nullptr);
 }

@@ -7,10 +7,11 @@
 
 #include "syslib/CVLogInterface.h"
 #include "syslib/CVsysEventLogWriterInterface.h"
-#include "syslib/EventLevel.h"
-#include "syslib/GuardedWriter.h"
+#include "syslib/LogLevel.h"
 
 namespace quorbel {
+
+class SharedWriter;
 
 /// Where the entries of a log are written; the numbers are the ones that programs configure.
 enum class LogThreading { Single = 0, Multi = 1 };
@@ -64,20 +65,22 @@ public:
 
     /// Writes one finished message whatever the threshold: 1 written (or queued), 0 not.
     /// `userText` may be null.
-    virtual int Write(quorbel::EventLevel level, const std::string& message, int extra,
+    virtual int Write(quorbel::LogLevel level, const std::string& message, int extra,
                       const char* userText) = 0;
 
     /// True when there is a writer and it is ready.
     bool IsReady() const;
+    /// What the writer does with entries; says why it writes none.
+    quorbel::WriterDescription Describe() const;
     const std::string& ModuleName() const { return module_; }
 
     /// While clear, operations return 0 and format nothing.
     bool IsEnabled() const { return enabled_.load(std::memory_order_relaxed); }
     void SetEnabled(bool enabled) { enabled_.store(enabled, std::memory_order_relaxed); }
 
-    quorbel::EventLevel Threshold() const { return threshold_.load(std::memory_order_relaxed); }
-    /// With EventLevel::None nothing is written: it clears the enabled flag, too.
-    void SetThreshold(quorbel::EventLevel threshold);
+    quorbel::LogLevel Threshold() const { return threshold_.load(std::memory_order_relaxed); }
+    /// With LogLevel::None nothing is written: it clears the enabled flag, too.
+    void SetThreshold(quorbel::LogLevel threshold);
 
     /// While set, every message begins with the kernel's id of the calling thread, as `ps -L` shows it.
     void SetThreadIdShown(bool shown) { threadIdShown_.store(shown, std::memory_order_relaxed); }
@@ -86,7 +89,7 @@ protected:
     CVsysEventLogInterface(std::string module, std::string configDirectory, std::string furtherName);
 
     /// The writer, null before Start and after Stop. Keep the pointer for the length of one write.
-    std::shared_ptr<quorbel::GuardedWriter> Writer() const;
+    std::shared_ptr<quorbel::SharedWriter> Writer() const;
 
     int WriteEntry(const Entry& entry, va_list arguments) final;
 
@@ -98,8 +101,8 @@ private:
     const std::string furtherName_;
     std::atomic<bool> enabled_{false};
     std::atomic<bool> threadIdShown_{false};
-    std::atomic<quorbel::EventLevel> threshold_{quorbel::EventLevel::Info};
+    std::atomic<quorbel::LogLevel> threshold_{quorbel::LogLevel::Info};
     bool startedOnce_ = false;
     mutable std::mutex writerMutex_;  // guards the pointer; the writer has its own lock
-    std::shared_ptr<quorbel::GuardedWriter> writer_;
+    std::shared_ptr<quorbel::SharedWriter> writer_;
 };

@@ -2,19 +2,147 @@
 
 #include <unistd.h>
 
+#include <atomic>
+#include <ctime>
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include "CVException.h"
+#include "CVconEvent.h"
+#include "CVconLock.h"
+#include "NoCancellation.h"
+#include "syslib/LogReport.h"
+#include "syslib/LogWriters.h"
+
+namespace quorbel {
+
+/// An entry between the caller that logged it and the worker that writes it.
+struct Queued {
+    unsigned level;
+    std::string message;
+    int extra;
+    std::string userText;  // empty when there is none
+    std::time_t time;      // when it was queued
+};
+
+/// The entries of one log on their way to its writer.
+///
+/// Held by shared_ptr, by the log and by the worker thread that serves the queue: a worker that is stuck in
+/// the writer may outlive its log. Any thread may add; it waits for other callers only, never for the writer.
+class LogQueue {
+public:
+    explicit LogQueue(std::string module) : module_(std::move(module)) {}
+
+    /// Lets entries in, which go to `writer`.
+    void Open(std::shared_ptr<SharedWriter> writer);
+    /// Stamps and queues an entry; false before Open and after Close.
+    bool Add(unsigned level, const std::string& message, int extra, const char* userText);
+    /// Lets no more entries in, for good, and has the worker write what is there and end. True when this call
+    /// closed it.
+    bool Close();
+    bool IsClosed();
+    /// Lets go of the writer and of the entries that the worker has not taken.
+    void Discard();
+
+    /// The worker's part: writes entries in the order of their queueing until the queue is closed and empty.
+    /// A kill of the thread takes effect between two entries. An entry whose writing throws is reported to
+    /// the system log and left out.
+    void Serve();
+    /// Waits until a worker is in Serve.
+    void WaitUntilServed() const { served_.wait(false); }
+
+private:
+    struct Batch {
+        std::shared_ptr<SharedWriter> writer;
+        std::vector<Queued> entries;
+        bool last;
+    };
+
+    Batch TakeAll();
+    void Write(SharedWriter& writer, const Queued& entry) const;
+
+    const std::string module_;
+    CVconLock lock_;
+    CVconEvent wakeUp_;
+    std::atomic<bool> served_{false};
+    // Under the lock:
+    std::shared_ptr<SharedWriter> writer_;
+    std::vector<Queued> entries_;
+    bool closed_ = false;
+};
+
+void LogQueue::Open(std::shared_ptr<SharedWriter> writer) {
+    const ScopedLock lock(&lock_);
+    writer_ = std::move(writer);
+}
+
+bool LogQueue::Add(unsigned level, const std::string& message, int extra, const char* userText) {
+    const ScopedLock lock(&lock_);
+    if (closed_ || !writer_) return false;
+    entries_.push_back({level, message, extra, userText ? userText : "", std::time(nullptr)});
+    wakeUp_.Signal();
+    return true;
+}
+
+bool LogQueue::Close() {
+    const ScopedLock lock(&lock_);
+    if (std::exchange(closed_, true)) return false;
+    wakeUp_.Signal();
+    return true;
+}
+
+bool LogQueue::IsClosed() {
+    const ScopedLock lock(&lock_);
+    return closed_;
+}
+
+void LogQueue::Discard() {
+    const Batch discarded = TakeAll();
+    const ScopedLock lock(&lock_);
+    writer_.reset();
+}
+
+LogQueue::Batch LogQueue::TakeAll() {
+    const ScopedLock lock(&lock_);
+    return {writer_, std::exchange(entries_, {}), closed_};
+}
+
+void LogQueue::Serve() {
+    served_ = true;
+    served_.notify_all();
+    while (wakeUp_.Wait() == CVconEvent::Wake::Signalled) {
+        // Writers use C libraries, and letting go of the last hold on one runs its destructor: neither may be
+        // left in the middle. Declared before the batch, so that it covers its end.
+        const NoCancellation untilWritten;
+        const Batch batch = TakeAll();
+        for (const Queued& entry : batch.entries) {
+            if (CVconThread::KillRequested()) return;
+            Write(*batch.writer, entry);
+        }
+        if (batch.last) return;
+    }
+}
+
+void LogQueue::Write(SharedWriter& writer, const Queued& entry) const {
+    const char* const userText = entry.userText.empty() ? nullptr : entry.userText.c_str();
+    try {
+        writer.Write(module_, entry.level, entry.message, entry.extra, userText, entry.time);
+    } catch (...) {
+        ReportCaughtException("CVsysEventLogMultiThreaded::DoWork", module_, "Unknown error");
+    }
+}
+
+}  // namespace quorbel
 
 using namespace quorbel;
 
 CVsysEventLogMultiThreaded::CVsysEventLogMultiThreaded(std::string module, std::string configDirectory,
                                                        std::string furtherName,
-                                                       const WorkerPatience& patience)
+                                                       const WorkerTimeouts& timeouts)
     : CVsysEventLogInterface(std::move(module), std::move(configDirectory), std::move(furtherName)),
-      patience_(patience),
-      queue_(std::make_shared<EventQueue>(ModuleName())) {}
+      timeouts_(timeouts),
+      queue_(std::make_shared<LogQueue>(ModuleName())) {}
 
 CVsysEventLogMultiThreaded::~CVsysEventLogMultiThreaded() {
     CVsysEventLogMultiThreaded::Stop();
@@ -34,9 +162,9 @@ bool CVsysEventLogMultiThreaded::Start() {
 
 void CVsysEventLogMultiThreaded::StartWorker() {
     worker_.Create();
-    for (int check = 0; check < patience_.startChecks; ++check) {
+    for (int check = 0; check < timeouts_.startChecks; ++check) {
         if (IsRunning()) return;
-        std::this_thread::sleep_for(patience_.startPause);
+        std::this_thread::sleep_for(timeouts_.startPause);
     }
     throw CVconException(gettid(), "CVsysEventLogInterface::Start", __LINE__, "Worker thread is not running");
 }
@@ -49,8 +177,8 @@ bool CVsysEventLogMultiThreaded::Stop() {
 }
 
 void CVsysEventLogMultiThreaded::EndWorker() {
-    for (int round = 0; round < patience_.stopRounds; ++round) {
-        if (worker_.WaitForEnd(patience_.stopRound)) return;
+    for (int round = 0; round < timeouts_.stopRounds; ++round) {
+        if (worker_.WaitForEnd(timeouts_.stopRound)) return;
     }
     try {
         worker_.Kill();
@@ -58,14 +186,14 @@ void CVsysEventLogMultiThreaded::EndWorker() {
         return;  // it ended just now
     }
     // Past the beginning of its body the worker needs only the queue, and may be left behind.
-    if (!worker_.WaitForEnd(patience_.stopRound)) queue_->WaitUntilServed();
+    if (!worker_.WaitForEnd(timeouts_.stopRound)) queue_->WaitUntilServed();
 }
 
 bool CVsysEventLogMultiThreaded::IsRunning() const {
     return !queue_->IsClosed() && worker_.IsAlive();
 }
 
-int CVsysEventLogMultiThreaded::Write(EventLevel level, const std::string& message, int extra,
+int CVsysEventLogMultiThreaded::Write(LogLevel level, const std::string& message, int extra,
                                       const char* userText) {
     return queue_->Add(static_cast<unsigned>(level), message, extra, userText) ? 1 : 0;
 }

@@ -3,15 +3,15 @@
 #include <chrono>
 #include <memory>
 
-#include "CVconDelegate.h"
 #include "CVconThread.h"
 #include "syslib/CVsysEventLogInterface.h"
-#include "syslib/EventQueue.h"
 
 namespace quorbel {
 
+class LogQueue;
+
 /// How long Start and Stop give a worker that does not come up, or does not end.
-struct WorkerPatience {
+struct WorkerTimeouts {
     int startChecks = 5;
     std::chrono::milliseconds startPause{500};
     int stopRounds = 10;
@@ -29,22 +29,21 @@ struct WorkerPatience {
 class CVsysEventLogMultiThreaded : public CVsysEventLogInterface, public CVconDelegate {
 public:
     CVsysEventLogMultiThreaded(std::string module, std::string configDirectory, std::string furtherName = {},
-                               const quorbel::WorkerPatience& patience = {});
+                               const quorbel::WorkerTimeouts& timeouts = {});
     /// Stops the log.
     ~CVsysEventLogMultiThreaded() override;
 
     /// Also starts the worker. Throws CVconException "Create Thread Failed" when the system gives no thread,
     /// "Worker thread is not running" when it does not come up; the log is then stopped.
     bool Start() override;
-    /// Waits until everything queued is written. A worker that has not ended after the rounds of the patience
+    /// Waits until everything queued is written. A worker that has not ended after the rounds of the time-outs
     /// is killed and, if it is still stuck in the writer, left behind: what is queued is lost, and the object
     /// may be deleted all the same. Always true.
     bool Stop() override;
     /// False once Stop is called.
     virtual bool IsRunning() const;
 
-    int Write(quorbel::EventLevel level, const std::string& message, int extra,
-              const char* userText) override;
+    int Write(quorbel::LogLevel level, const std::string& message, int extra, const char* userText) override;
 
     /// The worker's body.
     void DoWork(pthread_t threadId) override;
@@ -53,7 +52,7 @@ private:
     void StartWorker();
     void EndWorker();
 
-    const quorbel::WorkerPatience patience_;
-    const std::shared_ptr<quorbel::EventQueue> queue_;
+    const quorbel::WorkerTimeouts timeouts_;
+    const std::shared_ptr<quorbel::LogQueue> queue_;
     CVconThread worker_{this};
 };

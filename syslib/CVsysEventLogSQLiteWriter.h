@@ -13,7 +13,8 @@
 class CVsysEventLogSQLiteWriter : public CVsysEventLogWriterInterface {
 public:
     /// `identity` is the name that failures are listed under in the system log.
-    explicit CVsysEventLogSQLiteWriter(std::string identity);
+    explicit CVsysEventLogSQLiteWriter(std::string identity,
+                                       quorbel::WriterMode mode = quorbel::WriterMode::Write);
 
     /// Keys: dbfilename (or filename), truncate.
     bool setProperty(const std::string& key, const std::string& value) override;
@@ -22,6 +23,7 @@ public:
                const char* userText, std::time_t time) override;
     /// True once a database was opened.
     bool isReady() override;
+    quorbel::WriterDescription Describe() const override;
 
     /// Opens the database, creating the file when it is missing. A file that this process cannot read and
     /// write, or a directory that takes no new files, is refused at once; no database is open then.
@@ -41,8 +43,11 @@ private:
     };
 
     template <class Action>
-    bool Guarded(const Operation& operation, Action action);
+    bool Reporting(const Operation& operation, Action action);
 
     const std::string identity_;
+    const quorbel::WriterMode mode_;
+    std::string path_;
+    std::string notReady_ = "there is no dbfilename";
     std::unique_ptr<CVLogDBProcessorInterface> processor_;  // null: not ready
 };

@@ -1,13 +1,20 @@
 #pragma once
 
+#include <string>
+#include <utility>
+
 #include "syslib/CVsysEventLogInterface.h"
+#include "syslib/LogWriters.h"
 
 /// The event log that writes each entry in the caller's thread, for short-lived programs.
 class CVsysEventLogSingleThreaded : public CVsysEventLogInterface {
 public:
-    CVsysEventLogSingleThreaded(std::string module, std::string configDirectory,
-                                std::string furtherName = {});
+    CVsysEventLogSingleThreaded(std::string module, std::string configDirectory, std::string furtherName = {})
+        : CVsysEventLogInterface(std::move(module), std::move(configDirectory), std::move(furtherName)) {}
 
-    int Write(quorbel::EventLevel level, const std::string& message, int extra,
-              const char* userText) override;
+    int Write(quorbel::LogLevel level, const std::string& message, int extra, const char* userText) override {
+        const auto writer = Writer();
+        if (!writer) return 0;
+        return writer->Write(ModuleName(), static_cast<unsigned>(level), message, extra, userText, 0);
+    }
 };

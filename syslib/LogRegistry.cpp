@@ -10,7 +10,7 @@ LogRegistry& LogRegistry::OfProcess() {
 }
 
 void LogRegistry::Add(const std::string& module, CVsysEventLogInterface* log) {
-    const std::lock_guard guard(mutex_);
+    const std::lock_guard lock(mutex_);
     auto* const entry = Entry(module);
     if (entry != nullptr && entry->second == nullptr) {
         entry->second = log;
@@ -21,7 +21,7 @@ void LogRegistry::Add(const std::string& module, CVsysEventLogInterface* log) {
 }
 
 void LogRegistry::Remove(const CVsysEventLogInterface* log) {
-    const std::lock_guard guard(mutex_);
+    const std::lock_guard lock(mutex_);
     for (auto& entry : logs_) {
         if (entry.second == log) entry.second = nullptr;
     }
@@ -29,12 +29,12 @@ void LogRegistry::Remove(const CVsysEventLogInterface* log) {
 }
 
 CVsysEventLogInterface* LogRegistry::Default() {
-    const std::lock_guard guard(mutex_);
+    const std::lock_guard lock(mutex_);
     return default_;
 }
 
 CVsysEventLogInterface* LogRegistry::Find(const std::string& module) {
-    const std::lock_guard guard(mutex_);
+    const std::lock_guard lock(mutex_);
     const auto* const entry = Entry(module);
     return entry != nullptr ? entry->second : nullptr;
 }

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <iterator>
-#include <limits>
 #include <optional>
 #include <span>
 #include <string>
@@ -15,7 +14,6 @@
 #include "CVException.h"
 #include "CVioFile.h"
 #include "util/BoundedText.h"
-#include "util/ConfigPath.h"
 #include "util/FormatExpansion.h"
 #include "util/StringRoutines.h"
 
@@ -35,7 +33,7 @@ struct DirectoryKey {
     Slot slot;
 };
 
-// A line belongs to the first key that it begins with, whatever follows.
+// Kept for compatibility: a line belongs to the first key that it begins with, whatever follows.
 constexpr DirectoryKey kKeysAsRead[] = {
     {"spool_dir", Slot::Spool},       {"snmp_spool_dir", Slot::SnmpSpool},
     {"cascade_dir", Slot::Cascade},   {"wap_dir", Slot::Wap},
@@ -106,14 +104,8 @@ void StoreDirectory(std::string_view line, Slot slot, DirectoryTable& table) {
     if (tab == std::string_view::npos) return;
     auto& field = table[static_cast<std::size_t>(slot)];
     std::string value(line.substr(tab + 1));
-    // Site files double a percent sign: the value has always gone through a formatted print.
+    // Kept for compatibility: the value goes through a formatted print, so "%%" stands for "%".
     CopyText(field, ExpandWithoutArguments(TrimSpaces(value.data()), sizeof field - 1));
-}
-
-std::int32_t LeadingNumber(const char* text) {
-    using Limits = std::numeric_limits<std::int32_t>;
-    return static_cast<std::int32_t>(
-        std::clamp<long>(std::strtol(text, nullptr, 10), Limits::min(), Limits::max()));
 }
 
 /// "number TAB name TAB path"; nothing for any other line.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -12,6 +13,9 @@ namespace quorbel {
 bool IsSpace(char c);
 bool IsAlphanumeric(char c);
 bool IsPrintable(char c);
+
+/// The decimal number that a text begins with, as strtol reads it; the nearest of 32 bits when it is larger.
+std::int32_t LeadingNumber(const char* text);
 
 }  // namespace quorbel
 
@@ -42,6 +46,30 @@ bool EndsWithNoCase(std::string_view name, std::string_view key);
 bool HoldsPrintable(std::string_view text);
 
 }  // namespace quorbel
+
+/// Joins a directory and a file name into `destination` (of `size` bytes, at least 1; longer paths are cut),
+/// and returns `destination`.
+///
+/// Kept for compatibility: every backslash of `directory` is turned into a slash in place. A null or empty
+/// directory yields the name alone.
+char* MakeConfigPath(char* destination, std::size_t size, char* directory, const char* name);
+
+/// Makes a text safe for a URL: letters and digits stay, every other byte becomes "%" and two upper-case
+/// hexadecimal digits, except that a byte above ASCII becomes "%FF". Returns a new text that the caller frees
+/// with `free`; null only when there is no memory. The form poster has an encoding of its own with other
+/// rules.
+char* UrlEncode(const char* text);
+
+// Both return a static buffer of the process: use the result before the next call, from one thread at a time.
+
+/// Makes control characters of `count` bytes visible for a log: "<TAB>", "<LF>", "<CR>", "<ESC>", "<01>". A
+/// byte above ASCII shows as "<FFF" with no closing bracket: kept for compatibility. Stops once
+/// more than 4090 characters were produced.
+const char* MakeVisible(const char* bytes, std::size_t count);
+
+/// The name of an ASCII control character as "<STX>"; other printable characters as themselves, the rest as
+/// "<ff>" in hexadecimal. TAB is "<HT>" here.
+const char* ControlName(char c);
 
 /// The local time of day as "hh:mm:ss".
 std::string TimeOfDay();

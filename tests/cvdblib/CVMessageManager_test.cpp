@@ -16,26 +16,19 @@ using namespace quorbel;
 
 namespace fs = std::filesystem;
 
-/// Gives a test a catalogue of its own in `directory`, and the next test a process that has none.
-struct MessageCatalogueOfTest {
-    explicit MessageCatalogueOfTest(const std::string& directory) {
-        Forget();
-        CVMessageManager::GetDBFilePath(directory);
-    }
-    ~MessageCatalogueOfTest() { Forget(); }
-    static void Forget() {
-        CVMessageManager::m_pMsgManager.reset();
-        CVMessageManager::m_strDBFilePath.clear();
-    }
-};
-
 namespace {
 
 class Catalogue : public testing::Test {
 protected:
     TempDir dir_;
-    MessageCatalogueOfTest catalogue_{dir_.Path()};
 
+    Catalogue() { Use(dir_.Path()); }
+    ~Catalogue() override { CVMessageManager::Release(); }
+
+    static void Use(const std::string& directory) {
+        CVMessageManager::Release();
+        CVMessageManager::GetDBFilePath(directory);
+    }
     bool Load(const std::string& constants) {
         return CVMessageManager::LoadMessageConstants(dir_.Write("messages.h", constants));
     }
@@ -98,8 +91,7 @@ TEST_F(Catalogue, StaysAsItWasWhenALoaderIsKilled) {
         constants += "#define M " + std::to_string(id) + " /* " + std::string(300, 'm') + " */\n";
     }
     const auto size = fs::file_size(dir_ / "messages.sdb");
-    MessageCatalogueOfTest::Forget();
-    CVMessageManager::GetDBFilePath(dir_.Path());
+    Use(dir_.Path());
     const pid_t loader = StartChild([&] { Load(constants); });
     // Once the file grows, half of the new catalogue overflows the loader's memory into it.
     for (int wait = 0; wait < 10000 && fs::file_size(dir_ / "messages.sdb") == size; ++wait) {
@@ -114,7 +106,7 @@ TEST_F(Catalogue, StaysAsItWasWhenALoaderIsKilled) {
 TEST_F(Catalogue, IsReadByOthersOnceALoadIsDone) {
     ASSERT_TRUE(Load("#define MSG_A 9 /* old */\n"));
     ASSERT_EQ(CVMessageManager::GetMessage(9), "old");
-    MessageCatalogueOfTest::Forget();
+    CVMessageManager::Release();
     EXPECT_EQ(InChildProcess([&] {
                   CVMessageManager::GetDBFilePath(dir_.Path());
                   if (!Load("#define MSG_A 9 /* new */\n")) throw 0;
@@ -142,13 +134,13 @@ TEST_F(Catalogue, LiesWhereTheFirstCallSays) {
         std::string path;
     } cases[] = {{"", fixed}, {"/a", "/a/messages.sdb"}, {"/a/", "/a/messages.sdb"}};
     for (const auto& c : cases) {
-        MessageCatalogueOfTest::Forget();
+        CVMessageManager::Release();
         EXPECT_EQ(CVMessageManager::GetDBFilePath(c.directory), c.path);
     }
-    MessageCatalogueOfTest::Forget();
+    CVMessageManager::Release();
     CVMessageManager::PreferDirectory(dir_.Path());
     EXPECT_EQ(CVMessageManager::GetDBFilePath(), fixed) << "no catalogue there";
-    MessageCatalogueOfTest::Forget();
+    CVMessageManager::Release();
     dir_.Write("messages.sdb", "");
     CVMessageManager::PreferDirectory(dir_.Path());
     EXPECT_EQ(CVMessageManager::GetDBFilePath(), dir_ / "messages.sdb");

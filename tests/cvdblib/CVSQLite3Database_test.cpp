@@ -1,13 +1,16 @@
 #include "cvdblib/sqlite3/src/CVSQLite3Database.h"
 
 #include <gtest/gtest.h>
+#include <sqlite3.h>
+#include <sys/stat.h>
 
 #include <chrono>
 #include <functional>
 
 #include "cvdblib/sqlite3/src/CVDBexception.h"
 #include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
-#include "tests/cvdblib/RunTogether.h"
+#include "cvdblib/sqlite3/src/SqliteConnection.h"
+#include "tests/support/RunTogether.h"
 #include "tests/support/TempDir.h"
 
 using namespace quorbel;
@@ -114,4 +117,40 @@ TEST(CVSQLite3Database, KeepsEveryRowWhenManyProcessesFindTheTableMissing) {
     CVSQLite3ResultSet rows;
     CVSQLite3Database(dir / "x.sdb").ExecuteSelectQuery("SELECT a FROM t;", rows);
     EXPECT_EQ(rows.GetRowCount(), 12);
+}
+
+TEST(CVSQLite3Database, TellsBeforehandWhichPathsItCanUse) {
+    TempDir dir;
+    dir.Write("there.sdb", "");
+    ASSERT_EQ(mkdir((dir / "folder").c_str(), 0755), 0);
+    ASSERT_EQ(mkfifo((dir / "fifo").c_str(), 0644), 0);
+    const struct {
+        std::string path;
+        bool readable, writable;
+    } cases[] = {
+        {dir / "there.sdb", true, true},
+        {dir / "absent.sdb", false, true},
+        {dir / "folder", false, false},
+        {dir / "fifo", false, false},  // an open would wait for its other end
+        {dir / "nowhere/x.sdb", false, false},
+        {dir / "there.sdb/x.sdb", false, false},
+        {"", false, false},
+        {":memory:", false, false},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(IsReadableDatabase(c.path), c.readable) << c.path;
+        EXPECT_EQ(IsWritableDatabase(c.path), c.writable) << c.path;
+    }
+}
+
+TEST(CVSQLite3Database, TakesMoreCodesForBusyThanSqliteDoes) {
+    for (const int code :
+         {SQLITE_BUSY, SQLITE_LOCKED, SQLITE_NOMEM, SQLITE_IOERR, SQLITE_CORRUPT, SQLITE_FULL,
+          SQLITE_CANTOPEN, SQLITE_NOTADB, SQLITE_BUSY_SNAPSHOT, SQLITE_IOERR_READ}) {
+        EXPECT_TRUE(CountsAsBusy(code)) << code;
+    }
+    for (const int code : {SQLITE_OK, SQLITE_ERROR, SQLITE_PERM, SQLITE_READONLY, SQLITE_SCHEMA,
+                           SQLITE_CONSTRAINT, SQLITE_CONSTRAINT_UNIQUE, SQLITE_READONLY_DBMOVED}) {
+        EXPECT_FALSE(CountsAsBusy(code)) << code;
+    }
 }

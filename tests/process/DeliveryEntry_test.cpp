@@ -93,15 +93,12 @@ TEST_F(DeliveryEntryTest, RaisesTheLevelWithTheTrouble) {
         Outcome outcome;
         bool viaSecondary;
         long status;
-        EventLevel level;
+        LogLevel level;
     } cases[] = {
-        {Outcome::Answered, false, 399, EventLevel::Info},
-        {Outcome::Answered, false, 400, EventLevel::Warn},
-        {Outcome::Answered, true, 200, EventLevel::Warn},
-        {Outcome::Refused, false, 0, EventLevel::Warn},
-        {Outcome::NotConnected, false, 0, EventLevel::Error},
-        {Outcome::Unknown, false, 0, EventLevel::Error},
-        {Outcome::Sending, false, 0, EventLevel::Debug},
+        {Outcome::Answered, false, 399, LogLevel::Info},    {Outcome::Answered, false, 400, LogLevel::Warn},
+        {Outcome::Answered, true, 200, LogLevel::Warn},     {Outcome::Refused, false, 0, LogLevel::Warn},
+        {Outcome::NotConnected, false, 0, LogLevel::Error}, {Outcome::Unknown, false, 0, LogLevel::Error},
+        {Outcome::Sending, false, 0, LogLevel::Debug},
     };
     for (const auto& c : cases) {
         Delivery delivery;

@@ -114,6 +114,15 @@ TEST(HttpPoster, ReportsWhatHappenedAtEachAddress) {
     }
 }
 
+TEST(HttpPoster, SendsOnlyTheCredentialsOfItsAddress) {
+    LoopbackServer server;
+    const std::string withUser = "http://user:pw@" + server.Url().substr(7);
+    for (const std::string& url : {withUser, server.Url()}) EXPECT_EQ(Post(Command({"a=1"}), url).code, 0);
+    const auto posts = server.Posts();
+    EXPECT_EQ(posts.at(0).authorization, "Basic dXNlcjpwdw==");
+    EXPECT_EQ(posts.at(1).authorization, "");
+}
+
 TEST(HttpPoster, WritesNothingIntoAnOutputWithoutRoom) {
     LoopbackServer server;
     CommandParameters command = Command({"a=1"});

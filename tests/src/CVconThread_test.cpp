@@ -17,7 +17,6 @@
 #include "CVconLock.h"
 #include "LockFile.h"
 #include "NoCancellation.h"
-#include "src/ThreadSignals.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/TempDir.h"
 
@@ -122,8 +121,8 @@ struct Counter {
     }
 };
 
-bool Paused(int threads) {
-    return Eventually([&] { return SuspendedThreads() == threads; });
+bool Paused(const CVconThread& thread) {
+    return Eventually([&] { return thread.IsSuspended(); });
 }
 
 }  // namespace
@@ -296,13 +295,13 @@ TEST(CVconThread, PausesAndGoesOnOverSeveralCycles) {
     Counter one, other;
     for (int cycle = 0; cycle < 5; ++cycle) {
         one.thread.Suspend();
-        ASSERT_TRUE(Paused(1));
+        ASSERT_TRUE(Paused(one.thread));
         EXPECT_TRUE(one.Stands());
         EXPECT_TRUE(other.Runs()) << "only one was suspended";
 
         one.thread.Resume();
         EXPECT_TRUE(one.Runs());
-        ASSERT_TRUE(Paused(0));
+        EXPECT_FALSE(one.thread.IsSuspended());
     }
     one.thread.Resume();
     EXPECT_TRUE(one.Runs()) << "a resume without a suspend does nothing";
@@ -312,7 +311,7 @@ TEST(CVconThread, PausesTwoThreadsIndependently) {
     Counter one, other;
     one.thread.Suspend();
     other.thread.Suspend();
-    ASSERT_TRUE(Paused(2));
+    ASSERT_TRUE(Paused(one.thread) && Paused(other.thread));
     other.thread.Resume();
     EXPECT_TRUE(other.Runs());
     EXPECT_TRUE(one.Stands());
@@ -339,7 +338,7 @@ TEST(CVconThread, CanSuspendItselfAndBeResumed) {
     CVconThread thread(&body);
     self = &thread;
     thread.Create();
-    ASSERT_TRUE(Paused(1));
+    ASSERT_TRUE(Paused(thread));
     EXPECT_FALSE(passed);
     EXPECT_TRUE(thread.IsAlive());
     thread.Resume();
@@ -350,10 +349,9 @@ TEST(CVconThread, CanSuspendItselfAndBeResumed) {
 TEST(CVconThread, KillEndsASuspendedThread) {
     Counter counter;
     counter.thread.Suspend();
-    ASSERT_TRUE(Paused(1));
+    ASSERT_TRUE(Paused(counter.thread));
     counter.thread.Kill();
     EXPECT_TRUE(Ends(counter.thread));
-    EXPECT_TRUE(Paused(0));
 }
 
 using CVconThreadDeathTest = testing::Test;

@@ -79,7 +79,7 @@ TEST(LockFile, KeepsOutThreadsThatSpellThePathOtherwise) {
         std::thread other([&] { EXPECT_THROW(TakeOnce(spelling), CVException) << spelling; });
         other.join();
         EXPECT_THROW(TakeOnce(spelling), CVException) << spelling;
-        EXPECT_FALSE(IsLockHopeless(spelling)) << spelling;
+        EXPECT_TRUE(IsLockUsable(spelling)) << spelling;
     }
     RemoveDeadLockFiles(dir.Path());
     EXPECT_EQ(InChildProcess([&] { TakeOnce(path); }), Child::Threw) << "one of these dropped the lock";
@@ -122,19 +122,18 @@ TEST(LockFile, FailsAtOnceWhereWaitingCannotHelp) {
     const LockRetry retry = {.sleep = [](auto) { ADD_FAILURE() << "waited"; }};
     for (const char* name : {"missing/a.lock", "file/a.lock", "directory", "loop"}) {
         EXPECT_THROW(LockFile(dir / name, retry), CVException) << name;
-        EXPECT_TRUE(IsLockHopeless(dir / name)) << name;
+        EXPECT_FALSE(IsLockUsable(dir / name)) << name;
     }
-    EXPECT_FALSE(IsLockHopeless(dir / "new.lock"));
+    EXPECT_TRUE(IsLockUsable(dir / "new.lock"));
 }
 
-TEST(LockFile, IsHopelessWithoutRights) {
+TEST(LockFile, IsUnusableWithoutRights) {
     if (geteuid() != 0) GTEST_SKIP() << "needs another user";
     TempDir dir;
     dir.Write("old.lock", "");
     fs::permissions(dir.Path(), fs::perms(0755));
     const auto asNobody = [&] {
-        if (setuid(65534) != 0 || !IsLockHopeless(dir / "new.lock") || !IsLockHopeless(dir / "old.lock"))
-            throw 1;
+        if (setuid(65534) != 0 || IsLockUsable(dir / "new.lock") || IsLockUsable(dir / "old.lock")) throw 1;
         RemoveDeadLockFiles(dir.Path());
     };
     EXPECT_EQ(InChildProcess(asNobody), Child::Finished);

@@ -7,7 +7,7 @@
 #include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
 #include "syslib/CVDBProcessorFatalException.h"
 #include "syslib/LogStatements.h"
-#include "tests/cvdblib/RunTogether.h"
+#include "tests/support/RunTogether.h"
 #include "tests/support/TempDir.h"
 
 using namespace quorbel;

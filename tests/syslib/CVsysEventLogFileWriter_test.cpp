@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <future>
 
-#include "syslib/EventLevel.h"
+#include "syslib/LogLevel.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/SystemLogRecorder.h"
 #include "tests/support/TempDir.h"
@@ -25,7 +25,7 @@ namespace {
 const std::string kTime = "[0-9]{2}/[0-9]{2}/[0-9]{4} [0-9]{2}:[0-9]{2}:[0-9]{2} ";
 
 int Write(CVsysEventLogFileWriter& writer, const std::string& message, const std::string& module = "SOAP",
-          EventLevel level = EventLevel::Info) {
+          LogLevel level = LogLevel::Info) {
     return writer.DoWork(module, static_cast<unsigned>(level), message, -1, nullptr, 0);
 }
 
@@ -36,7 +36,7 @@ TEST(CVsysEventLogFileWriter, WritesTimeModuleTagAndMessage) {
     CVsysEventLogFileWriter writer("SOAP");
     ASSERT_TRUE(writer.setProperty("FILEPATH", dir / "soap_log.txt"));
     EXPECT_EQ(Write(writer, "100%n done\n"), 1);
-    EXPECT_EQ(Write(writer, "no level\n", "SOAP", EventLevel::None), 1);
+    EXPECT_EQ(Write(writer, "no level\n", "SOAP", LogLevel::None), 1);
     EXPECT_EQ(writer.DoWork("SOAP", 7, "old\n", -1, nullptr, 86400 * 365), 1);
     EXPECT_THAT(ReadFile(dir / "soap_log.txt"),
                 MatchesRegex(kTime + "SOAP \\[INFO\\] 100%n done\n" + kTime + "SOAP  no level\n" +
@@ -175,7 +175,8 @@ TEST(CVsysEventLogFileWriter, WritesSoonAfterALockHeldElsewhereIsFreed) {
 TEST(CVsysEventLogFileWriter, WaitsAboutAMinuteOnceAndASecondFromThenOn) {
     const TempDir dir;
     std::chrono::microseconds waited{0};
-    CVsysEventLogFileWriter writer("SOAP", {.sleep = [&](auto pause) { waited += pause; }});
+    CVsysEventLogFileWriter writer("SOAP", WriterMode::Write,
+                                   {.sleep = [&](auto pause) { waited += pause; }});
     writer.setFilePath(dir / "l.txt");
     TakeSystemLog();
     {

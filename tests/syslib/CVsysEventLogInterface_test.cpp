@@ -67,10 +67,10 @@ TEST(CVsysEventLogInterface, WritesWhatItsLevelAsksFor) {
     EXPECT_EQ(site.Read("soap_log.txt"), "");
     EXPECT_EQ(log->Warn("Send", "id=%d", 7), 1);
     EXPECT_EQ(log->LogByCode(17, "", "code"), 1);
-    log->SetThreshold(EventLevel::Critical);
+    log->SetThreshold(LogLevel::Critical);
     EXPECT_EQ(log->Error(nullptr, "e"), 0);
     EXPECT_EQ(log->Fatal(nullptr, "f"), 1);
-    log->SetThreshold(EventLevel::None);
+    log->SetThreshold(LogLevel::None);
     log->SetEnabled(true);
     EXPECT_EQ(log->Fatal(nullptr, "silent"), 0);
     EXPECT_THAT(

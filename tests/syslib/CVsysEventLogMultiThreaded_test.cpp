@@ -81,17 +81,17 @@ private:
 };
 
 // A stop that has to wait for the worker waits for as long as the test runs.
-constexpr WorkerPatience kEndless{.stopRound = 1h};
-constexpr WorkerPatience kHurried{.startPause = 1ms, .stopRound = 2ms};
+constexpr WorkerTimeouts kEndless{.stopRound = 1h};
+constexpr WorkerTimeouts kHurried{.startPause = 1ms, .stopRound = 2ms};
 
-std::unique_ptr<CVsysEventLogMultiThreaded> LogTo(Record& record, const WorkerPatience& patience = kEndless) {
+std::unique_ptr<CVsysEventLogMultiThreaded> LogTo(Record& record, const WorkerTimeouts& patience = kEndless) {
     auto log = std::make_unique<CVsysEventLogMultiThreaded>("M", "", "", patience);
     log->UseWriter(std::make_unique<RecordingWriter>(record));
     return log;
 }
 
 int Queue(CVsysEventLogInterface& log, const std::string& message) {
-    return log.Write(EventLevel::Info, message, -1, nullptr);
+    return log.Write(LogLevel::Info, message, -1, nullptr);
 }
 
 std::vector<std::string> SystemLogTexts() {
@@ -111,7 +111,7 @@ TEST(CVsysEventLogMultiThreaded, WritesWhatEightThreadsQueuedBeforeAStop) {
     for (int caller = 0; caller < kThreads; ++caller) {
         callers.emplace_back([&log, caller] {
             for (int i = 0; i < kEntries; ++i)
-                EXPECT_EQ(log->Write(EventLevel::Warn, "", i, &"abcdefgh"[caller]), 1);
+                EXPECT_EQ(log->Write(LogLevel::Warn, "", i, &"abcdefgh"[caller]), 1);
         });
     }
     for (auto& caller : callers) caller.join();

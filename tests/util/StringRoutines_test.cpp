@@ -5,10 +5,6 @@
 #include <cstdlib>
 #include <memory>
 
-#include "util/ConfigPath.h"
-#include "util/UrlEncode.h"
-#include "util/VisibleText.h"
-
 using namespace quorbel;
 
 TEST(StringRoutines, TrimsBothEndsInPlace) {

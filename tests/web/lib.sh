@@ -12,6 +12,8 @@ hostile=(
     OPENSSL_CONF=/none LD_LIBRARY_PATH=/none LD_BIND_NOW=1
 )
 
+form=cgi # or resident: how the web servers reach the program
+
 groups=() # process groups, each a server with the programs that it runs
 
 # in_background LOG COMMAND...: in a process group of its own; sets group.
@@ -61,6 +63,15 @@ fill() {
     web_config "$1" "$2" "$3" "$4" "$work/server.pem" "$user" | sed 's|#tls ||'
 }
 
+# run_resident SITE: the resident program, where the web servers' configurations look for it.
+run_resident() {
+    local as=()
+    if ((EUID == 0)); then as=(setpriv --reuid "$owner" --regid "$owner" --clear-groups); fi
+    install -d ${as_owner[1]:+-o "$owner"} "$1/run/quorbel"
+    in_background "$1/web-logs/soapd" env -i "${as[@]}" "$1/bin/quorbel-soapd" --site "$1" --socket "$1/run/quorbel/soapd.sock"
+    wait_for test -S "$1/run/quorbel/soapd.sock"
+}
+
 # run_NAME SITE: starts a server as its file in deploy/ says, with the configuration SITE/NAME.conf.
 run_lighttpd() {
     in_background "$1/web-logs/stderr" env -i PATH=/usr/sbin:/usr/bin:/bin lighttpd -D -f "$1/lighttpd.conf"
@@ -69,10 +80,14 @@ run_apache() {
     in_background "$1/web-logs/stderr" env -i PATH=/usr/sbin:/usr/bin:/bin apache2 -D FOREGROUND -f "$1/apache.conf"
 }
 run_nginx() {
+    [[ $form == resident ]] || run_fcgiwrap "$1"
+    in_background "$1/web-logs/stderr" nginx -e "$1/web-logs/nginx.log" -c "$1/nginx.conf" -g 'daemon off;'
+}
+
+run_fcgiwrap() {
     fill quorbel-fcgiwrap "$1" - - >"$1/quorbel-fcgiwrap"
     in_background "$1/web-logs/stderr" sh "$1/quorbel-fcgiwrap"
     wait_for test -S "$1/run/quorbel-fcgiwrap.sock"
-    in_background "$1/web-logs/stderr" nginx -e "$1/web-logs/nginx.log" -c "$1/nginx.conf" -g 'daemon off;'
 }
 
 set_urls() {
@@ -90,7 +105,7 @@ start_web_server() {
     for tries in 1 2 3; do
         port=$(free_port) tls_port=$(free_port)
         set_urls "$port" "$tls_port"
-        fill "$1.conf" "$2" "$port" "$tls_port" >"$2/$1.conf"
+        fill "$1.conf" "$2" "$port" "$tls_port" | sed "s/#$form //; /snippets/s/-cgi/-$form/" >"$2/$1.conf"
         if (($# > 2)); then sed -i "$3" "$2/$1.conf" "$2"/snippets/*; fi
         if try_web_server "$1" "$2"; then return 0; fi
         stop_groups "$others"
@@ -100,6 +115,7 @@ start_web_server() {
 }
 
 try_web_server() {
+    if [[ $form == resident ]]; then run_resident "$2"; fi
     "run_$1" "$2"
     wait_for answers_or_ended && answers && kill -0 "$group" 2>/dev/null
 }

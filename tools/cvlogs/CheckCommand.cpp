@@ -30,7 +30,7 @@ std::string WithSize(const std::string& path) {
     return path + (failed ? "" : " (" + std::to_string(size) + " bytes)");
 }
 
-void AddFile(const LogDestination& file, Rows& rows) {
+void AddFile(const WriterDescription& file, Rows& rows) {
     rows.emplace_back("file", WithSize(file.path));
     if (file.perProcessFile) rows.emplace_back("", "entries go to MODULE.txt beside it");
     rows.emplace_back("archives", std::to_string(file.archive.files) + ", one at every " +
@@ -39,10 +39,10 @@ void AddFile(const LogDestination& file, Rows& rows) {
 
 Rows Describe(const ModuleLog& log) {
     Rows rows = {{"writer", log.writer},
-                 {"level", std::string(EventLevelName(static_cast<unsigned>(log.level)))}};
-    const LogDestination& destination = log.destination;
-    if (destination.kind == LogDestination::Kind::File) AddFile(destination, rows);
-    if (destination.kind == LogDestination::Kind::Database) {
+                 {"level", std::string(LogLevelName(static_cast<unsigned>(log.level)))}};
+    const WriterDescription& destination = log.destination;
+    if (destination.kind == WriterDescription::Kind::File) AddFile(destination, rows);
+    if (destination.kind == WriterDescription::Kind::Database) {
         rows.emplace_back("database", WithSize(destination.path));
     }
     rows.emplace_back("ready", destination.notReady.empty() ? "yes" : "no: " + destination.notReady);

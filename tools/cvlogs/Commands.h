@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "syslib/EventLevel.h"
+#include "syslib/LogLevel.h"
 #include "tools/cvlogs/DatabaseChoice.h"
 #include "tools/cvlogs/EntryOutput.h"
 
@@ -15,7 +15,7 @@ namespace quorbel {
 struct EntryChoice {
     DatabaseChoice database;
     std::string module;
-    EventLevel level = EventLevel::None;
+    LogLevel level = LogLevel::None;
     LogFilter filter;
     bool asJson = false;
     bool asTsv = false;
@@ -32,7 +32,7 @@ void CheckConfiguration(const std::string& configDirectory);
 struct WriteChoice {
     std::string configDirectory;
     std::string module;
-    EventLevel level = EventLevel::None;
+    LogLevel level = LogLevel::None;
     std::string text;
     bool byWorker = false;
 };

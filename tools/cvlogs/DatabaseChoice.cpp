@@ -8,7 +8,7 @@
 #include <stdexcept>
 
 #include "CVException.h"
-#include "cvdblib/sqlite3/src/DatabaseFile.h"
+#include "cvdblib/sqlite3/src/CVSQLite3Database.h"
 #include "syslib/CVDBProcessorFatalException.h"
 #include "syslib/CVLogSQLiteProcessor.h"
 #include "tools/cvlogs/LogConfig.h"
@@ -25,14 +25,14 @@ std::string Listed(const Names& names) {
     return list;
 }
 
-bool NamesDatabase(const LogDestination& destination) {
-    return destination.kind == LogDestination::Kind::Database && !destination.path.empty();
+bool NamesDatabase(const WriterDescription& destination) {
+    return destination.kind == WriterDescription::Kind::Database && !destination.path.empty();
 }
 
 std::set<std::string> ConfiguredDatabases(LogConfig& config) {
     std::set<std::string> paths;
     for (const auto& module : config.Modules()) {
-        const LogDestination destination = config.Find(module).destination;
+        const WriterDescription destination = config.Find(module).destination;
         if (NamesDatabase(destination)) paths.insert(destination.path);
     }
     return paths;
@@ -80,7 +80,7 @@ std::string DatabaseOf(const DatabaseChoice& choice, const std::string& module) 
     if (!choice.file.empty()) return choice.file;
     LogConfig config(choice.configDirectory);
     const ModuleLog log = config.Find(module);
-    const LogDestination& destination = log.destination;
+    const WriterDescription& destination = log.destination;
     if (NamesDatabase(destination)) return destination.path;
     throw std::runtime_error("[" + module + "] of " + config.Path() +
                              " logs to no database (writer=" + log.writer + ")");

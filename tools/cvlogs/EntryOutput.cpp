@@ -5,8 +5,8 @@
 #include <iterator>
 #include <vector>
 
-#include "cvdblib/sqlite3/src/CVDBiResultSet.h"
-#include "syslib/EventLevel.h"
+#include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
+#include "syslib/LogLevel.h"
 #include "tools/operator/Output.h"
 #include "tools/operator/Text.h"
 
@@ -84,7 +84,7 @@ std::string EntryRow::Text(std::string_view column) const {
 }
 
 std::string EntryRow::LevelTag() const {
-    return std::string(EventLevelTag(static_cast<unsigned>(std::atoi(Text("level").c_str()))));
+    return std::string(LogLevelTag(static_cast<unsigned>(std::atoi(Text("level").c_str()))));
 }
 
 std::string EntryRow::Message() const {

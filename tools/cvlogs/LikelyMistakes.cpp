@@ -6,10 +6,10 @@
 #include <iterator>
 
 #include "syslib/CVsysEventLogModNames.h"
-#include "syslib/EventLevel.h"
 #include "syslib/IniReaderWriter.h"
-#include "syslib/LogConfiguration.h"
-#include "tools/cvlogs/LogDestination.h"
+#include "syslib/LogLevel.h"
+#include "syslib/LogSettings.h"
+#include "syslib/LogWriters.h"
 #include "util/StringRoutines.h"
 
 namespace quorbel {
@@ -29,7 +29,7 @@ bool Lists(const List& list, std::string_view name) {
 }
 
 bool NamesNoLevel(const std::string& value) {
-    return ParseEventLevel(value, UnknownLevel::None) == EventLevel::None;
+    return ParseLogLevel(value, UnknownLevel::None) == LogLevel::None;
 }
 
 bool NamesNoWriter(const std::string& value) {

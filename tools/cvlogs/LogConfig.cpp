@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "CVException.h"
-#include "syslib/LogConfigFile.h"
-#include "syslib/LogLocations.h"
+#include "syslib/LogPaths.h"
+#include "syslib/LogSettings.h"
 #include "util/SpoolDirectories.h"
 #include "util/StringRoutines.h"
 
@@ -19,7 +19,7 @@ std::string UseLogDirectory(const std::string& configDirectory) {
     } catch (const CVioException& failure) {
         return failure.GetIoPath() + ": " + failure.GetSystemMessage();
     }
-    SetDefaultLogLocation(DirectoryOf(directories, DirectorySlot::Log));
+    SetDefaultLogPath(DirectoryOf(directories, DirectorySlot::Log));
     return {};
 }
 
@@ -52,10 +52,10 @@ ModuleLog LogConfig::Find(const std::string& module) {
     }
     const LogSettings own = ReadLogSettings(ini_, header, DefaultLogPath(LogFileName(module), directory_));
     const bool shared = EqualNoCase(own.writer, "common") || EqualNoCase(module, "common");
-    return {module, own.writer, own.level, FindLogDestination(shared ? SharedWriter() : own)};
+    return {module, own.writer, own.level, DescribeLogWriter(shared ? SharedSettings() : own, module)};
 }
 
-LogSettings LogConfig::SharedWriter() {
+LogSettings LogConfig::SharedSettings() {
     const std::string file = DefaultLogPath("common_logs.txt", directory_);
     if (ini_.FindSection("[common]") != ini_.NoSection()) return ReadLogSettings(ini_, "[common]", file);
     // The first program that needs the section adds it.

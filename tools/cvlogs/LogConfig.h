@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "syslib/EventLevel.h"
 #include "syslib/IniReaderWriter.h"
-#include "tools/cvlogs/LogDestination.h"
+#include "syslib/LogLevel.h"
+#include "syslib/LogWriters.h"
 
 namespace quorbel {
 
@@ -17,8 +17,8 @@ std::string UseLogDirectory(const std::string& configDirectory);
 struct ModuleLog {
     std::string module;
     std::string writer;  ///< the word in the file
-    EventLevel level;    ///< entries below it are not written
-    LogDestination destination;
+    LogLevel level;      ///< entries below it are not written
+    WriterDescription destination;
 };
 
 /// A site's `cvlogs.ini` as its programs find it. Reads the file once and changes nothing: where a program
@@ -38,7 +38,7 @@ public:
     ModuleLog Find(const std::string& module);
 
 private:
-    LogSettings SharedWriter();
+    LogSettings SharedSettings();
 
     const std::string directory_;
     const std::string path_;

@@ -1,7 +1,7 @@
 #include <stdexcept>
 #include <vector>
 
-#include "cvdblib/sqlite3/src/CVDBiResultSet.h"
+#include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
 #include "tools/cvlogs/Commands.h"
 
 namespace quorbel {
@@ -9,10 +9,10 @@ namespace quorbel {
 namespace {
 
 // None stands for no wish at all.
-std::vector<int> LevelsFrom(EventLevel lowest) {
+std::vector<int> LevelsFrom(LogLevel lowest) {
     std::vector<int> levels;
-    if (lowest == EventLevel::None) return levels;
-    for (int level = static_cast<int>(lowest); level <= static_cast<int>(EventLevel::Fatal); ++level) {
+    if (lowest == LogLevel::None) return levels;
+    for (int level = static_cast<int>(lowest); level <= static_cast<int>(LogLevel::Fatal); ++level) {
         levels.push_back(level);
     }
     return levels;

@@ -15,13 +15,13 @@ namespace {
 using Operation = int (CVLogInterface::*)(const char* context, const char* format, ...);
 
 constexpr struct {
-    EventLevel level;
+    LogLevel level;
     Operation operation;
 } kOperations[] = {
-    {EventLevel::Trace, &CVLogInterface::Trace}, {EventLevel::Debug, &CVLogInterface::Debug},
-    {EventLevel::Info, &CVLogInterface::Info},   {EventLevel::Warn, &CVLogInterface::Warn},
-    {EventLevel::Error, &CVLogInterface::Error}, {EventLevel::Critical, &CVLogInterface::Critical},
-    {EventLevel::Fatal, &CVLogInterface::Fatal},
+    {LogLevel::Trace, &CVLogInterface::Trace}, {LogLevel::Debug, &CVLogInterface::Debug},
+    {LogLevel::Info, &CVLogInterface::Info},   {LogLevel::Warn, &CVLogInterface::Warn},
+    {LogLevel::Error, &CVLogInterface::Error}, {LogLevel::Critical, &CVLogInterface::Critical},
+    {LogLevel::Fatal, &CVLogInterface::Fatal},
 };
 
 bool WriteAtLevel(CVsysEventLogInterface& log, const WriteChoice& choice) {
@@ -37,8 +37,7 @@ bool WriteAtLevel(CVsysEventLogInterface& log, const WriteChoice& choice) {
     const std::string& cause = configured.destination.notReady;
     if (log != nullptr && log->IsReady() && choice.level < log->Threshold()) {
         throw std::runtime_error("not written: [" + choice.module + "] takes entries from level " +
-                                 std::string(EventLevelName(static_cast<unsigned>(log->Threshold()))) +
-                                 " on");
+                                 std::string(LogLevelName(static_cast<unsigned>(log->Threshold()))) + " on");
     }
     throw std::runtime_error("not written: " + (cause.empty() ? "see the system log" : cause));
 }

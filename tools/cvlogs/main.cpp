@@ -17,10 +17,10 @@ Options operator+(Options options, const Options& more) {
     return options;
 }
 
-Option LevelOption(EventLevel& level, const std::string& help) {
+Option LevelOption(LogLevel& level, const std::string& help) {
     const auto parse = [&level](const std::string& text) {
-        level = ParseEventLevel(text, UnknownLevel::None);
-        if (level == EventLevel::None) throw UsageError("--level: \"" + text + "\" names no level");
+        level = ParseLogLevel(text, UnknownLevel::None);
+        if (level == LogLevel::None) throw UsageError("--level: \"" + text + "\" names no level");
     };
     return {"--level", "LEVEL", help + ": trace, debug, info, warn, error, critical or fatal", parse};
 }

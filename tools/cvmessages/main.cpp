@@ -8,7 +8,7 @@
 
 #include "CVException.h"
 #include "cvdblib/sqlite3/src/CVMessageManager.h"
-#include "cvdblib/sqlite3/src/DatabaseFile.h"
+#include "cvdblib/sqlite3/src/CVSQLite3Database.h"
 #include "tools/cvmessages/ConstantsFault.h"
 #include "tools/operator/CommandLine.h"
 #include "tools/operator/Output.h"

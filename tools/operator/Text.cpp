@@ -6,7 +6,6 @@
 #include <utf8.h>
 
 #include "util/StringRoutines.h"
-#include "util/VisibleText.h"
 
 namespace quorbel {
 

@@ -43,6 +43,7 @@ HttpPost Read(const httplib::Request& request, const httplib::ContentReader& rea
                      .parts = {},
                      .contentType = request.get_header_value("Content-Type"),
                      .userAgent = request.get_header_value("User-Agent"),
+                     .authorization = request.get_header_value("Authorization"),
                      .version = request.version,
                      .expects = request.has_header("Expect")};
     if (request.is_multipart_form_data()) {

@@ -21,6 +21,7 @@ struct HttpPost {
     std::vector<HttpPart> parts;  ///< of a multipart form
     std::string contentType;
     std::string userAgent;
+    std::string authorization;
     std::string version;
     bool expects = false;  ///< carried an Expect header
 };

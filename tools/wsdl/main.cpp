@@ -1,21 +1,32 @@
-// wsdl-writer FILE: writes the service description into FILE.
+// wsdl-writer DESCRIPTION PAGE DOCUMENTATION: writes the service description, the page for browsers and the page without
+// forms into the three files.
 
 #include <cstdio>
 #include <fstream>
 
 #include "tools/wsdl/ServiceDescription.h"
+#include "tools/wsdl/ServicePage.h"
 
 using namespace quorbel;
 
+namespace {
+
+bool WriteFile(const char* path, const std::string& text) {
+    std::ofstream file(path, std::ios::binary);
+    if ((file << text).flush()) return true;
+    std::fprintf(stderr, "wsdl-writer: cannot write %s\n", path);
+    return false;
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: wsdl-writer FILE\n");
+    if (argc != 4) {
+        std::fprintf(stderr, "usage: wsdl-writer DESCRIPTION PAGE DOCUMENTATION\n");
         return 2;
     }
-    std::ofstream file(argv[1], std::ios::binary);
-    if (!(file << ServiceDescription()).flush()) {
-        std::fprintf(stderr, "wsdl-writer: cannot write %s\n", argv[1]);
-        return 1;
-    }
-    return 0;
+    const bool written = WriteFile(argv[1], ServiceDescription()) &&
+                         WriteFile(argv[2], ServicePage(PageForms::With)) &&
+                         WriteFile(argv[3], ServicePage(PageForms::Without));
+    return written ? 0 : 1;
 }

@@ -1,14 +1,12 @@
 #include "cvdblib/sqlite3/src/CVMessageManager.h"
 
-#include <sys/stat.h>
-
 #include <cstdlib>
+#include <filesystem>
 #include <stdexcept>
 
 #include "CVioFile.h"
 #include "cvdblib/sqlite3/src/CVDBexception.h"
 #include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
-#include "cvdblib/sqlite3/src/DatabaseFile.h"
 
 using namespace quorbel;
 
@@ -23,8 +21,8 @@ std::string PathIn(const std::string& directory) {
 }
 
 bool Exists(const std::string& path) {
-    struct stat status {};
-    return stat(path.c_str(), &status) == 0;
+    std::error_code failure;
+    return std::filesystem::exists(path, failure);
 }
 
 /// A file held open under a read lock.
@@ -67,6 +65,11 @@ std::string CVMessageManager::GetDBFilePath(const std::string& directory) {
 
 void CVMessageManager::PreferDirectory(const std::string& directory) {
     if (!directory.empty() && Exists(PathIn(directory))) GetDBFilePath(directory);
+}
+
+void CVMessageManager::Release() {
+    m_pMsgManager.reset();
+    m_strDBFilePath.clear();
 }
 
 CVMessageManager::CVMessageManager(const std::string& path) : database_(path, m_tableDesc) {

@@ -21,6 +21,9 @@ public:
     /// Decides for `directory` if a catalogue lies there and nothing was decided before.
     static void PreferDirectory(const std::string& directory);
 
+    /// Closes the catalogue, if it is open, and forgets where it lies: the next call decides anew.
+    static void Release();
+
     /// Creates the database and its table when they are missing. Throws CVDBexception, and std::exception
     /// when the database does not become ready.
     static CVMessageManager& GetInstance(const std::string& directory = {});
@@ -38,8 +41,6 @@ public:
     static std::vector<quorbel::MessageConstant> GetMessages();
 
 private:
-    friend struct MessageCatalogueOfTest;
-
     explicit CVMessageManager(const std::string& path);
 
     void Replace(CVioFile& constants);

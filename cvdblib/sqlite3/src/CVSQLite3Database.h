@@ -8,13 +8,13 @@
 #include <string_view>
 
 class CVSQLite3ResultSet;
-struct sqlite3;
 struct sqlite3_context;
 struct sqlite3_value;
 
 namespace quorbel {
 
-class PreparedStatement;
+class SqliteConnection;
+struct SqliteError;
 
 /// A table's name and its column list, both as they go into CREATE TABLE.
 struct TableDescription {
@@ -34,6 +34,17 @@ inline constexpr TransactionRetry kTryForMinutes{true, 4000, std::chrono::millis
 
 enum class TransactionKind { Immediate, Exclusive };
 
+// These look at a database file without opening it: closing a second descriptor would drop SQLite's locks on
+// it. SQLite answers an unusable path with a code that counts as busy, so that CVSQLite3Database tries it for
+// 25 s; callers that cannot wait ask here first.
+
+/// Whether `path` is a regular file that this process may read.
+bool IsReadableDatabase(const std::string& path);
+
+/// Whether SQLite could write a database at `path`: the directory takes new files (the journals lie beside
+/// the database), and what is there already is a regular file that may be read and written.
+bool IsWritableDatabase(const std::string& path);
+
 }  // namespace quorbel
 
 /// One connection to one database file, and the program's only door to SQLite.
@@ -44,7 +55,7 @@ enum class TransactionKind { Immediate, Exclusive };
 /// it reopened the database afterwards. SQL text is taken as it is: double the quotes of what comes from
 /// outside with DoubleQuotes.
 ///
-/// A hopeless path costs 25 s in the constructor and in Open, see DatabaseFile.h.
+/// A path that cannot be opened takes the constructor and Open 25 s, see IsReadableDatabase.
 class CVSQLite3Database {
 public:
     using Sleep = std::function<void(std::chrono::milliseconds)>;
@@ -57,7 +68,7 @@ public:
     /// processes that find it missing one creates it, and none empties it again.
     CVSQLite3Database(std::string path, const quorbel::TableDescription& table, Sleep sleep = {});
     /// Closes without waiting; a transaction in progress is rolled back.
-    ~CVSQLite3Database() = default;
+    ~CVSQLite3Database();
 
     CVSQLite3Database(const CVSQLite3Database&) = delete;
     CVSQLite3Database& operator=(const CVSQLite3Database&) = delete;
@@ -116,8 +127,11 @@ public:
     bool SimpleBegin();
     bool SimpleCommit();
 
-    int GetLastErrorCode() const { return lastError_.code; }
-    const std::string& GetLastErrorMessage() const { return lastError_.text; }
+    int GetLastErrorCode() const;
+    const std::string& GetLastErrorMessage() const;
+
+    /// For PreparedStatement.
+    quorbel::SqliteConnection& Connection() { return *connection_; }
 
     /// For a text that stands between single quotes in SQL.
     static std::string DoubleQuotes(std::string_view text);
@@ -125,43 +139,28 @@ public:
     static void ReplaceQuotes(char* buffer);
 
 private:
-    friend class quorbel::PreparedStatement;
-
     enum class Statement { BeginImmediate, BeginExclusive, Commit, Rollback };
-    struct LastError {
-        int code = 0;
-        std::string text;
-    };
-    struct CloseConnection {
-        void operator()(sqlite3* connection) const noexcept;
-    };
 
-    [[noreturn]] void Fail(int line, std::string message) const;
-    void ClearError() { lastError_ = {}; }
-    void NoteError(int code);
-    bool CanRunStatements() const { return handle_ != nullptr && ready_; }
+    /// Every public operation begins here.
+    void ForgetError();
+    bool CanRunStatements() const;
 
-    bool RetryWhileBusy(int (CVSQLite3Database::*attempt)());
-    int TryOpen();
-    int TryClose();
+    bool RetryWhileBusy(int (quorbel::SqliteConnection::*attempt)());
     bool Probe();
 
     void Update(int line, const std::string& sql, int* returnedRows);
-    bool GetTable(const std::string& sql, CVSQLite3ResultSet& result);
     bool CreateMissing(const quorbel::TableDescription& table);
 
     static bool Begins(Statement statement);
     bool RunTransactionStatement(Statement statement, const std::string& name,
                                  const quorbel::TransactionRetry& retry);
     bool RepeatWhileBusy(Statement statement, const std::string& sql, const quorbel::TransactionRetry& retry);
-    void ReopenAfter(LastError error);
+    void ReopenAfter(const quorbel::SqliteError& error);
     void RollBackKeepingError(const quorbel::TransactionRetry& retry);
 
-    std::string path_;
+    std::unique_ptr<quorbel::SqliteConnection> connection_;
     Sleep sleep_;
-    std::unique_ptr<sqlite3, CloseConnection> handle_;  // null while closed
     bool ready_ = false;
     bool inTransaction_ = false;
     bool exclusiveUse_ = false;
-    LastError lastError_;
 };

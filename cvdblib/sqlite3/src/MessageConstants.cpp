@@ -1,8 +1,6 @@
 #include "cvdblib/sqlite3/src/MessageConstants.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <limits>
 #include <stdexcept>
 
 #include "CVioFile.h"
@@ -27,12 +25,6 @@ std::string CutWord(std::string_view& rest) {
     return word;
 }
 
-std::int32_t ToIdentifier(const std::string& number) {
-    using Limits = std::numeric_limits<std::int32_t>;
-    const long value = std::strtol(number.c_str(), nullptr, 10);
-    return static_cast<std::int32_t>(std::clamp<long>(value, Limits::min(), Limits::max()));
-}
-
 std::string_view WithoutDelimiters(std::string_view comment) {
     if (comment.size() == 1) throw std::out_of_range("Message comment is too short");
     // Shorter than both delimiters, as in "/*/", the two would overlap.
@@ -47,7 +39,7 @@ std::optional<MessageConstant> ParseMessageConstant(std::string_view line) {
     if (!trimmed.starts_with(kDirective)) return std::nullopt;
     std::string_view rest = std::string_view(trimmed).substr(kDirective.size());
     CutWord(rest);  // the constant's name
-    const std::int32_t id = ToIdentifier(CutWord(rest));
+    const std::int32_t id = LeadingNumber(CutWord(rest).c_str());
     if (id == 0) return std::nullopt;
     const std::string comment = Trim(rest);
     const std::string_view text = WithoutDelimiters(comment);

@@ -2,55 +2,55 @@
 
 #include <sqlite3.h>
 
+#include "NoCancellation.h"
 #include "cvdblib/sqlite3/src/CVSQLite3Database.h"
+#include "cvdblib/sqlite3/src/SqliteConnection.h"
 
 namespace quorbel {
 
-void PreparedStatement::Finalize::operator()(sqlite3_stmt* statement) const noexcept {
-    sqlite3_finalize(statement);
-}
+struct PreparedStatement::State {
+    SqliteConnection& connection;
+    std::string sql;
+    SqliteConnection::Statement statement;
+};
 
 PreparedStatement::PreparedStatement(CVSQLite3Database& database, const std::string& sql)
-    : database_(database), sql_(sql) {
-    database_.ClearError();
-    if (!database_.CanRunStatements()) {
-        database_.lastError_ = {SQLITE_MISUSE, "database is not open"};
-        database_.Fail(__LINE__, "Unable to prepare query [" + sql_ + "].");
+    : state_(new State{database.Connection(), sql, nullptr}) {
+    if (!database.IsReady()) {  // which forgets the last error, too
+        state_->connection.SetError({SQLITE_MISUSE, "database is not open"});
+        state_->connection.Fail(__LINE__, "Unable to prepare query [" + sql + "].");
     }
-    sqlite3_stmt* statement = nullptr;
-    const int code = sqlite3_prepare_v2(database_.handle_.get(), sql.c_str(), -1, &statement, nullptr);
-    statement_.reset(statement);
-    Check(code == SQLITE_OK, code, __LINE__, "prepare");
+    Check(state_->connection.Prepare(sql, state_->statement), __LINE__, "prepare");
 }
 
-void PreparedStatement::Check(bool succeeded, int code, int line, const char* step) {
-    if (succeeded) return;
-    database_.NoteError(code);
-    database_.Fail(line, std::string("Unable to ") + step + " query [" + sql_ + "].");
+PreparedStatement::~PreparedStatement() = default;
+
+void PreparedStatement::Check(int code, int line, const char* step) {
+    if (code == SQLITE_OK || code == SQLITE_DONE || code == SQLITE_ROW) return;
+    state_->connection.Fail(line, std::string("Unable to ") + step + " query [" + state_->sql + "].");
 }
 
 PreparedStatement& PreparedStatement::BindText(int position, const std::string& text) {
-    const int code = sqlite3_bind_text(statement_.get(), position, text.c_str(), -1, SQLITE_TRANSIENT);
-    Check(code == SQLITE_OK, code, __LINE__, "bind");
+    const int code = sqlite3_bind_text(state_->statement.get(), position, text.c_str(), -1, SQLITE_TRANSIENT);
+    Check(state_->connection.Note(code), __LINE__, "bind");
     return *this;
 }
 
 PreparedStatement& PreparedStatement::BindInt(int position, int value) {
-    const int code = sqlite3_bind_int(statement_.get(), position, value);
-    Check(code == SQLITE_OK, code, __LINE__, "bind");
-    return *this;
+    return BindInt64(position, value);
 }
 
 PreparedStatement& PreparedStatement::BindInt64(int position, std::int64_t value) {
-    const int code = sqlite3_bind_int64(statement_.get(), position, value);
-    Check(code == SQLITE_OK, code, __LINE__, "bind");
+    const int code = sqlite3_bind_int64(state_->statement.get(), position, value);
+    Check(state_->connection.Note(code), __LINE__, "bind");
     return *this;
 }
 
 void PreparedStatement::Run() {
-    database_.ClearError();
-    const int code = sqlite3_step(statement_.get());
-    Check(code == SQLITE_DONE || code == SQLITE_ROW, code, __LINE__, "run");
+    const NoCancellation shield;
+    state_->connection.SetError({});
+    const int code = sqlite3_step(state_->statement.get());
+    Check(state_->connection.Note(code), __LINE__, "run");
 }
 
 }  // namespace quorbel

@@ -5,7 +5,6 @@
 #include <string>
 
 class CVSQLite3Database;
-struct sqlite3_stmt;
 
 namespace quorbel {
 
@@ -16,7 +15,7 @@ namespace quorbel {
 class PreparedStatement {
 public:
     PreparedStatement(CVSQLite3Database& database, const std::string& sql);
-    ~PreparedStatement() = default;
+    ~PreparedStatement();
 
     PreparedStatement(const PreparedStatement&) = delete;
     PreparedStatement& operator=(const PreparedStatement&) = delete;
@@ -30,15 +29,11 @@ public:
     void Run();
 
 private:
-    struct Finalize {
-        void operator()(sqlite3_stmt* statement) const noexcept;
-    };
+    struct State;
 
-    void Check(bool succeeded, int code, int line, const char* step);
+    void Check(int code, int line, const char* step);
 
-    CVSQLite3Database& database_;
-    std::string sql_;
-    std::unique_ptr<sqlite3_stmt, Finalize> statement_;
+    std::unique_ptr<State> state_;
 };
 
 }  // namespace quorbel

@@ -1,0 +1,111 @@
+#include "cvdblib/sqlite3/src/SqliteConnection.h"
+
+#include <sqlite3.h>
+
+#include <utility>
+
+#include "NoCancellation.h"
+#include "cvdblib/sqlite3/src/CVDBexception.h"
+#include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
+
+namespace quorbel {
+
+void SqliteConnection::Fail(int line, std::string message) const {
+    throw CVDBexception(error_.code, "CVSQLite3Database", line, std::move(message), error_.text);
+}
+
+int SqliteConnection::Note(int code) {
+    if (code != SQLITE_OK && code != SQLITE_ROW && code != SQLITE_DONE) {
+        error_ = {code, handle_ != nullptr ? sqlite3_errmsg(handle_.get()) : sqlite3_errstr(code)};
+    }
+    return code;
+}
+
+int SqliteConnection::NoteText(int code, char* text) {
+    if (code != SQLITE_OK) error_ = {code, text != nullptr ? text : sqlite3_errstr(code)};
+    sqlite3_free(text);
+    return code;
+}
+
+int SqliteConnection::Open() {
+    const NoCancellation shield;
+    sqlite3* handle = nullptr;
+    const int code = sqlite3_open(path_.c_str(), &handle);
+    handle_.reset(handle);  // a failed open hands out a connection too, which knows the error's text
+    Note(code);
+    if (code == SQLITE_OK) {
+        sqlite3_extended_result_codes(handle, 1);
+    } else {
+        handle_.reset();
+    }
+    return code;
+}
+
+int SqliteConnection::Close() {
+    const NoCancellation shield;
+    const int code = Note(sqlite3_close(handle_.get()));
+    if (code == SQLITE_OK) static_cast<void>(handle_.release());
+    return code;
+}
+
+void SqliteConnection::CloseHandle::operator()(sqlite3* handle) const noexcept {
+    const NoCancellation shield;
+    sqlite3_close_v2(handle);
+}
+
+void SqliteConnection::SetBusyTimeout(int milliseconds) {
+    sqlite3_busy_timeout(handle_.get(), milliseconds);
+}
+
+bool SqliteConnection::IsAutoCommit() const {
+    return sqlite3_get_autocommit(handle_.get()) != 0;
+}
+
+int SqliteConnection::AddFunction(const std::string& name,
+                                  void (*function)(sqlite3_context*, int, sqlite3_value**), int argumentCount,
+                                  int encoding) {
+    const NoCancellation shield;
+    return Note(sqlite3_create_function(handle_.get(), name.c_str(), argumentCount, encoding, nullptr,
+                                        function, nullptr, nullptr));
+}
+
+int SqliteConnection::Execute(const std::string& sql, RowCallback onRow, void* argument) {
+    const NoCancellation shield;
+    char* text = nullptr;
+    const int code = sqlite3_exec(handle_.get(), sql.c_str(), onRow, argument, &text);
+    return NoteText(code, text);
+}
+
+int SqliteConnection::Select(const std::string& sql, CVSQLite3ResultSet& result) {
+    const NoCancellation shield;
+    char** table = nullptr;
+    char* text = nullptr;
+    int rows = 0;
+    int columns = 0;
+    const int code = sqlite3_get_table(handle_.get(), sql.c_str(), &table, &rows, &columns, &text);
+    if (code == SQLITE_OK) result.TakeTable(table, rows, columns);
+    return NoteText(code, text);
+}
+
+int SqliteConnection::ChangedRows() const {
+    return sqlite3_changes(handle_.get());
+}
+
+std::int64_t SqliteConnection::LastRowId() const {
+    return sqlite3_last_insert_rowid(handle_.get());
+}
+
+int SqliteConnection::Prepare(const std::string& sql, Statement& statement) {
+    const NoCancellation shield;
+    sqlite3_stmt* prepared = nullptr;
+    const int code = Note(sqlite3_prepare_v2(handle_.get(), sql.c_str(), -1, &prepared, nullptr));
+    statement.reset(prepared);
+    return code;
+}
+
+void SqliteConnection::Finalize::operator()(sqlite3_stmt* statement) const noexcept {
+    const NoCancellation shield;
+    sqlite3_finalize(statement);
+}
+
+}  // namespace quorbel

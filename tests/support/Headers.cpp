@@ -1,0 +1,1 @@
+// Nothing: CMake wants a source file in the target that precompiles the test library's headers.

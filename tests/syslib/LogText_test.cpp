@@ -1,0 +1,84 @@
+#include "syslib/LogText.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+using namespace quorbel;
+
+namespace {
+
+// Formats on purpose that the compiler would warn of: they reach the log at run time.
+std::string Build(const char* context, const char* format, int systemError, ...) {
+    va_list arguments;
+    va_start(arguments, systemError);
+    std::string message = BuildLogMessage(context, format, systemError, arguments);
+    va_end(arguments);
+    return message;
+}
+
+const std::string kNoEntry = std::strerror(ENOENT);
+
+}  // namespace
+
+TEST(LogText, JoinsContextMessageAndSystemError) {
+    EXPECT_EQ(Build("Send", "id=%d", kNoSystemError, 7), "Send id=7");
+    EXPECT_EQ(Build(nullptr, "id=%d", kNoSystemError, 7), "id=7");
+    EXPECT_EQ(Build("", "id=%d", kNoSystemError, 7), "id=7") << "an empty context leaves no blank";
+    EXPECT_EQ(Build("Send", "id=%d", ENOENT, 7), "Send id=7 [System Library Error] " + kNoEntry);
+    EXPECT_EQ(Build("", "id=%d", ENOENT, 7), "id=7 [System Library Error] " + kNoEntry);
+}
+
+TEST(LogText, TakesPercentSignsOfTheContextAsText) {
+    EXPECT_EQ(Build("100%n", "done %s", kNoSystemError, "%s%n"), "100%n done %s%n");
+}
+
+TEST(LogText, CutsTheExpandedMessageAt2047) {
+    const std::string body(3000, 'b');
+    EXPECT_EQ(Build(nullptr, "%s\n", kNoSystemError, body.c_str()), body.substr(0, 2047));
+}
+
+TEST(LogText, DropsAConversionThatTheFormatLimitCutsInTwo) {
+    const struct {
+        std::string format;
+        std::string message;
+    } cases[] = {
+        {std::string(2046, 'f') + "%d", std::string(2046, 'f')},
+        {std::string(2044, 'f') + "%-5ld", std::string(2044, 'f')},
+        {std::string(2045, 'f') + "%d", std::string(2045, 'f') + "7"},
+        {std::string(2046, 'f') + "%%", std::string(2046, 'f')},
+        {"%d" + std::string(2046, 'f') + "%d", "7" + std::string(2045, 'f')},
+    };
+    for (const auto& c : cases) EXPECT_EQ(Build(nullptr, c.format.c_str(), kNoSystemError, 7), c.message);
+}
+
+TEST(LogText, TakesAFormatThatCannotBeExpandedAsText) {
+    EXPECT_EQ(Build("Load", "at 50%", kNoSystemError), "Load at 50%");
+}
+
+TEST(LogText, ShowsTheKernelsThreadId) {
+    EXPECT_EQ(WithThreadId("started"), "[TID:" + std::to_string(gettid()) + "] started");
+}
+
+TEST(LogText, WritesTheMonthFirst) {
+    std::tm local{};
+    local.tm_year = 2024 - 1900;
+    local.tm_mon = 1;
+    local.tm_mday = 1;
+    local.tm_hour = 9;
+    local.tm_min = 5;
+    local.tm_sec = 3;
+    local.tm_isdst = -1;
+    const std::time_t seconds = std::mktime(&local);
+
+    std::string text;
+    EXPECT_EQ(FormatLogTime(seconds, &text), seconds);
+    EXPECT_EQ(text, "02/01/2024 09:05:03");
+}
+
+TEST(LogText, TakesZeroForNow) {
+    const std::time_t before = std::time(nullptr);
+    EXPECT_GE(FormatLogTime(0), before);
+}

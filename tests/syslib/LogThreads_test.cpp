@@ -1,0 +1,101 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <map>
+#include <set>
+#include <sstream>
+#include <thread>
+
+#include "syslib/CVsysEventLogInterface.h"
+#include "tests/support/TempDir.h"
+
+using namespace quorbel;
+
+namespace {
+
+constexpr int kThreads = 4;
+constexpr int kEntries = 50;
+
+void RunThreads(const std::function<void(int thread)>& body) {
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < kThreads; ++thread) threads.emplace_back(body, thread);
+    for (auto& thread : threads) thread.join();
+}
+
+void WriteConfig(const TempDir& dir, const std::string& module) {
+    dir.Write("cvlogs.ini", "[" + module + "]\nfilePath=" + dir.Path() +
+                                "/l.txt\nbytesPerFiles=2000\nnumFiles=100\nautoAppend=1\n");
+}
+
+// The message of each line, in the order of the files.
+std::vector<std::string> MessagesOf(const TempDir& dir) {
+    std::string text;
+    for (int number = 100; number > 0; --number) text += ReadFile(dir / ("l.txt." + std::to_string(number)));
+    std::istringstream lines(text + ReadFile(dir / "l.txt"));
+    std::vector<std::string> messages;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.find(" Archiving ") == std::string::npos)
+            messages.push_back(line.substr(line.find("] ") + 2));
+    }
+    return messages;
+}
+
+}  // namespace
+
+TEST(LogThreads, WriteThroughOneLogWhileItsSettingsChange) {
+    const TempDir dir;
+    WriteConfig(dir, "Threads");
+    const auto log = CVsysEventLogInterface::Create("Threads", LogThreading::Single, dir.Path());
+    ASSERT_TRUE(log && log->IsReady());
+    RunThreads([&](int thread) {
+        for (int number = 0; number < kEntries; ++number) {
+            log->SetThreshold(number % 2 == 0 ? LogLevel::Info : LogLevel::Error);
+            log->Fatal(nullptr, "%d %d", thread, number);
+            CVsysEventLogInterface::GetInstance("Threads")->IsReady();
+        }
+    });
+
+    std::map<int, int> next;
+    for (const auto& message : MessagesOf(dir)) {
+        std::istringstream fields(message);
+        int thread = -1;
+        int number = -1;
+        fields >> thread >> number;
+        EXPECT_EQ(number, next[thread]++) << "the entries of a thread keep their order";
+    }
+    for (int thread = 0; thread < kThreads; ++thread) EXPECT_EQ(next[thread], kEntries);
+}
+
+// Each log locks the file through an object of its own: only the table of locked paths keeps the threads
+// apart.
+TEST(LogThreads, WriteToOneFileThroughLogsOfTheirOwnThatComeAndGo) {
+    const TempDir dir;
+    for (int thread = 0; thread < kThreads; ++thread) dir.Write("config" + std::to_string(thread) + "/x", "");
+    RunThreads([&](int thread) {
+        const std::string config = "config" + std::to_string(thread);
+        dir.Write(config + "/cvlogs.ini",
+                  "[M]\nfilePath=" + dir.Path() + "/l.txt\nbytesPerFiles=2000\nnumFiles=100\nautoAppend=1\n");
+        for (int number = 0; number < kEntries; ++number) {
+            const auto log = CVsysEventLogInterface::Create("M", LogThreading::Single, dir / config);
+            EXPECT_EQ(log->Info(nullptr, "%d %d", thread, number), 1);
+        }
+    });
+    const auto messages = MessagesOf(dir);
+    EXPECT_EQ(messages.size(), std::size_t{kThreads * kEntries});
+    EXPECT_EQ(std::set(messages.begin(), messages.end()).size(), messages.size());
+}
+
+TEST(LogThreads, StopTheLogOthersAreWritingTo) {
+    const TempDir dir;
+    WriteConfig(dir, "Stopped");
+    const auto log = CVsysEventLogInterface::Create("Stopped", LogThreading::Single, dir.Path());
+    std::atomic<int> written = 0;
+    RunThreads([&](int thread) {
+        for (int number = 0; number < kEntries; ++number) {
+            if (thread == 0 && number == kEntries / 4) log->Stop();
+            written += log->Info(nullptr, "%d %d", thread, number);
+        }
+    });
+    EXPECT_EQ(MessagesOf(dir).size(), static_cast<std::size_t>(written)) << "told as written, but not there";
+}
