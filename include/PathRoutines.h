@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <string>
+#include <string_view>
 
 namespace quorbel {
 
@@ -26,6 +27,13 @@ namespace quorbel {
 
 /// Byte for byte, with the source's mode; what stood at `to` is replaced, and is incomplete after a failure.
 bool CopyFile(const std::string& from, const std::string& to);
+
+/// Gives the file this content or leaves it as it was; false with `errno` then. Links, owner and mode stay.
+///
+/// A new file takes the name once it is on the disk. Where that cannot be (no new files in the directory,
+/// several names) the content is overwritten in place, after its room was reserved. Locks of this process on
+/// the file may be gone afterwards.
+bool ReplaceFile(const std::string& path, std::string_view content);
 
 /// The local time as "hh:mm:ss".
 std::string CurrentTimeOfDay();

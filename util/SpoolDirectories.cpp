@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <iterator>
+#include <limits>
 #include <optional>
 #include <span>
 #include <string>
@@ -13,6 +14,7 @@
 
 #include "CVException.h"
 #include "CVioFile.h"
+#include "PathRoutines.h"
 #include "util/BoundedText.h"
 #include "util/FormatExpansion.h"
 #include "util/StringRoutines.h"
@@ -139,13 +141,26 @@ std::vector<QueueDirectoryEntry> ReadDirectoryFile(const std::string& path, Dire
     return queues;
 }
 
+std::int32_t LowestFreeNumber() {
+    const auto isTaken = [](std::int32_t id) {
+        return std::any_of(Queues().begin(), Queues().end(),
+                           [&](const auto& queue) { return queue.id == id; });
+    };
+    std::int32_t id = 1;
+    while (isTaken(id)) ++id;
+    return id;
+}
+
 /// Queue 101 is the first one numbered in an empty list: numbers given here start above 100.
 void NumberQueues() {
     constexpr std::int64_t kOffset = 100;
     std::int64_t highest = 0;
     for (const auto& queue : Queues()) highest = std::max<std::int64_t>(highest, queue.id);
     for (auto& queue : Queues()) {
-        if (queue.id == 0) queue.id = static_cast<std::int32_t>(++highest + kOffset);
+        if (queue.id != 0) continue;
+        const std::int64_t number = ++highest + kOffset;
+        const bool fits = number <= std::numeric_limits<std::int32_t>::max();
+        queue.id = fits ? static_cast<std::int32_t>(number) : LowestFreeNumber();
     }
 }
 
@@ -188,13 +203,13 @@ void ReadDirectories(const std::string& path, DirectoryTable& table) {
 
 int SaveDirectoryConfig(const char* fileName, const DirectoryTable& table) {
     CVioFile file(ConfigFile(fileName));
-    // Not "w": the file must keep its content until nobody else reads it.
     file.Open("a");
     file.Lock('w', true);
     if (g_nQueueDirectory == 0) SetQueues({MakeQueue(0, "Default", DirectoryOf(table, Slot::Spool))});
     NumberQueues();
-    file.Truncate(0);
-    file.Write(CanonicalText(table));
+    if (!ReplaceFile(file.GetPath(), CanonicalText(table))) {
+        throw CVioException(file.GetPath(), "CVioFile", __LINE__, "File Write Failed", GetSystemErrorText());
+    }
     file.Unlock();
     return 1;
 }

@@ -95,9 +95,13 @@ bool TextBuffer::Reserve(int capacity) {
     if (capacity <= reserved_) return true;
     const int doubled = reserved_ > limit_ / 2 ? limit_ : reserved_ * 2;
     const int size = reserved_ < kDoubleFrom ? capacity : std::max(capacity, doubled);
+    return Reallocate(size) || (size > capacity && Reallocate(capacity));
+}
+
+bool TextBuffer::Reallocate(int size) {
     char* grown = static_cast<char*>(std::realloc(data_.get(), static_cast<std::size_t>(size)));
     if (grown == nullptr) return false;
-    data_.release();
+    static_cast<void>(data_.release());
     data_.reset(grown);
     reserved_ = size;
     return true;

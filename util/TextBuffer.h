@@ -46,6 +46,7 @@ private:
     bool MakeRoomFor(int count);
     bool Grow(long long capacity);
     bool Reserve(int capacity);
+    bool Reallocate(int size);
     void Swap(TextBuffer& other) noexcept;
 
     struct Free {
@@ -53,7 +54,8 @@ private:
     };
     std::unique_ptr<char, Free> data_;
     int limit_ = INT_MAX;
-    int reserved_ = 0;  ///< bytes behind data_, at least capacity_; doubles, so many small chunks stay cheap
+    int reserved_ =
+        0;  ///< bytes behind data_, at least capacity_; doubles while there is memory: many small chunks stay cheap
     int capacity_ = 0;
     int length_ = 0;
     int textEnd_ = 0;  ///< where the next chunk lands: the first zero byte

@@ -2,8 +2,11 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <csignal>
 #include <cstring>
+#include <filesystem>
 #include <span>
 #include <string>
 #include <vector>
@@ -139,6 +142,42 @@ TEST_F(SpoolDirectories, NumbersQueuesAndLeavesOutDeletedOnes) {
     g_nQueueDirectory = 0;
     EXPECT_EQ(SaveDirectoryConfig("dir", g_tDir), 1);
     EXPECT_THAT(Queues(), ElementsAre("101|Default|"));
+
+    Load("2147483600\ta\t/a\n1\tb\t/b\n3\tc\t/c\n4\td\t/d\n");
+    g_pQueueDirectory[2].id = 0;
+    g_pQueueDirectory[3].id = 0;
+    EXPECT_EQ(SaveDirectoryConfig("dir", g_tDir), 1);
+    EXPECT_THAT(Queues(), ElementsAre("2147483600|a|/a", "1|b|/b", "2|c|/c", "3|d|/d"));
+}
+
+TEST_F(SpoolDirectories, KeepsTheOldFileWhenTheNewOneFindsNoRoom) {
+    const std::string content = "spool_dir:\t\t/spool\nlog_dir:\t\t/log\n";
+    dir_.Write("real/dir", content);
+    std::filesystem::permissions(dir_ / "real/dir", std::filesystem::perms(0640));
+    std::filesystem::create_symlink("real/dir", dir_ / "dir");
+    const auto start = [&](bool full, bool twoNames) {
+        if (twoNames) std::filesystem::create_hard_link(dir_ / "real/dir", dir_ / "other");
+        return InChildProcess([&] {
+            std::signal(SIGXFSZ, SIG_IGN);
+            const rlimit limit = {full ? 100 : RLIM_INFINITY, RLIM_INFINITY};
+            setrlimit(RLIMIT_FSIZE, &limit);
+            LoadDirectoryConfig("dir", g_tDir);
+        });
+    };
+    for (const bool twoNames : {false, true}) {
+        EXPECT_EQ(start(true, twoNames), Child::Threw);
+        EXPECT_EQ(ReadFile(dir_ / "dir"), content) << twoNames;
+    }
+    EXPECT_EQ(start(false, false), Child::Finished);
+    EXPECT_THAT(ReadFile(dir_ / "other"), testing::EndsWith("101\tDefault\t/spool\n"));
+    std::filesystem::remove(dir_ / "other");
+    dir_.Write("real/dir", content);
+    EXPECT_EQ(start(false, false), Child::Finished);
+    EXPECT_THAT(ReadFile(dir_ / "real/dir"), testing::EndsWith("101\tDefault\t/spool\n"));
+    EXPECT_TRUE(std::filesystem::is_symlink(dir_ / "dir"));
+    EXPECT_EQ(std::filesystem::status(dir_ / "dir").permissions(), std::filesystem::perms(0640));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir_ / "real"), {}), 1)
+        << "left something behind";
 }
 
 TEST_F(SpoolDirectories, ComparesByNameWithNullFirst) {

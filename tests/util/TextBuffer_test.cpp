@@ -3,6 +3,19 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstdlib>
+
+namespace {
+
+std::size_t largestBlock = SIZE_MAX;
+
+}  // namespace
+
+// The linker sends the buffer's calls here.
+extern "C" void* __real_realloc(void* block, std::size_t size);
+extern "C" void* __wrap_realloc(void* block, std::size_t size) {
+    return size > largestBlock ? nullptr : __real_realloc(block, size);
+}
 
 TEST(TextBuffer, GrowsByTheChunkAndAHundred) {
     TextBuffer buffer;
@@ -66,4 +79,15 @@ TEST(TextBuffer, InitialisesZeroedRoom) {
     buffer.Clear();
     ASSERT_TRUE(buffer.Append("new"));
     EXPECT_EQ(buffer.Text(), "new");
+}
+
+TEST(TextBuffer, TakesWhatItNeedsWhereThereIsNoMemoryForTwiceAsMuch) {
+    TextBuffer buffer;
+    const std::string chunk(6000, 'x');
+    ASSERT_TRUE(buffer.Append(chunk.c_str()));
+    largestBlock = 12150;
+    EXPECT_TRUE(buffer.Append(chunk.c_str()));
+    EXPECT_FALSE(buffer.Append(chunk.c_str()));
+    largestBlock = SIZE_MAX;
+    EXPECT_EQ(buffer.Text(), chunk + chunk);
 }
