@@ -83,6 +83,7 @@ std::string AskByScgi(const std::string& path, const std::string& body,
                       const std::vector<std::string>& variables) {
     const ScgiClient client(path);
     client.Send(ScgiHeaderText(variables, body.size()) + body);
+    client.EndSending();
     return client.Receive();
 }
 

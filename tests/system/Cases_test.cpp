@@ -13,10 +13,13 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <random>
 #include <sstream>
 
+#include "tests/support/Eventually.h"
 #include "tests/support/LoopbackServer.h"
 #include "tests/system/FrontEnd.h"
+#include "tests/system/ResidentProgram.h"
 
 using namespace quorbel;
 
@@ -40,6 +43,13 @@ public:
         return Has(name) ? ReadFile((folder_ / name).string()) : otherwise;
     }
     int Number(const char* name) const { return std::stoi(Text(name, "0")); }
+    std::vector<std::string> Environment() const { return Lines(Text("environment")); }
+    HttpReply Reply() const {
+        return {.body = Text("reply", "Done.\r\n"), .missing = static_cast<std::size_t>(Number("missing"))};
+    }
+    std::string Request(const LoopbackServer& server) const {
+        return ReplaceAll(ReplaceAll(Text("request.xml"), "{URL}", server.Url()), "{DEAD}", DeadUrl());
+    }
     std::string Answer() const {
         if (Has("fault")) return FaultDocument(Lines(Text("fault")).at(0));
         return Text("answer.xml");
@@ -62,6 +72,14 @@ void ExpectInOrder(const std::string& log, const std::vector<std::string>& texts
     }
 }
 
+void ExpectTold(const Case& c, const std::string& answer, const LoopbackServer& server,
+                const std::string& log) {
+    EXPECT_EQ(answer, c.Answer());
+    ExpectWellFormed(answer);
+    EXPECT_EQ(server.Bodies(), Lines(c.Text("posts")));
+    ExpectInOrder(log, Lines(c.Text("log")));
+}
+
 std::vector<std::string> CaseNames() {
     std::vector<std::string> names;
     for (const auto& entry : fs::directory_iterator(CASES_DIR)) names.push_back(entry.path().filename());
@@ -79,19 +97,35 @@ class CasesTest : public testing::TestWithParam<std::string> {};
 
 TEST_P(CasesTest, GivesTheToldAnswer) {
     const Case c(fs::path(CASES_DIR) / GetParam());
-    LoopbackServer server(
-        {.body = c.Text("reply", "Done.\r\n"), .missing = static_cast<std::size_t>(c.Number("missing"))});
+    const LoopbackServer server(c.Reply());
     const FrontEnd frontEnd;
-    const std::string request =
-        ReplaceAll(ReplaceAll(c.Text("request.xml"), "{URL}", server.Url()), "{DEAD}", DeadUrl());
-
-    const ProgramResult result = frontEnd.Serve(request, Lines(c.Text("environment")));
-    const std::string body = BodyOf(result);
-    EXPECT_EQ(body, c.Answer());
-    ExpectWellFormed(body);
-    EXPECT_EQ(server.Bodies(), Lines(c.Text("posts")));
+    const ProgramResult result = frontEnd.Serve(c.Request(server), c.Environment());
+    ExpectTold(c, BodyOf(result), server, frontEnd.Log());
     EXPECT_EQ(result.exitStatus, c.Number("exit"));
-    ExpectInOrder(frontEnd.Log(), Lines(c.Text("log")));
 }
 
 INSTANTIATE_TEST_SUITE_P(System, CasesTest, testing::ValuesIn(CaseNames()), TestName);
+
+TEST(Resident, OneWorkerServesEveryCaseInAnyOrder) {
+    std::vector<std::string> names = CaseNames();
+    std::erase(names, "fault-no-length");  // by SCGI every request has a length
+    const FrontEnd frontEnd;
+    const ResidentProgram resident(frontEnd.Site().Path(), {"--workers=1", "--spare=1"});
+    ASSERT_TRUE(Eventually([&] { return resident.Workers().size() == 1; }));
+    const auto workers = resident.Workers();
+    for (const unsigned seed : {1u, 2u}) {
+        std::shuffle(names.begin(), names.end(), std::minstd_rand(seed));
+        for (const auto& name : names) {
+            SCOPED_TRACE(name);
+            const Case c(fs::path(CASES_DIR) / name);
+            const LoopbackServer server(c.Reply());
+            const std::size_t logged = frontEnd.Log().size();
+            const std::string request = c.Request(server);
+            const std::string answer = resident.Ask(request, CgiVariables(request, c.Environment()));
+            const std::string log = frontEnd.Log().substr(logged);
+            ExpectTold(c, answer, server,
+                       ReplaceAll(log, "/quorbel-soapd] STARTED", "/quorbel-soap] STARTED"));
+        }
+    }
+    EXPECT_EQ(resident.Workers(), workers) << "not all in one worker";
+}

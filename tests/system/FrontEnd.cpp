@@ -69,14 +69,18 @@ ProgramResult FrontEnd::Serve(const std::string& body, const std::vector<std::st
 ProgramResult FrontEnd::ServeWith(const std::string& program, const std::string& body,
                                   const std::vector<std::string>& environment,
                                   const std::vector<std::string>& arguments) const {
-    std::vector<std::string> variables = {"REQUEST_METHOD=POST",
-                                          "CONTENT_LENGTH=" + std::to_string(body.size())};
-    for (const auto& variable : environment) Set(variables, variable);
     return RunProgram({.program = program,
                        .arguments = arguments,
-                       .environment = variables,
+                       .environment = CgiVariables(body, environment),
                        .directory = site_ / "web/cgi-bin",
                        .input = body});
+}
+
+std::vector<std::string> CgiVariables(const std::string& body, const std::vector<std::string>& changes) {
+    std::vector<std::string> variables = {"REQUEST_METHOD=POST",
+                                          "CONTENT_LENGTH=" + std::to_string(body.size())};
+    for (const auto& change : changes) Set(variables, change);
+    return variables;
 }
 
 std::string BodyOf(const ProgramResult& result) {

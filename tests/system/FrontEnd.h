@@ -29,6 +29,9 @@ private:
     TempDir site_;
 };
 
+/// REQUEST_METHOD=POST and CONTENT_LENGTH with the changes of FrontEnd::Serve.
+std::vector<std::string> CgiVariables(const std::string& body, const std::vector<std::string>& changes);
+
 /// What follows the CGI header; fails the test when the header is not the one told.
 std::string BodyOf(const ProgramResult& result);
 /// Fails the test unless the text is empty or one XML document.

@@ -7,6 +7,7 @@
 
 #include "tests/support/LoopbackServer.h"
 #include "tests/system/FrontEnd.h"
+#include "tests/system/ResidentProgram.h"
 
 using namespace quorbel;
 
@@ -55,3 +56,16 @@ TEST_P(ToolkitsTest, ReachesTheServer) {
 }
 
 INSTANTIATE_TEST_SUITE_P(System, ToolkitsTest, testing::ValuesIn(RecordedRequests()), TestName);
+
+TEST(Resident, OneWorkerServesTheRequestsOfAllToolkits) {
+    const LoopbackServer server({.body = "OK\r\nitem\r\n"});
+    const FrontEnd frontEnd;
+    const ResidentProgram resident(frontEnd.Site().Path(), {"--workers=1", "--spare=1"});
+    std::vector<std::string> commands;
+    for (const Recorded& recorded : RecordedRequests()) {
+        const std::string request = Redirected(ReadFile(REQUESTS_DIR "/" + recorded.file), server.Url());
+        EXPECT_EQ(resident.Ask(request), BodyOf(frontEnd.Serve(request))) << recorded.file;
+        commands.insert(commands.end(), 2, recorded.command);
+    }
+    EXPECT_EQ(server.Bodies(), commands);
+}
