@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "soap/Methods.h"
+#include "soap/RequestRecord.h"
 
 namespace quorbel {
 

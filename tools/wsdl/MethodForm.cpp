@@ -12,22 +12,22 @@ constexpr std::size_t kOfferedItems = 2;  ///< how many of a repeated item the f
 
 using Text = std::string;
 
-bool IsPassword(const FieldRule& rule) {
+bool IsPassword(const Field& rule) {
     return rule.element.ends_with("Password") || rule.element.ends_with("Pwd") ||
            rule.element == "szSecurityCode" || rule.element == "szAccesCode";
 }
 
-Text Attributes(const Text& id, const FieldRule& rule, bool isRequired) {
+Text Attributes(const Text& id, const Field& rule, bool isRequired) {
     return " id=\"" + id + "\" data-element=\"" + Text(rule.element) + "\"" +
            (rule.onData == OnData::Append ? " data-whole=\"yes\"" : "") + (isRequired ? " required" : "");
 }
 
-Text BooleanInput(const Text& attributes, const FieldRule& rule) {
+Text BooleanInput(const Text& attributes, const Field& rule) {
     return "<select" + attributes + "><option value=\"\">leave out</option><option>true</option>" +
            (IsSticky(rule) ? "" : "<option>false</option>") + "</select>";
 }
 
-Text InputFor(const Text& id, const FieldRule& rule, bool isRequired) {
+Text InputFor(const Text& id, const Field& rule, bool isRequired) {
     const Text attributes = Attributes(id, rule, isRequired);
     if (TypeOf(rule) == "xs:boolean") return BooleanInput(attributes, rule);
     if (rule.onData == OnData::Append) return "<textarea rows=\"3\"" + attributes + "></textarea>";
@@ -40,19 +40,19 @@ Text InputFor(const Text& id, const FieldRule& rule, bool isRequired) {
     return "<input type=\"text\" autocomplete=\"off\"" + attributes + ">";
 }
 
-Text Labelled(const Text& id, const FieldRule& rule, bool isRequired) {
+Text Labelled(const Text& id, const Field& rule, bool isRequired) {
     return Text("<div") + (rule.onData == OnData::Append ? " class=\"wide\"" : "") + "><label for=\"" + id +
            "\">" + Text(rule.element) + (isRequired ? " <span class=\"required\">(required)</span>" : "") +
            "</label>" + InputFor(id, rule, isRequired) + "<span class=\"warning\"></span></div>\n";
 }
 
 /// The members of a repeated item. None of them is required: an item without any is left out.
-Text ItemInputs(const Method& method, const FieldRule& item) {
+Text ItemInputs(const Method& method, const Field& item) {
     Text text;
     for (std::size_t i = 1; i <= kOfferedItems; ++i) {
         text += "<fieldset class=\"wide\" data-item data-element=\"" + Text(item.element) + "\"><legend>" +
                 Text(item.element) + " " + std::to_string(i) + "</legend><div class=\"fields\">\n";
-        for (const FieldRule& member : MembersOf(item, FieldsOf(method.handler))) {
+        for (const Field& member : MembersOf(item, method.fields)) {
             text +=
                 Labelled(Text(method.name) + "-" + Text(member.element) + std::to_string(i), member, false);
         }
@@ -63,7 +63,7 @@ Text ItemInputs(const Method& method, const FieldRule& item) {
 
 Text Inputs(const Method& method) {
     Text text;
-    for (const FieldRule& rule : RequestElementsOf(method)) {
+    for (const Field& rule : RequestElementsOf(method)) {
         text += IsItem(rule)
                     ? ItemInputs(method, rule)
                     : Labelled(Text(method.name) + "-" + Text(rule.element), rule, IsRequired(method, rule));
@@ -73,7 +73,7 @@ Text Inputs(const Method& method) {
 
 }  // namespace
 
-std::string LimitOf(const Method&, const FieldRule&) {
+std::string LimitOf(const Method&, const Field&) {
     return {};
 }
 

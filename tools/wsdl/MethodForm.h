@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "soap/MethodTable.h"
+#include "soap/Methods.h"
 
 namespace quorbel {
 
@@ -11,6 +11,6 @@ namespace quorbel {
 std::string MethodForm(const Method& method);
 
 /// How much of an element's text arrives; empty when only the general limit holds.
-std::string LimitOf(const Method& method, const FieldRule& rule);
+std::string LimitOf(const Method& method, const Field& rule);
 
 }  // namespace quorbel

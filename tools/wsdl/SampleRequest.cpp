@@ -57,7 +57,7 @@ bool IsLeftOut(const Method& method, std::string_view element) {
 std::string SampleRequest(const Method& method) {
     const std::string name(method.name);
     std::string body;
-    for (const FieldRule& rule : RequestElementsOf(method)) {
+    for (const Field& rule : RequestElementsOf(method)) {
         const SampleValue* const sample = SampleOf(rule.element);
         if (sample == nullptr || IsLeftOut(method, rule.element)) continue;
         const std::string element(rule.element);

@@ -39,7 +39,7 @@ Text Cell(std::string_view content) {
     return "<td>" + Text(content) + "</td>";
 }
 
-Text Row(const Method& method, const FieldRule& rule, std::string_view insideOf) {
+Text Row(const Method& method, const Field& rule, std::string_view insideOf) {
     const Text element = (insideOf.empty() ? "" : Text(insideOf) + " / ") + Text(rule.element);
     const Text type =
         IsItem(rule) ? "list of at most " + std::to_string(MaxOccurs(rule)) : Text(TypeOf(rule).substr(3));
@@ -51,10 +51,10 @@ Text Row(const Method& method, const FieldRule& rule, std::string_view insideOf)
 
 Text Rows(const Method& method) {
     Text rows;
-    for (const FieldRule& rule : RequestElementsOf(method)) {
+    for (const Field& rule : RequestElementsOf(method)) {
         rows += Row(method, rule, {});
         if (!IsItem(rule)) continue;
-        for (const FieldRule& member : MembersOf(rule, FieldsOf(method.handler))) {
+        for (const Field& member : MembersOf(rule, method.fields)) {
             rows += Row(method, member, rule.element);
         }
     }
@@ -79,7 +79,7 @@ Text Answers(const Method& method) {
 /// What the filter box looks at.
 Text WordsOf(const Method& method) {
     Text words = Text(method.name) + " " + EscapeXml(NoteOf(method));
-    for (const FieldRule& rule : RequestElementsOf(method)) words += " " + Text(rule.element);
+    for (const Field& rule : RequestElementsOf(method)) words += " " + Text(rule.element);
     return words;
 }
 

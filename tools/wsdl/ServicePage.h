@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "soap/MethodTable.h"
+#include "soap/Methods.h"
 
 namespace quorbel {
 
