@@ -5,8 +5,13 @@ if(CMAKE_INSTALL_PREFIX_INITIALIZED_TO_DEFAULT)
 endif()
 set(install_files ${CMAKE_BINARY_DIR}/install)
 
+# Two packages: the site, and the stand-in paging server with its own man page.
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME soap)
+install(TARGETS paging-standin RUNTIME DESTINATION bin COMPONENT standin)
+install(FILES docs/man/paging-standin.1 DESTINATION share/man/man1 COMPONENT standin)
+
 install(TARGETS quorbel-soap RUNTIME DESTINATION web/cgi-bin)
-install(TARGETS cvmessages cvlogs paging-standin quorbel-soapd RUNTIME DESTINATION bin)
+install(TARGETS cvmessages cvlogs quorbel-soapd RUNTIME DESTINATION bin)
 install(PROGRAMS tools/setup/quorbel-setup DESTINATION bin)
 
 # The program runs in web/cgi-bin and looks for some files in ../config, for others in ../../config.
@@ -17,7 +22,11 @@ install(FILES ${install_files}/config DESTINATION web)
 # share/ mirrors the checkout, so that the links between the pages lead somewhere.
 install(FILES README.md DESTINATION share)
 install(DIRECTORY docs DESTINATION share FILES_MATCHING PATTERN *.md PATTERN man EXCLUDE)
-install(DIRECTORY docs/man/ DESTINATION share/man/man1 FILES_MATCHING PATTERN *.1)
+foreach(section 1 5 8)
+  file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/man/*.${section})
+  list(FILTER pages EXCLUDE REGEX "paging-standin")
+  install(FILES ${pages} DESTINATION share/man/man${section})
+endforeach()
 install(DIRECTORY deploy DESTINATION share USE_SOURCE_PERMISSIONS)
 if(NOT QUORBEL_SANITIZE)  # with sanitizers the description is not made
   install(FILES ${CMAKE_BINARY_DIR}/share/quorbel.wsdl ${CMAKE_BINARY_DIR}/share/index.html
@@ -26,6 +35,10 @@ endif()
 # Without what running them leaves behind.
 install(DIRECTORY samples DESTINATION share USE_SOURCE_PERMISSIONS
         PATTERN build EXCLUDE PATTERN node_modules EXCLUDE PATTERN __pycache__ EXCLUDE)
+
+# Only in the package: another prefix is not where the system looks for them.
+install(FILES deploy/systemd/quorbel-soapd.service deploy/systemd/quorbel-soapd.socket
+        DESTINATION /lib/systemd/system EXCLUDE_FROM_ALL)
 
 install(CODE [[message(STATUS "To complete a new site, run ${CMAKE_INSTALL_PREFIX}/bin/quorbel-setup")]])
 

@@ -2,6 +2,7 @@
 # Both listen on the loopback address only and end with stop_servers.
 
 servers=() # process ids
+form=cgi # or resident: how the web server reaches the program
 
 stop_servers() {
     ((${#servers[@]})) || return 0
@@ -65,10 +66,18 @@ prepare_web() {
     done
 }
 
+# start_resident SITE: the resident program, where the web server's configuration looks for it.
+start_resident() {
+    mkdir -p "$1/run/quorbel"
+    env -i "$1/bin/quorbel-soapd" --site "$1" --socket "$1/run/quorbel/soapd.sock" 2>"$1/run/soapd.log" &
+    servers+=($!)
+    wait_for test -S "$1/run/quorbel/soapd.sock" || fail "the resident program did not start, see $1/run/soapd.log"
+}
+
 try_web() {
     local site=$1 pid
     prepare_web "$site"
-    web_config lighttpd.conf "$site" "$2" - - >"$site/lighttpd.conf"
+    web_config lighttpd.conf "$site" "$2" - - | sed "/snippets/s/-cgi/-$form/" >"$site/lighttpd.conf"
     rm -f "$site/run/quorbel-lighttpd.pid"
     lighttpd -D -f "$site/lighttpd.conf" 2>>"$site/web-logs/stderr" &
     pid=$!

@@ -12,8 +12,6 @@ hostile=(
     OPENSSL_CONF=/none LD_LIBRARY_PATH=/none LD_BIND_NOW=1
 )
 
-form=cgi # or resident: how the web servers reach the program
-
 groups=() # process groups, each a server with the programs that it runs
 
 # in_background LOG COMMAND...: in a process group of its own; sets group.
