@@ -1,13 +1,13 @@
 #include "process/HttpTransfer.h"
 
 #include <curl/curl.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstring>
 #include <memory>
 
 #include "process/HttpPoster.h"
+#include "util/FileStamp.h"
 
 namespace quorbel {
 
@@ -19,29 +19,6 @@ constexpr char kProtocols[] = "http,https";  // the address is the client's: not
 constexpr long kTimeoutSeconds = 300;
 constexpr long kForEver = -1;
 
-/// By which a file is known again. All zero for one that cannot be looked at.
-struct FileStamp {
-    dev_t device = 0;
-    ino_t number = 0;
-    off_t size = 0;
-    timespec modified{};
-    timespec changed{};
-
-    bool operator==(const FileStamp& other) const {
-        return device == other.device && number == other.number && size == other.size &&
-               IsSame(modified, other.modified) && IsSame(changed, other.changed);
-    }
-    static bool IsSame(const timespec& a, const timespec& b) {
-        return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
-    }
-};
-
-FileStamp StampOf(const std::string& path) {
-    struct stat status {};
-    if (path.empty() || stat(path.c_str(), &status) != 0) return {};
-    return {status.st_dev, status.st_ino, status.st_size, status.st_mtim, status.st_ctim};
-}
-
 struct CleanUp {
     void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
 };
@@ -51,9 +28,8 @@ class KeptHandle {
 public:
     /// Null when the library cannot be set up.
     CURL* For(const std::string& caFile) {
-        const FileStamp stamp =
-            StampOf(caFile);  // before the library reads the file: it may change meanwhile
-        if (!handle_ || stamp != bundle_) {
+        const FileStamp stamp(caFile);
+        if (!handle_ || !(stamp == bundle_)) {
             handle_.reset();
             handle_.reset(curl_easy_init());
             bundle_ = stamp;

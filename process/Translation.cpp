@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 
+#include "process/AllowedServers.h"
 #include "process/CVCSoapProcess.h"
 #include "process/CommandTable.h"
 #include "process/Commands.h"
@@ -18,6 +19,7 @@ namespace quorbel {
 namespace {
 
 constexpr char kRefused[] = "2004";
+constexpr char kNotPermitted[] = "Paging server not permitted";
 constexpr char kSource[] = "CVsoap";
 
 /// Fills one field of a fixed-width record from a slot.
@@ -120,6 +122,22 @@ void Refuse(const char* reason) {
     WriteFault(kRefused, reason);
 }
 
+/// Why an address is not permitted. One of white space alone names no server: nothing can be posted there.
+std::string RefusalOfAddress(const std::string& url) {
+    return url.find_first_not_of(" \t\r\n") == url.npos ? "" : SiteServers().Refusal(url);
+}
+
+/// True when the operator permits both addresses; refuses the request otherwise.
+bool ArePermitted(const std::string& url, const std::string& url2) {
+    std::string refusal = RefusalOfAddress(url);
+    if (refusal.empty()) refusal = RefusalOfAddress(url2);
+    if (refusal.empty()) return true;
+    CVsysEventLogInterface::GetInstance(__LINE__, kSource)
+        ->Error(nullptr, "%s: %s\n", kNotPermitted, refusal.c_str());
+    WriteFault(kRefused, kNotPermitted);
+    return false;
+}
+
 void FillAdministrationRecords(const RequestRecord& record) {
     g_tAdminInfo = TranslateAdmin(record);
     g_tDept = TranslateDepartment(record);
@@ -138,7 +156,7 @@ const char* TakeAddresses(const SlotTexts& texts) {
 void RunAdministration() {
     if (const char* reason = TakeAddresses(gParameters); reason != nullptr) {
         Refuse(reason);
-    } else {
+    } else if (ArePermitted(gArguments.url, gArguments.url2)) {
         soapProcess.SetEventLog(CVsysEventLogInterface::GetInstance(__LINE__, kSource));
         soapProcess.Run(RunMode::Administration);
     }
@@ -151,7 +169,7 @@ void RunMessaging(const RequestRecord& record) {
     if (reason == nullptr) reason = RefusalOf(gMsgParameters);
     if (reason != nullptr) {
         Refuse(reason);
-    } else {
+    } else if (ArePermitted(gArguments.url, gArguments.url2)) {
         soapProcess.Run(RunMode::Messaging);
     }
 }

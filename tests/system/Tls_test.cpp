@@ -137,6 +137,9 @@ TEST(Tls, TheSystemsDirectoryVouchesForNobody) {
     curl_easy_setopt(unguarded, CURLOPT_URL, server.Url().c_str());
     curl_easy_setopt(unguarded, CURLOPT_CAINFO, bundle.c_str());
     curl_easy_setopt(unguarded, CURLOPT_COPYPOSTFIELDS, "");
+    TextBuffer reply;
+    curl_easy_setopt(unguarded, CURLOPT_WRITEFUNCTION, Curl_GetCallBackResult);
+    curl_easy_setopt(unguarded, CURLOPT_WRITEDATA, &reply);
     EXPECT_EQ(curl_easy_perform(unguarded), CURLE_OK) << "this test sees nothing";
     curl_easy_cleanup(unguarded);
 

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <ctime>
+#include <string>
+
+namespace quorbel {
+
+/// By what a file is known again: identity, size and times. Two stamps of a path differ when another file stands there
+/// or the file was changed, as far as the file system's clock shows it. Take the stamp before reading the file: then
+/// a change in between is seen next time.
+class FileStamp {
+public:
+    /// Of no file.
+    FileStamp() = default;
+    /// Of what stands at `path`; of no file when it cannot be looked at.
+    explicit FileStamp(const std::string& path);
+
+    bool operator==(const FileStamp& other) const;
+
+private:
+    dev_t device_ = 0;
+    ino_t number_ = 0;
+    off_t size_ = 0;
+    timespec modified_{};
+    timespec changed_{};
+};
+
+}  // namespace quorbel
