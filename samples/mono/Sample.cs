@@ -1,4 +1,5 @@
-// Sample WSDL PAGING_SERVER: sends a message, asks about it, adds a group, and is refused once.
+// Sample WSDL PAGING_SERVER [SECOND_PAGING_SERVER]: sends a message, asks about it, adds a group, and is refused once.
+// Status 1 when the message was not sent, or something else failed.
 
 using System;
 using System.Text.RegularExpressions;
@@ -14,28 +15,34 @@ static class Sample
         };
     }
 
-    static void Main(string[] args)
+    static int Run(string[] args)
     {
-        string pager = args[1];
+        string pager = args[1], second = args.Length > 2 ? args[2] : null;
         var service = new Quorbel();
         // When the service is reached by another address than the description named when the class was made:
         // service.Url = "https://soap.plant.example/cgi-bin/quorbel-soap";
 
         // The arguments are the elements in the description's order; null, or false for "Specified", leaves one out.
-        string sent = service.SendStdMessage(
+        string text = service.SendStdMessage(
             pager, null, null, "oncall", null, 2, true, true, true,
             new[] { Choice("1", "ack", true), Choice("2", "escalate", false) },
             new[] { new CustomFieldData { szFieldName = "ticket", szFieldValue = "T-7" } },
-            "Pump 4 <hot> & \"loud\"", "ops", false, false, null, null);
-        Console.WriteLine("sent: " + sent.Trim());
+            "Pump 4 <hot> & \"loud\"", "ops", false, false, null, second);
+        // A message that could not be delivered is no fault: the text then is the transport's. The paging server names
+        // a job.
+        Match job = Regex.Match(text, @"job (\S+)");
+        if (!job.Success) {
+            Console.WriteLine("not sent: " + text.Trim());
+            return 1;
+        }
+        Console.WriteLine("sent: " + text.Trim());
 
-        string job = Regex.Match(sent, @"job (\S+)").Groups[1].Value;
-        QueryResult answer = service.QueryMessage(pager, null, null, job, null);
+        QueryResult answer = service.QueryMessage(pager, null, null, job.Groups[1].Value, second);
         Console.WriteLine("query: " + answer.szResponseMessage);
-        foreach (string line in answer.szResult) Console.WriteLine("  " + line);
+        foreach (string line in answer.szResult ?? new string[0]) Console.WriteLine("  " + line);
 
         string added = service.AddGroup(pager, "admin", "secret", "night", "Night shift", null, null, false, false,
-                                        null, true, true, false, false, null);
+                                        null, true, true, false, false, second);
         Console.WriteLine("added: " + added.Trim());
 
         try {
@@ -43,5 +50,18 @@ static class Sample
         } catch (SoapException fault) {
             Console.WriteLine("fault: " + fault.Message);
         }
+        return 0;
+    }
+
+    static int Main(string[] args)
+    {
+        try {
+            return Run(args);
+        } catch (SoapException fault) {
+            Console.WriteLine("fault: " + fault.Message);
+        } catch (Exception failure) {
+            Console.WriteLine("no answer from the service: " + failure.Message);
+        }
+        return 1;
     }
 }
