@@ -7,6 +7,7 @@
 #include <ctime>
 
 #include "CVobject.h"
+#include "ProcessMark.h"
 
 /// Lets threads sleep until another one has something for them.
 ///
@@ -17,7 +18,7 @@
 /// cancellation.
 ///
 /// Any thread may call. Every operation throws CVconException "Lock Failed" when the event's own mutex cannot
-/// be taken. No thread may be in one when the event is destroyed.
+/// be taken. No thread may be in one when the event is destroyed. In a child process the event is as new.
 class CVconEvent : public CVobject {
 public:
     enum class Wake { Signalled, TimedOut };
@@ -48,9 +49,11 @@ private:
     class Guard;
     class Waiter;
 
+    void Claim();
     /// With the mutex held; a null deadline never passes.
     Wake WaitUntilFreed(const timespec* deadline);
 
+    quorbel::ProcessMark process_;
     pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER;
     pthread_cond_t condition_ = PTHREAD_COND_INITIALIZER;
     std::uint64_t generation_ = 0;  // broadcasts so far

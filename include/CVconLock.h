@@ -3,10 +3,12 @@
 #include <pthread.h>
 
 #include "CVobject.h"
+#include "ProcessMark.h"
 
 /// A recursive mutex: the owning thread may lock it again, and frees it with as many unlocks.
 ///
-/// Where an operation answers false, `errno` tells why.
+/// Where an operation answers false, `errno` tells why. In a child process the lock is free, whoever holds it
+/// in the parent.
 class CVconLock : public CVobject {
 public:
     /// Throws CVconException "Create Lock Failed".
@@ -24,6 +26,9 @@ public:
     bool Unlock();
 
 private:
+    pthread_mutex_t& Mutex();
+
+    quorbel::ProcessMark process_;
     pthread_mutex_t mutex_;
 };
 

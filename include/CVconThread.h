@@ -27,8 +27,12 @@ public:
 /// A detached thread that runs a delegate's body once.
 ///
 /// Nobody joins it. Destroying the object neither ends the thread nor waits for it; the body must outlive the
-/// thread. Once `Create` has returned, any thread may call the other operations. The first `Create` of a
-/// process installs handlers for SIGUSR1, SIGUSR2 and SIGQUIT; a process that creates none keeps its own.
+/// thread. Once `Create` has returned, any thread may call the other operations. In a child process the thread
+/// counts as ended.
+///
+/// The first `Create` of a process installs handlers for SIGUSR1, SIGUSR2 and SIGQUIT. Such a signal that
+/// does not come from these operations is given to the handler that was there before; without one, SIGQUIT
+/// ends the process and the others do nothing.
 ///
 /// Failures are CVconExceptions; those of Kill, Suspend and Resume carry the text of ESRCH when the thread
 /// has ended or was never created.
@@ -63,8 +67,13 @@ public:
     bool IsAlive() const;
     /// Whether the thread has paused, which is some time after Suspend asked for it.
     bool IsSuspended() const;
-    /// Waits until the thread is no longer alive; false when it still is after `limit`.
+    /// Waits until the thread is no longer alive; false when it still is after `limit`. milliseconds::max()
+    /// waits for ever.
     bool WaitForEnd(std::chrono::milliseconds limit) const;
+
+    /// Pauses and resumes by these signals, SIGUSR1, SIGUSR2 or real-time ones, instead of SIGUSR1 and
+    /// SIGUSR2. Throws "Initialize Thread Lib Failed" when they cannot be used or a thread was created before.
+    static void UseSignals(int suspend, int resume);
 
     static pthread_t Self();
     /// Ends the calling thread, destroying the objects on its stack.

@@ -19,7 +19,10 @@
 /// the in-process lock: Unlock on every path. Child programs do not inherit the descriptor.
 ///
 /// The kernel ties the file lock to the process: it does not keep out a second object on the same path in
-/// this process, and closing any such object drops it.
+/// this process, and closing any such object drops it. In a child process the file is open, at a position that
+/// both processes move, and not locked.
+///
+/// Opening, writing and closing cannot be left by the end of their thread; reading and waiting for a lock can.
 class CVioFile : public CVobject {
 public:
     /// Opens nothing.
@@ -80,6 +83,7 @@ private:
     std::FILE* Stream(int line, const char* closedMessage) const;
     int Descriptor(int line) const;
     bool FreeThreadLock() noexcept;
+    void ForgetLocksOfParent() noexcept;
 
     std::string path_;
     std::string mode_;
@@ -87,4 +91,5 @@ private:
     bool lastWasRead_ = false;
     CVconLock lock_;
     int lockDepth_ = 0;  // guarded by lock_
+    quorbel::ProcessMark process_;
 };

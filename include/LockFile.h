@@ -4,6 +4,8 @@
 #include <functional>
 #include <string>
 
+#include "ProcessMark.h"
+
 namespace quorbel {
 
 class LockedPath;
@@ -26,7 +28,8 @@ struct LockRetry {
 ///
 /// The kernel ties such a lock to the process, and closing any other descriptor of the same file drops it:
 /// nothing else may open `path`. Threads are kept out by a process-wide table of the paths that are locked; a
-/// second object for the same path waits even in the same thread. A crash releases the lock; the file stays
+/// second object for the same path waits even in the same thread. A child process does not hold the locks of
+/// its parent: there the object does nothing more. A crash releases the lock; the file stays
 /// behind and does no harm. The file may be deleted at any time by RemoveDeadLockFiles: a lock counts only
 /// while the path still names the locked file.
 class LockFile {
@@ -39,9 +42,12 @@ public:
     LockFile(const LockFile&) = delete;
     LockFile& operator=(const LockFile&) = delete;
 
+    bool IsHeld() const { return process_.IsOurs(); }
+
 private:
     quorbel::LockedPath* path_;
     int descriptor_;
+    quorbel::ProcessMark process_;
 };
 
 namespace quorbel {
@@ -50,7 +56,7 @@ namespace quorbel {
 /// like LockFile and takes the lock for a moment when it is free.
 bool IsLockUsable(const std::string& path);
 
-/// Deletes the files "*.lock" in `directory` that no process and no thread holds, as processes that died
+/// Deletes the empty files "*.lock" in `directory` that no process and no thread holds, as processes that died
 /// leave them behind. A file that cannot be opened or deleted stays. Throws CVioException when the directory
 /// cannot be listed.
 void RemoveDeadLockFiles(const std::string& directory);

@@ -57,16 +57,27 @@ private:
 };
 
 CVconEvent::~CVconEvent() {
+    Claim();  // or the destruction would wait for the parent's threads
     pthread_cond_destroy(&condition_);
     pthread_mutex_destroy(&mutex_);
 }
 
+void CVconEvent::Claim() {
+    process_.Claim([this] {
+        pthread_mutex_init(&mutex_, nullptr);
+        pthread_cond_init(&condition_, nullptr);
+        waiters_ = wakeUps_ = 0;
+    });
+}
+
 CVconEvent::Wake CVconEvent::Wait() {
+    Claim();
     const Guard guard(mutex_);
     return WaitUntilFreed(nullptr);
 }
 
 CVconEvent::Wake CVconEvent::Wait(long timeoutMilliseconds) {
+    Claim();
     const Guard guard(mutex_);
     timeval now{};
     gettimeofday(&now, nullptr);
@@ -86,6 +97,7 @@ CVconEvent::Wake CVconEvent::WaitUntilFreed(const timespec* deadline) {
 }
 
 void CVconEvent::Signal() {
+    Claim();
     const Guard guard(mutex_);
     wakeUps_ = std::min(wakeUps_ + 1, std::max(waiters_, 1UL));
     if (const int code = pthread_cond_signal(&condition_); code != 0) {
@@ -94,6 +106,7 @@ void CVconEvent::Signal() {
 }
 
 void CVconEvent::Broadcast() {
+    Claim();
     const Guard guard(mutex_);
     ++generation_;
     if (waiters_ > 0) wakeUps_ = 0;  // meant for threads that are all freed now

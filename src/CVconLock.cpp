@@ -35,19 +35,24 @@ CVconLock::CVconLock() {
 }
 
 CVconLock::~CVconLock() {
-    pthread_mutex_destroy(&mutex_);
+    pthread_mutex_destroy(&Mutex());
+}
+
+pthread_mutex_t& CVconLock::Mutex() {
+    process_.Claim([this] { InitialiseRecursive(mutex_); });
+    return mutex_;
 }
 
 bool CVconLock::Lock() {
-    return Succeeded(pthread_mutex_lock(&mutex_));
+    return Succeeded(pthread_mutex_lock(&Mutex()));
 }
 
 bool CVconLock::TryLock() {
-    return Succeeded(pthread_mutex_trylock(&mutex_));
+    return Succeeded(pthread_mutex_trylock(&Mutex()));
 }
 
 bool CVconLock::Unlock() {
-    return Succeeded(pthread_mutex_unlock(&mutex_));
+    return Succeeded(pthread_mutex_unlock(&Mutex()));
 }
 
 namespace quorbel {

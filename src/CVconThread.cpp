@@ -19,6 +19,7 @@ namespace {
 
 constexpr char kUnit[] = "CVconThread";
 constexpr char kCreateFailed[] = "Create Thread Failed";
+constexpr char kInitializeFailed[] = "Initialize Thread Lib Failed";
 
 constexpr struct {
     int code;
@@ -106,7 +107,7 @@ CVconThread::~CVconThread() = default;
 void CVconThread::Create() {
     if (IsAlive()) throw CVconException(gettid(), kUnit, __LINE__, kCreateFailed, CreateErrorText(EINVAL));
     if (const int code = InstallThreadSignals(); code != 0) {
-        RaiseConFailure(kUnit, __LINE__, "Initialize Thread Lib Failed", code);
+        RaiseConFailure(kUnit, __LINE__, kInitializeFailed, code);
     }
 
     const auto control = std::make_shared<ThreadControl>();
@@ -124,7 +125,7 @@ void CVconThread::Create() {
 
 void CVconThread::Send(int line, const char* failure, int (*send)(ThreadControl&)) {
     int code = ESRCH;
-    if (control_) {
+    if (control_ && control_->process.IsOurs()) {
         ControlLock lock(*control_);
         if (control_->IsAlive()) code = send(*control_);
     }
@@ -144,21 +145,32 @@ void CVconThread::Resume() {
 }
 
 bool CVconThread::IsAlive() const {
-    if (!control_) return false;
+    if (!control_ || !control_->process.IsOurs()) return false;
     ControlLock lock(*control_);
     return control_->IsAlive() && pthread_kill(control_->handle, 0) == 0;
 }
 
 bool CVconThread::IsSuspended() const {
-    if (!control_) return false;
+    if (!control_ || !control_->process.IsOurs()) return false;
     ControlLock lock(*control_);
     return control_->IsAlive() && control_->paused.test();
 }
 
 bool CVconThread::WaitForEnd(std::chrono::milliseconds limit) const {
-    if (!control_) return true;
+    if (!control_ || !control_->process.IsOurs()) return true;
+    // The clock cannot count to the end of every limit.
+    constexpr std::chrono::hours kForEver{24 * 365 * 100};
     ControlLock lock(*control_);
-    return control_->ended.wait_for(lock.Lock(), limit, [&] { return !control_->IsAlive(); });
+    const auto ended = [&] { return !control_->IsAlive(); };
+    if (limit < kForEver) return control_->ended.wait_for(lock.Lock(), limit, ended);
+    control_->ended.wait(lock.Lock(), ended);
+    return true;
+}
+
+void CVconThread::UseSignals(int suspend, int resume) {
+    if (const int code = ChooseThreadSignals(suspend, resume); code != 0) {
+        RaiseConFailure(kUnit, __LINE__, kInitializeFailed, code);
+    }
 }
 
 pthread_t CVconThread::Self() {

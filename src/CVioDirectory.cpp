@@ -10,6 +10,9 @@
 #include <utility>
 
 #include "CVException.h"
+#include "NoCancellation.h"
+
+using namespace quorbel;
 
 namespace {
 
@@ -34,6 +37,7 @@ const char* NextName(DIR* directory, const std::string& path) {
 CVioDirectory::CVioDirectory(std::string path) : path_(std::move(path)) {}
 
 std::vector<std::string> CVioDirectory::List() const {
+    const NoCancellation shield;
     const std::unique_ptr<DIR, Closer> directory(opendir(path_.c_str()));
     if (directory == nullptr) Fail(path_, __LINE__, "Read Directory Failed");
 

@@ -31,6 +31,7 @@ void CVioFile::Open(const std::string& mode) {
         errno = EBUSY;
         Fail(__LINE__, "File Was Already Open");
     }
+    const NoCancellation shield;
     stream_.reset(std::fopen(path_.c_str(), (mode + "e").c_str()));  // e: close-on-exec
     if (!IsOpen()) Fail(__LINE__, "File Open Failed");
     mode_ = mode;
@@ -44,7 +45,12 @@ void CVioFile::Close() noexcept {
     errno = code;
 }
 
+void CVioFile::ForgetLocksOfParent() noexcept {
+    process_.Claim([this] { lockDepth_ = 0; });
+}
+
 void CVioFile::Lock(char kind, bool wait) {
+    ForgetLocksOfParent();
     if (!lock_.Lock()) Fail(__LINE__, "File Lock Failed");
     ++lockDepth_;
     const int descriptor = Descriptor(__LINE__);
@@ -62,6 +68,7 @@ void CVioFile::Lock(char kind, bool wait) {
 void CVioFile::Unlock() noexcept {
     const NoCancellation shield;
     const int code = errno;
+    ForgetLocksOfParent();
     if (lock_.TryLock()) {  // else it is another thread's, and so is the file lock
         if (IsOpen()) {
             Rewind();
@@ -100,6 +107,7 @@ std::size_t CVioFile::Read(void* buffer, std::size_t size) {
 
 void CVioFile::Write(const void* data, std::size_t size) {
     std::FILE* const stream = Stream(__LINE__, "File not opened for writting");
+    const NoCancellation shield;
     // The language wants a positioning call between reading and writing.
     if (std::exchange(lastWasRead_, false)) std::fseek(stream, 0, SEEK_CUR);
     if (std::fwrite(data, 1, size, stream) == size && std::fflush(stream) == 0) return;
@@ -112,6 +120,7 @@ void CVioFile::Write(std::string_view text) {
 }
 
 void CVioFile::WriteFormatted(const char* format, ...) {
+    const NoCancellation shield;
     char* text = nullptr;
     va_list arguments;
     va_start(arguments, format);
@@ -164,6 +173,7 @@ void CVioFile::SetTime(std::time_t access, std::time_t modification) {
 }
 
 bool CVioFile::FreeThreadLock() noexcept {
+    ForgetLocksOfParent();
     // Only the owner passes TryLock while the depth is above zero.
     if (!lock_.TryLock()) return false;
     const bool held = lockDepth_ > 0;

@@ -1,5 +1,6 @@
 #include "CVsystemLog.h"
 
+#include <pthread.h>
 #include <syslog.h>
 
 #include <cerrno>
@@ -42,6 +43,9 @@ void Send(int priority, const std::string& identity, const std::string& text) {
     // openlog keeps the pointer to the identity and closelog forgets it for the whole process: one thread at
     // a time. Never destroyed: a detached thread may report while the process ends.
     static std::mutex& mutex = *new std::mutex;
+    // A child process that is forked meanwhile must not find it taken, nor the library's own lock.
+    [[maybe_unused]] static const int registered =
+        pthread_atfork([] { mutex.lock(); }, [] { mutex.unlock(); }, [] { mutex.unlock(); });
     const std::lock_guard guard(mutex);
     openlog(identity.c_str(), LOG_PID, LOG_DAEMON);
     syslog(priority, "%s", text.c_str());

@@ -58,6 +58,9 @@ LockedPath& LockedPath::Of(const std::string& path) {
         std::map<std::string, LockedPath> byFile;
     };
     static Table& table = *new Table;
+    // A thread that is in here while another one forks must not leave the mutex taken in the child.
+    [[maybe_unused]] static const int registered = pthread_atfork(
+        [] { table.mutex.lock(); }, [] { table.mutex.unlock(); }, [] { table.mutex.unlock(); });
     const std::lock_guard guard(table.mutex);
     LockedPath*& known = table.bySpelling[path];
     if (known == nullptr) known = &table.byFile[Canonical(path)];
@@ -189,12 +192,12 @@ Answer Attempt(LockedPath& taken, const std::string& path, const LockRetry& retr
 void RemoveIfDead(const std::string& path) {
     const NoCancellation shield;
     struct stat status = {};
-    if (lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return;
+    if (lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size != 0) return;
     LockedPath& taken = LockedPath::Of(path);
     if (!taken.TryTake()) return;
     const int descriptor = open(path.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     if (descriptor >= 0 && RequestRecordLock(descriptor, F_SETLK, F_WRLCK) == 0 &&
-        StillNames(path.c_str(), descriptor)) {
+        StillNames(path.c_str(), descriptor) && fstat(descriptor, &status) == 0 && status.st_size == 0) {
         unlink(path.c_str());  // while it is held: whoever waits for it will see that the path is gone
     }
     if (descriptor >= 0) close(descriptor);
@@ -207,12 +210,12 @@ LockFile::LockFile(const std::string& path, const LockRetry& retry)
     : path_(&LockedPath::Of(path)), descriptor_(-1) {
     Answer answer = Answer::Busy;
     for (int attempt = 0; attempt < retry.attempts && answer == Answer::Busy; ++attempt) {
+        answer = Attempt(*path_, path, retry, descriptor_);
         // A log's worker waits with cancellation off, and must not keep a stopping service for a minute.
-        if (CVconThread::KillRequested()) {
+        if (answer == Answer::Busy && CVconThread::KillRequested()) {
             errno = EINTR;
             break;
         }
-        answer = Attempt(*path_, path, retry, descriptor_);
     }
     if (answer != Answer::Granted) {
         throw CVException("LockFile", __LINE__, "LockFile Creation Failed", GetSystemErrorText());
@@ -220,7 +223,11 @@ LockFile::LockFile(const std::string& path, const LockRetry& retry)
 }
 
 LockFile::~LockFile() {
-    Release(*path_, descriptor_);
+    if (IsHeld()) {
+        Release(*path_, descriptor_);
+    } else if (path_->TryTake()) {  // else closing would drop the lock that this process holds itself
+        Release(*path_, descriptor_);
+    }
 }
 
 namespace quorbel {

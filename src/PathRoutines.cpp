@@ -13,6 +13,7 @@
 
 #include "CVException.h"
 #include "CVioFile.h"
+#include "NoCancellation.h"
 
 using namespace quorbel;
 
@@ -84,6 +85,7 @@ std::string CurrentTimeOfDay() {
 }  // namespace quorbel
 
 int CreateLockFile(const char* directory) {
+    const NoCancellation shield;
     constexpr std::size_t kLongestPath = 256;
     std::string path = directory == nullptr || *directory == '\0' ? "./" : directory;
     if (path.size() + std::strlen("lock") > kLongestPath) return -1;

@@ -7,6 +7,8 @@
 #include <csignal>
 #include <mutex>
 
+#include "ProcessMark.h"
+
 namespace quorbel {
 
 /// What a thread object shares with the thread it started. It outlives both.
@@ -27,15 +29,23 @@ struct ThreadControl {
     std::atomic_flag suspendWanted;  // signal handlers use the flags
     std::atomic_flag paused;
     std::atomic_flag killed;
+    std::atomic_flag asked[3];  // by role: whether a request was ever sent to this thread
 
-    bool IsAlive() const { return state != kEnded; }
+    ProcessMark process;
+
+    /// Not in a child process: a fork carries over the calling thread alone.
+    bool IsAlive() const { return state != kEnded && process.IsOurs(); }
 };
 
-// The three signals by which threads are paused, resumed and ended: SIGUSR1, SIGUSR2 and SIGQUIT.
+// The three signals by which threads are paused, resumed and ended: SIGUSR1, SIGUSR2 and SIGQUIT unless others
+// are chosen for the first two.
 
-/// Installs their handlers; 0 or an error code, in which case a later call tries again.
-/// They do nothing to a thread that was not asked to pause or killed, except that a SIGQUIT from outside the
-/// process has the effect it had before.
+/// Before the handlers are installed; 0, EBUSY afterwards, EINVAL for signals that cannot be used.
+int ChooseThreadSignals(int suspend, int resume);
+
+/// Installs the handlers; 0 or an error code, in which case a later call tries again.
+/// A signal that no request of ours brought is given to the handler that was there before; a SIGQUIT that had
+/// none ends the process.
 int InstallThreadSignals();
 
 /// Binds the handlers to the calling thread's control block and lets the signals in.

@@ -45,7 +45,9 @@ TEST_F(Queries, HandOutTheTableByRowAndColumn) {
 }
 
 TEST_F(Queries, ReportWhatAnUpdateChanged) {
+    ASSERT_TRUE(database_.ExecuteSelectQuery("SELECT 1;", result_));
     ASSERT_TRUE(database_.ExecuteUpdateQuery("INSERT INTO t VALUES (7,'a'),(9,'b');", result_, rowId_));
+    EXPECT_EQ(result_.GetRowCount(), 0) << "rows of the select before";
     EXPECT_EQ(result_.GetAffectedRows(), 2);
     EXPECT_EQ(rowId_, 9);
     ASSERT_TRUE(database_.ExecuteUpdateQuery("INSERT INTO t VALUES (-5,'c');", result_, rowId_));

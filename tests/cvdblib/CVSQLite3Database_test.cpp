@@ -3,9 +3,13 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <functional>
+#include <memory>
+#include <thread>
 
 #include "cvdblib/sqlite3/src/CVDBexception.h"
 #include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
@@ -153,4 +157,82 @@ TEST(CVSQLite3Database, TakesMoreCodesForBusyThanSqliteDoes) {
                            SQLITE_CONSTRAINT, SQLITE_CONSTRAINT_UNIQUE, SQLITE_READONLY_DBMOVED}) {
         EXPECT_FALSE(CountsAsBusy(code)) << code;
     }
+}
+
+namespace {
+
+int RowsOf(const std::string& path) {
+    CVSQLite3ResultSet rows;
+    CVSQLite3Database(path).ExecuteSelectQuery("SELECT a FROM t;", rows);
+    return rows.GetRowCount();
+}
+
+void Insert(CVSQLite3Database& database, int from, int to) {
+    for (int number = from; number < to; ++number) {
+        if (!database.ExecuteUpdateQuery("INSERT INTO t VALUES (" + std::to_string(number) + ");"))
+            throw number;
+    }
+}
+
+}  // namespace
+
+TEST(CVSQLite3Database, LosesNothingWhenItIsCarriedOverForks) {
+    for (const char* mode : {"WAL", "DELETE"}) {
+        TempDir dir;
+        auto database = std::make_unique<CVSQLite3Database>(dir / "x.sdb", TableDescription{"t", "a UNIQUE"});
+        ASSERT_TRUE(database->ExecuteUpdateQuery("PRAGMA journal_mode=" + std::string(mode) + ";"));
+        Insert(*database, 0, 10);
+        int gate[2];
+        ASSERT_EQ(pipe(gate), 0);
+        const pid_t child = StartChild([&] {
+            Insert(*database, 100, 115);
+            if (InChildProcess([&] { Insert(*database, 1000, 1005); }) != Child::Finished) throw 1;
+            char none;
+            close(gate[1]);
+            while (read(gate[0], &none, 1) > 0) {
+            }
+            Insert(*database, 200, 215);  // the parent has closed: its clean-up must have spared ours
+        });
+        Insert(*database, 10, 15);
+        database.reset();
+        close(gate[0]);
+        close(gate[1]);
+        EXPECT_EQ(WaitForChild(child), Child::Finished) << mode;
+        EXPECT_EQ(RowsOf(dir / "x.sdb"), 50) << mode;
+    }
+}
+
+TEST(CVSQLite3Database, LeavesATransactionOverAForkToTheParent) {
+    TempDir dir;
+    CVSQLite3Database database(dir / "x.sdb", {"t", "a"});
+    ASSERT_TRUE(database.BeginImmediateTransaction("", kTryOnce));
+    Insert(database, 0, 1);
+    EXPECT_EQ(InChildProcess([&] {
+                  CVSQLite3ResultSet rows;
+                  if (!database.ExecuteSelectQuery("SELECT a FROM t;", rows) || rows.GetRowCount() != 0)
+                      throw 1;
+                  database.ExecuteUpdateQuery("PRAGMA busy_timeout=0;");
+                  if (database.BeginImmediateTransaction("", kTryOnce)) throw 2;
+              }),
+              Child::Finished);
+    EXPECT_TRUE(database.CommitTransaction("", kTryOnce));
+    EXPECT_EQ(RowsOf(dir / "x.sdb"), 1);
+}
+
+TEST(CVSQLite3Database, SurvivesForksWhileThreadsUseIt) {
+    TempDir dir;
+    CVSQLite3Database(dir / "x.sdb", {"t", "a"});
+    std::atomic<bool> stop{false};
+    std::thread busy([&] {
+        while (!stop) RowsOf(dir / "x.sdb");
+    });
+    for (int number = 0; number < 30; ++number) {
+        EXPECT_EQ(InChildProcess([&] {
+                      CVSQLite3Database own(dir / "x.sdb");
+                      Insert(own, number, number + 1);
+                  }),
+                  Child::Finished);
+    }
+    stop = true;
+    busy.join();
 }

@@ -9,14 +9,18 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <filesystem>
 #include <functional>
 #include <thread>
 
 #include "CVException.h"
 #include "CVconEvent.h"
 #include "CVconLock.h"
+#include "CVioDirectory.h"
+#include "CVioFile.h"
 #include "LockFile.h"
 #include "NoCancellation.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/TempDir.h"
 
@@ -272,6 +276,22 @@ TEST(CVconThread, KilledBodySeesTheRequestWhereItCannotBeEnded) {
     EXPECT_FALSE(CVconThread::KillRequested()) << "only the killed thread is meant";
 }
 
+TEST(CVconThread, KilledBodyStillGetsALockThatIsFree) {
+    const TempDir dir;
+    std::atomic<bool> granted{false};
+    Body body([&] {
+        const NoCancellation asInADestructor;
+        while (!CVconThread::KillRequested()) std::this_thread::sleep_for(100us);
+        const LockFile lock(dir / "l.lock");
+        granted = true;
+    });
+    CVconThread thread(&body);
+    thread.Create();
+    thread.Kill();
+    EXPECT_TRUE(Ends(thread));
+    EXPECT_TRUE(granted);
+}
+
 TEST(CVconThread, KilledBodyGivesUpTheLockFileItWaitsFor) {
     const TempDir dir;
     const LockFile held(dir / "l.lock");
@@ -354,6 +374,77 @@ TEST(CVconThread, KillEndsASuspendedThread) {
     EXPECT_TRUE(Ends(counter.thread));
 }
 
+TEST(CVconThread, KillsLeaveNoDescriptorOpenAndNoLockTaken) {
+    const TempDir dir;
+    const auto descriptors = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+    };
+    CVioFile shared(dir / "shared");
+    shared.Open("w");
+    Body body([&] {
+        for (;;) {
+            CVioFile file(dir / "file");
+            file.Open("a");
+            file.Lock('w', false);
+            file.WriteFormatted("%s\n", "entry");
+            CVioDirectory(dir.Path()).List();
+            shared.Write("x");
+            pthread_testcancel();
+        }
+    });
+    const auto before = descriptors();
+    for (int round = 0; round < 300; ++round) {
+        CVconThread thread(&body);
+        thread.Create();
+        std::this_thread::sleep_for(std::chrono::microseconds(round * 7 % 500));
+        thread.Kill();
+        ASSERT_TRUE(Ends(thread));
+    }
+    EXPECT_EQ(descriptors(), before);
+    shared.Lock('w', false);
+    EXPECT_EQ(ReadFile(dir / "file").size() % 6, 0U) << "half an entry";
+}
+
+TEST(CVconThread, WaitsForEverWhenToldTo) {
+    CVconEvent go;
+    Body body([&] { go.Wait(); });
+    CVconThread thread(&body);
+    thread.Create();
+    std::atomic<bool> over{false};
+    std::thread waiter([&] { over = thread.WaitForEnd(std::chrono::milliseconds::max()); });
+    std::this_thread::sleep_for(20ms);
+    EXPECT_FALSE(over);
+    go.Signal();
+    waiter.join();
+    EXPECT_TRUE(over);
+}
+
+TEST(CVconThread, IsGoneInAChildWhereLocksAndEventsAreFree) {
+    CVconLock lock;
+    CVconEvent event;
+    Body body([&] {
+        const ScopedLock guard(&lock);
+        event.Wait();
+    });
+    auto thread = std::make_unique<CVconThread>(&body);
+    thread->Create();
+    ASSERT_TRUE(Eventually([&] { return !lock.TryLock() || !lock.Unlock(); }));
+    EXPECT_EQ(InChildProcess([&] {
+                  if (thread->IsAlive() || !thread->WaitForEnd(20s)) throw 1;
+                  if (Thrown([&] { thread->Kill(); }) == "nothing") throw 2;
+                  if (!lock.TryLock() || !lock.Unlock()) throw 3;
+                  if (event.Wait(0) != CVconEvent::Wake::TimedOut) throw 4;
+                  Body again([&] { event.Signal(); });
+                  CVconThread own(&again);
+                  own.Create();
+                  if (!Ends(own) || event.Wait() != CVconEvent::Wake::Signalled) throw 5;
+              }),
+              Child::Finished);
+    EXPECT_TRUE(thread->IsAlive());
+    event.Signal();
+    EXPECT_TRUE(Ends(*thread));
+}
+
 using CVconThreadDeathTest = testing::Test;
 
 namespace {
@@ -367,6 +458,47 @@ void EndByAnOperatorsQuit() {
     thread.Create();
     kill(getpid(), SIGQUIT);
     Ends(thread);
+}
+
+std::atomic<int> handled{0};
+
+void EndAfterSignalsFromOutside() {
+    struct sigaction action = {};
+    action.sa_handler = [](int signal) { handled += signal; };
+    for (const int signal : {SIGUSR1, SIGUSR2, SIGQUIT}) sigaction(signal, &action, nullptr);
+    Counter counter;
+    int expected = 0;
+    for (int round = 0; round < 2; ++round) {
+        for (const int signal : {SIGUSR1, SIGUSR2, SIGQUIT}) {
+            kill(getpid(), signal);
+            expected += signal;
+            if (!Eventually([&] { return handled == expected; })) _exit(1);
+        }
+        counter.thread.Suspend();
+        if (!Paused(counter.thread)) _exit(2);
+        counter.thread.Resume();
+        if (!counter.Runs()) _exit(3);
+    }
+    counter.thread.Kill();
+    if (!Ends(counter.thread) || handled != expected) _exit(4);
+    _exit(7);
+}
+
+void EndWithSignalsOfItsOwn() {
+    struct sigaction action = {};
+    action.sa_handler = [](int) { _exit(1); };
+    for (const int signal : {SIGUSR1, SIGUSR2}) sigaction(signal, &action, nullptr);
+    for (const auto& [suspend, resume] : {std::pair{SIGTERM, SIGUSR2}, {SIGUSR1, SIGUSR1}}) {
+        if (Thrown([&, s = suspend, r = resume] { CVconThread::UseSignals(s, r); }) == "nothing") _exit(2);
+    }
+    CVconThread::UseSignals(SIGRTMIN + 2, SIGRTMIN + 3);
+    Counter counter;
+    counter.thread.Suspend();
+    if (!Paused(counter.thread)) _exit(3);
+    counter.thread.Resume();
+    if (!counter.Runs()) _exit(4);
+    if (Thrown([] { CVconThread::UseSignals(SIGUSR1, SIGUSR2); }) == "nothing") _exit(5);
+    _exit(7);
 }
 
 void EndWhenHandlersAreRefused() {
@@ -389,4 +521,14 @@ TEST(CVconThreadDeathTest, QuitFromOutsideStillEndsTheProcess) {
 TEST(CVconThreadDeathTest, ReportsRefusedHandlersAndTriesAgain) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(EndWhenHandlersAreRefused(), testing::ExitedWithCode(7), "");
+}
+
+TEST(CVconThreadDeathTest, GivesSignalsFromOutsideToTheHandlersBefore) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(EndAfterSignalsFromOutside(), testing::ExitedWithCode(7), "");
+}
+
+TEST(CVconThreadDeathTest, PausesBySignalsOfTheServicesChoice) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(EndWithSignalsOfItsOwn(), testing::ExitedWithCode(7), "");
 }

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
+#include <memory>
 #include <numeric>
 #include <stdexcept>
 #include <thread>
@@ -114,6 +115,44 @@ TEST(LockFile, TakesALockThatIsFreedWhileItWaits) {
     EXPECT_EQ(waits, 3);
 }
 
+TEST(LockFile, IsNotHeldByAChildOfItsHolder) {
+    TempDir dir;
+    const std::string path = dir / "a.lock";
+    auto held = std::make_unique<LockFile>(path);
+    const auto child = [&] {
+        if (held->IsHeld()) throw 1;
+        held.reset();
+        Holder other(path);  // waits until the parent has freed it
+        held = std::make_unique<LockFile>(dir / "b.lock");
+    };
+    const pid_t pid = StartChild(child);
+    EXPECT_EQ(InChildProcess([&] { TakeOnce(path); }), Child::Threw)
+        << "the child's end dropped the parent's lock";
+    held.reset();
+    EXPECT_EQ(WaitForChild(pid), Child::Finished);
+}
+
+TEST(LockFile, KeepsTheLockThatAChildTookForItself) {
+    TempDir dir;
+    const std::string path = dir / "a.lock";
+    auto inherited = std::make_unique<LockFile>(path);
+    int gate[2];
+    ASSERT_EQ(pipe(gate), 0);
+    const pid_t pid = StartChild([&] {
+        close(gate[1]);
+        char none;
+        while (read(gate[0], &none, 1) > 0) {
+        }
+        const LockFile own(path);
+        inherited.reset();
+        if (InChildProcess([&] { TakeOnce(path); }) != Child::Threw) throw 1;
+    });
+    close(gate[0]);
+    inherited.reset();
+    close(gate[1]);
+    EXPECT_EQ(WaitForChild(pid), Child::Finished);
+}
+
 TEST(LockFile, FailsAtOnceWhereWaitingCannotHelp) {
     TempDir dir;
     dir.Write("file", "");
@@ -165,12 +204,13 @@ TEST(RemoveDeadLockFiles, LeavesLocksThatAreHeldAndAllElse) {
     const Holder holder(dir / "held.lock");
     const LockFile ours(dir / "ours.lock");
     dir.Write("dead.lock", "");
+    dir.Write("yarn.lock", "of another program");
     dir.Write("a.lock.txt", "");
     fs::create_directory(dir / "directory.lock");
     fs::create_symlink("a.lock.txt", dir / "link.lock");
     RemoveDeadLockFiles(dir.Path());
-    EXPECT_THAT(dir.Names(),
-                testing::ElementsAre("a.lock.txt", "directory.lock", "held.lock", "link.lock", "ours.lock"));
+    EXPECT_THAT(dir.Names(), testing::ElementsAre("a.lock.txt", "directory.lock", "held.lock", "link.lock",
+                                                  "ours.lock", "yarn.lock"));
     EXPECT_THROW(RemoveDeadLockFiles(dir / "missing"), CVioException);
 }
 

@@ -87,7 +87,16 @@ CVSQLite3Database::CVSQLite3Database(std::string path, const TableDescription& t
 CVSQLite3Database::~CVSQLite3Database() = default;
 
 void CVSQLite3Database::ForgetError() {
+    if (!connection_->IsOurs()) OpenInThisProcess();
     connection_->SetError({});
+}
+
+void CVSQLite3Database::OpenInThisProcess() {
+    const bool wasOpen = connection_->IsOpen();
+    const bool wasReady = ready_;
+    connection_->Abandon();
+    ready_ = inTransaction_ = false;
+    if (wasOpen && Open(exclusiveUse_) && wasReady) Initialize(true);
 }
 
 bool CVSQLite3Database::CanRunStatements() const {
@@ -194,6 +203,7 @@ bool CVSQLite3Database::ExecuteUpdateQuery(const std::string& sql, CVSQLite3Resu
     ForgetError();
     if (!CanRunStatements()) return false;
     Update(__LINE__, sql, nullptr);
+    result.TakeTable(nullptr, 0, 0);
     result.SetAffectedRows(connection_->ChangedRows());
     lastRowId = std::max<std::int64_t>(0, connection_->LastRowId());
     return true;

@@ -55,6 +55,9 @@ bool IsWritableDatabase(const std::string& path);
 /// it reopened the database afterwards. SQL text is taken as it is: double the quotes of what comes from
 /// outside with DoubleQuotes.
 ///
+/// A child process may go on using the object: at the first call it opens a connection of its own, without a
+/// transaction and without what was set on the other one, and leaves the parent's alone.
+///
 /// A path that cannot be opened takes the constructor and Open 25 s, see IsReadableDatabase.
 class CVSQLite3Database {
 public:
@@ -143,6 +146,7 @@ private:
 
     /// Every public operation begins here.
     void ForgetError();
+    void OpenInThisProcess();
     bool CanRunStatements() const;
 
     bool RetryWhileBusy(int (quorbel::SqliteConnection::*attempt)());

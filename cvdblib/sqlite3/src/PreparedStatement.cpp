@@ -49,6 +49,10 @@ PreparedStatement& PreparedStatement::BindInt64(int position, std::int64_t value
 void PreparedStatement::Run() {
     const NoCancellation shield;
     state_->connection.SetError({});
+    if (state_->statement.get_deleter().process != getpid()) {
+        state_->connection.SetError({SQLITE_MISUSE, "statement of another process"});
+        Check(SQLITE_MISUSE, __LINE__, "run");
+    }
     const int code = sqlite3_step(state_->statement.get());
     Check(state_->connection.Note(code), __LINE__, "run");
 }

@@ -11,7 +11,7 @@ namespace quorbel {
 /// An SQL statement whose values are bound to its "?" by position, counted from 1; no text of a value can
 /// change what the statement does.
 ///
-/// Must end before its database is closed. Failures throw CVDBexception with SQLite's text.
+/// Must end before its database is closed, and is of no use in a child process. Failures throw CVDBexception with SQLite's text.
 class PreparedStatement {
 public:
     PreparedStatement(CVSQLite3Database& database, const std::string& sql);

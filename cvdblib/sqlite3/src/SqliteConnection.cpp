@@ -1,7 +1,10 @@
 #include "cvdblib/sqlite3/src/SqliteConnection.h"
 
+#include <pthread.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
 
+#include <atomic>
 #include <utility>
 
 #include "NoCancellation.h"
@@ -9,6 +12,58 @@
 #include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
 
 namespace quorbel {
+
+namespace {
+
+// SQLite keeps one record for each file of a process: which locks its connections hold there. A child process
+// inherits the records, not the locks. So that its own connections get records of their own, the device
+// number by which SQLite finds them is changed there.
+std::atomic<dev_t> deviceMark{0};
+
+int MarkDevice(int result, struct stat* status) {
+    if (result == 0) status->st_dev ^= deviceMark;
+    return result;
+}
+
+int MarkedStat(const char* path, struct stat* status) {
+    return MarkDevice(stat(path, status), status);
+}
+
+int MarkedFstat(int descriptor, struct stat* status) {
+    return MarkDevice(fstat(descriptor, status), status);
+}
+
+void LeaveRecordsOfParent(pid_t self) {
+    constexpr int kHalf = 32;
+    deviceMark = static_cast<dev_t>(self) << kHalf;
+    sqlite3_vfs* const system = sqlite3_vfs_find(nullptr);
+    system->xSetSystemCall(system, "stat", reinterpret_cast<sqlite3_syscall_ptr>(MarkedStat));
+    system->xSetSystemCall(system, "fstat", reinterpret_cast<sqlite3_syscall_ptr>(MarkedFstat));
+}
+
+// The library's own locks in the order in which it takes them. Held over a fork, none is left taken in the
+// child by a thread that does not run there.
+constexpr int kLibraryLocks[] = {SQLITE_MUTEX_STATIC_MAIN, SQLITE_MUTEX_STATIC_OPEN, SQLITE_MUTEX_STATIC_VFS1,
+                                 SQLITE_MUTEX_STATIC_VFS2, SQLITE_MUTEX_STATIC_VFS3, SQLITE_MUTEX_STATIC_LRU,
+                                 SQLITE_MUTEX_STATIC_PMEM, SQLITE_MUTEX_STATIC_PRNG, SQLITE_MUTEX_STATIC_MEM};
+
+void BeforeFork() {
+    for (const int lock : kLibraryLocks) sqlite3_mutex_enter(sqlite3_mutex_alloc(lock));
+}
+
+void AfterFork() {
+    for (const int lock : kLibraryLocks) sqlite3_mutex_leave(sqlite3_mutex_alloc(lock));
+}
+
+/// Before each opening.
+void PrepareForForks() {
+    static const int registered = (sqlite3_initialize(), pthread_atfork(BeforeFork, AfterFork, AfterFork));
+    static std::atomic<pid_t> process{getpid()};
+    const pid_t self = getpid();
+    if (registered == 0 && process.exchange(self) != self) LeaveRecordsOfParent(self);
+}
+
+}  // namespace
 
 void SqliteConnection::Fail(int line, std::string message) const {
     throw CVDBexception(error_.code, "CVSQLite3Database", line, std::move(message), error_.text);
@@ -29,6 +84,7 @@ int SqliteConnection::NoteText(int code, char* text) {
 
 int SqliteConnection::Open() {
     const NoCancellation shield;
+    PrepareForForks();
     sqlite3* handle = nullptr;
     const int code = sqlite3_open(path_.c_str(), &handle);
     handle_.reset(handle);  // a failed open hands out a connection too, which knows the error's text
@@ -39,6 +95,10 @@ int SqliteConnection::Open() {
         handle_.reset();
     }
     return code;
+}
+
+void SqliteConnection::Abandon() {
+    process_.Claim([this] { static_cast<void>(handle_.release()); });
 }
 
 int SqliteConnection::Close() {
@@ -105,7 +165,7 @@ int SqliteConnection::Prepare(const std::string& sql, Statement& statement) {
 
 void SqliteConnection::Finalize::operator()(sqlite3_stmt* statement) const noexcept {
     const NoCancellation shield;
-    sqlite3_finalize(statement);
+    if (process == getpid()) sqlite3_finalize(statement);
 }
 
 }  // namespace quorbel

@@ -1,8 +1,12 @@
 #pragma once
 
+#include <unistd.h>
+
 #include <cstdint>
 #include <memory>
 #include <string>
+
+#include "ProcessMark.h"
 
 class CVSQLite3ResultSet;
 struct sqlite3;
@@ -31,9 +35,16 @@ constexpr bool CountsAsBusy(int code) {
 ///
 /// The calls answer SQLite's result code, 0 for success; all but Open, Close and IsOpen need an open
 /// connection. None of them can be left by the end of its thread: SQLite would keep its locks.
+///
+/// A connection must not be used in another process than the one that opened it, nor closed there: SQLite
+/// forbids both. Such a process calls Abandon first.
 class SqliteConnection {
 public:
     explicit SqliteConnection(std::string path) : path_(std::move(path)) {}
+    ~SqliteConnection() { Abandon(); }
+
+    SqliteConnection(const SqliteConnection&) = delete;
+    SqliteConnection& operator=(const SqliteConnection&) = delete;
 
     const std::string& Path() const { return path_; }
     const SqliteError& Error() const { return error_; }
@@ -44,6 +55,9 @@ public:
     int Open();
     int Close();
     bool IsOpen() const { return handle_ != nullptr; }
+    bool IsOurs() const { return process_.IsOurs(); }
+    /// Forgets the parent's connection without touching it.
+    void Abandon();
 
     void SetBusyTimeout(int milliseconds);
     bool IsAutoCommit() const;
@@ -57,6 +71,7 @@ public:
     std::int64_t LastRowId() const;
 
     struct Finalize {
+        pid_t process = getpid();  // in another one the statement is abandoned
         void operator()(sqlite3_stmt* statement) const noexcept;
     };
     using Statement = std::unique_ptr<sqlite3_stmt, Finalize>;
@@ -73,6 +88,7 @@ private:
     int NoteText(int code, char* text);
 
     std::string path_;
+    ProcessMark process_;
     std::unique_ptr<sqlite3, CloseHandle> handle_;  // null while closed
     SqliteError error_;
 };
