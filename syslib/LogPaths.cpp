@@ -81,10 +81,11 @@ std::string WhyNotWritable(const std::string& path) {
     if (!Allows(directory, W_OK | X_OK)) {
         return "takes no new files: " + directory + ": " + GetSystemErrorText();
     }
-    return IsDirectory(path) ? path + ": is a directory" : WhyRefused(path);
+    return WhyRefused(path);
 }
 
 std::string WhyRefused(const std::string& path) {
+    if (IsDirectory(path)) return path + ": is a directory";
     const bool refused = Allows(path, F_OK) && !Allows(path, R_OK | W_OK);
     return refused ? path + ": " + GetSystemErrorText() : "";
 }

@@ -1,27 +1,47 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "syslib/LogLevel.h"
 #include "tools/cvlogs/DatabaseChoice.h"
-#include "tools/cvlogs/EntryOutput.h"
+#include "tools/cvlogs/Deliveries.h"
+#include "tools/cvlogs/EntryFilter.h"
 
 namespace quorbel {
 
 // What the command line chose for each command, and the commands themselves. They print, and throw what they
 // cannot do; UsageError where the options make no sense together.
 
-/// Which entries of which module are wanted, and how they are shown.
-struct EntryChoice {
-    DatabaseChoice database;
-    std::string module;
-    LogLevel level = LogLevel::None;
-    LogFilter filter;
+struct PrintChoice {
     bool asJson = false;
     bool asTsv = false;
+    bool noPager = false;
+    std::string colour = "auto";  ///< or "always" or "never"
 };
-void QueryEntries(const EntryChoice& choice);
-void CountEntries(const EntryChoice& choice);
+
+/// Colours and pager as chosen; a pager only when there may be one.
+void PreparePrinting(const PrintChoice& choice, bool pager);
+
+struct QueryChoice : EntryChoice {
+    PrintChoice print;
+    std::int64_t last = 0;  ///< only so many of the last entries; 0 is all
+    bool newest = false;
+    bool byModule = false;
+    bool byLevel = false;
+    std::int64_t limit = 0;  ///< 0 is none
+    std::int64_t offset = 0;
+};
+/// With `follow` it ends by a signal only.
+void QueryEntries(const QueryChoice& choice);
+void CountEntries(const QueryChoice& choice);
+
+struct DeliveriesChoice {
+    DeliveryChoice wanted;
+    bool summary = false;
+    PrintChoice print;
+};
+void ShowDeliveries(const DeliveriesChoice& choice);
 
 void PrintModules(const DatabaseChoice& choice);
 void TruncateDatabase(const DatabaseChoice& choice);

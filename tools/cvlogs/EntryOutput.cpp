@@ -1,102 +1,94 @@
 #include "tools/cvlogs/EntryOutput.h"
 
-#include <algorithm>
-#include <cstdlib>
-#include <iterator>
 #include <vector>
 
-#include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
 #include "syslib/LogLevel.h"
 #include "tools/operator/Output.h"
 #include "tools/operator/Text.h"
 
 namespace quorbel {
 
+// A number is printed as it is, and stays empty where there is none.
+struct EntryPrinter::Column {
+    const char* name;
+    std::string value;
+    bool isNumber = false;
+};
+
 namespace {
 
-constexpr std::string_view kNumberColumns[] = {"id", "timestamp", "level", "line", "records"};
+constexpr struct {
+    LogLevel level;
+    const char* colour;
+} kColours[] = {
+    {LogLevel::Trace, "2"},  {LogLevel::Debug, "2"},       {LogLevel::Warn, "33"},
+    {LogLevel::Error, "31"}, {LogLevel::Critical, "1;31"}, {LogLevel::Fatal, "1;31"},
+};
 
-// As JSON spells them: no leading zeros, no plus sign. The database holds what was put into it.
-bool IsWholeNumber(std::string_view text) {
-    if (text.starts_with('-')) text.remove_prefix(1);
-    if (text.empty() || (text[0] == '0' && text.size() > 1)) return false;
-    return text.find_first_not_of("0123456789") == text.npos;
-}
-
-std::string JsonValue(std::string_view column, const char* cell) {
-    if (cell == nullptr) return "null";
-    const bool isNumber =
-        std::find(std::begin(kNumberColumns), std::end(kNumberColumns), column) != std::end(kNumberColumns);
-    return isNumber && IsWholeNumber(cell) ? cell : JsonString(cell);
-}
-
-// A column whose name is a quoted literal holds that literal in every row.
-std::vector<int> ShownColumns(const CVDBiResultSet& rows) {
-    std::vector<int> columns;
-    for (int column = 0; column < rows.GetColumnCount(); ++column) {
-        if (*rows.GetColumnName(column) != '\'') columns.push_back(column);
-    }
-    return columns;
-}
-
-std::string JsonObject(const CVDBiResultSet& rows, int row, const std::vector<int>& columns) {
-    std::string object;
-    for (const int column : columns) {
-        const char* name = rows.GetColumnName(column);
-        object += object.empty() ? '{' : ',';
-        object += JsonString(name) + ":";
-        object += JsonValue(name, rows.GetCell(row, column));
-    }
-    return object + "}";
-}
-
-std::vector<std::string> TsvFields(const std::vector<int>& columns, const auto& textOf) {
-    std::vector<std::string> fields;
-    for (const int column : columns) {
-        const char* text = textOf(column);
-        fields.push_back(TsvField(text != nullptr ? text : ""));
-    }
-    return fields;
-}
-
-void PrintJson(const CVDBiResultSet& rows) {
-    const auto columns = ShownColumns(rows);
-    for (int row = 0; row < rows.GetRowCount(); ++row) PrintLine(JsonObject(rows, row, columns));
-}
-
-void PrintTsv(const CVDBiResultSet& rows) {
-    const auto columns = ShownColumns(rows);
-    PrintFields(TsvFields(columns, [&](int column) { return rows.GetColumnName(column); }));
-    for (int row = 0; row < rows.GetRowCount(); ++row) {
-        PrintFields(TsvFields(columns, [&](int column) { return rows.GetCell(row, column); }));
-    }
+std::string CountLine(const LogEntry& alike, std::int64_t count) {
+    constexpr std::size_t kWidth = 7;
+    std::string line = std::to_string(count);
+    if (line.size() < kWidth) line.insert(0, kWidth - line.size(), ' ');
+    const std::string_view message = alike.message;
+    line.append(" ").append(alike.time).append(" ");
+    line.append(LogLevelTag(static_cast<unsigned>(alike.level))).append(" ");
+    return line.append(message.substr(0, message.find_last_not_of("\r\n") + 1));
 }
 
 }  // namespace
 
-std::string EntryRow::Text(std::string_view column) const {
-    for (int index = 0; index < rows_.GetColumnCount(); ++index) {
-        if (rows_.GetColumnName(index) != column) continue;
-        const char* cell = rows_.GetCell(row_, index);
-        return cell != nullptr ? cell : "";
+const char* ColourOfLevel(int level) {
+    for (const auto& row : kColours) {
+        if (static_cast<int>(row.level) == level) return row.colour;
     }
-    return {};
+    return "";
 }
 
-std::string EntryRow::LevelTag() const {
-    return std::string(LogLevelTag(static_cast<unsigned>(std::atoi(Text("level").c_str()))));
+template <class Columns>
+void EntryPrinter::PrintColumns(const Columns& columns) {
+    if (format_ == EntryFormat::Json) {
+        std::string object;
+        for (const Column& column : columns) {
+            object += object.empty() ? "{" : ",";
+            const std::string number = column.value.empty() ? "null" : column.value;
+            object += JsonString(column.name) + ":" + (column.isNumber ? number : JsonString(column.value));
+        }
+        return PrintLine(object + "}");
+    }
+    std::vector<std::string> names;
+    std::vector<std::string> fields;
+    for (const Column& column : columns) {
+        names.emplace_back(column.name);
+        fields.push_back(TsvField(column.value));
+    }
+    if (!headed_) PrintFields(names);
+    headed_ = true;
+    PrintFields(fields);
 }
 
-std::string EntryRow::Message() const {
-    std::string message = Text("message");
-    message.erase(message.find_last_not_of("\r\n") + 1);
-    return message;
+void EntryPrinter::Print(const LogEntry& entry) {
+    if (format_ == EntryFormat::Lines) return PrintLine(entry.text, ColourOfLevel(entry.level));
+    const std::string_view module = subModules_ ? SubModuleOf(entry.module) : entry.module;
+    PrintColumns(std::vector<Column>{
+        {"id", entry.id ? std::to_string(*entry.id) : "", true},
+        {"module", std::string(module)},
+        {"timestamp", entry.time.empty() ? "" : std::to_string(entry.timestamp), true},
+        {"level", std::to_string(entry.level), true},
+        {"message", std::string(entry.message)},
+        {"line", std::to_string(entry.line), true},
+        {"srcfile", std::string(entry.sourceFile)},
+        {"tempcol", std::string(entry.time)},
+    });
 }
 
-void PrintEntries(const CVDBiResultSet& rows, EntryFormat format, const EntryToLine& toLine) {
-    if (format == EntryFormat::Json) return PrintJson(rows);
-    if (format == EntryFormat::Tsv) return PrintTsv(rows);
-    for (int row = 0; row < rows.GetRowCount(); ++row) PrintLine(toLine(EntryRow(rows, row)));
+void EntryPrinter::PrintCount(const LogEntry& alike, std::int64_t count) {
+    if (format_ == EntryFormat::Lines) return PrintLine(CountLine(alike, count), ColourOfLevel(alike.level));
+    PrintColumns(std::vector<Column>{
+        {"entry_time", std::string(alike.time)},
+        {"message", std::string(alike.message)},
+        {"level", std::to_string(alike.level), true},
+        {"records", std::to_string(count), true},
+    });
 }
 
 }  // namespace quorbel

@@ -1,36 +1,36 @@
 #pragma once
 
-#include <functional>
+#include <cstdint>
 #include <string>
-#include <string_view>
 
-class CVDBiResultSet;
+#include "tools/cvlogs/LogEntry.h"
 
 namespace quorbel {
 
-/// One row of a query's result, by the names of its columns.
-class EntryRow {
-public:
-    EntryRow(const CVDBiResultSet& rows, int row) : rows_(rows), row_(row) {}
-
-    /// Empty for an SQL NULL and for a column that the result does not have.
-    std::string Text(std::string_view column) const;
-    /// The level's tag as in a log file, "[INFO]".
-    std::string LevelTag() const;
-    /// The message without line ends at its end.
-    std::string Message() const;
-
-private:
-    const CVDBiResultSet& rows_;
-    const int row_;
-};
-
-using EntryToLine = std::function<std::string(const EntryRow&)>;
-
+/// How entries are shown: as the lines of a log file, one JSON object a line, or fields between tabs below a
+/// line of the columns' names.
 enum class EntryFormat { Lines, Json, Tsv };
 
-/// Prints every row: as the line that `toLine` makes of it, as one JSON object, or as fields between tabs
-/// below a line of the columns' names. Columns that only fill a place are left out of the last two.
-void PrintEntries(const CVDBiResultSet& rows, EntryFormat format, const EntryToLine& toLine);
+/// The colour of a level on a terminal; empty for a plain one.
+const char* ColourOfLevel(int level);
+
+/// Prints entries, and numbers of entries that are alike.
+class EntryPrinter {
+public:
+    /// With `subModules` the last two formats tell only what stands behind the module's own name.
+    EntryPrinter(EntryFormat format, bool subModules) : format_(format), subModules_(subModules) {}
+
+    void Print(const LogEntry& entry);
+    void PrintCount(const LogEntry& alike, std::int64_t count);
+
+private:
+    struct Column;
+    template <class Columns>
+    void PrintColumns(const Columns& columns);
+
+    const EntryFormat format_;
+    const bool subModules_;
+    bool headed_ = false;
+};
 
 }  // namespace quorbel

@@ -1,9 +1,11 @@
 #include <ctime>
 #include <limits>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "tools/cvlogs/Commands.h"
-#include "tools/cvlogs/MomentText.h"
+#include "tools/cvlogs/Moment.h"
 #include "tools/operator/CommandLine.h"
 
 using namespace quorbel;
@@ -25,14 +27,12 @@ Option LevelOption(LogLevel& level, const std::string& help) {
     return {"--level", "LEVEL", help + ": trace, debug, info, warn, error, critical or fatal", parse};
 }
 
-Option SinceOption(LogFilter& filter) {
-    const auto parse = [&filter](const std::string& text) {
-        filter.since = ParseMoment(text, std::time(nullptr));
-        if (!filter.since) throw UsageError("--since: \"" + text + "\" is no time");
+Option MomentOption(const char* name, std::optional<std::int64_t>& moment, const char* help) {
+    const auto parse = [&moment, name](const std::string& text) {
+        moment = ParseMoment(text, std::time(nullptr));
+        if (!moment) throw UsageError(std::string(name) + ": \"" + text + "\" is no time");
     };
-    return {"--since", "TIME",
-            "Not before this local time: 2024-02-01, \"2024-02-01 09:05:03\", @SECONDS, or 15m, 2h, 7d ago",
-            parse};
+    return {name, "TIME", help, parse};
 }
 
 Option NumberOption(const char* name, std::int64_t& number, const char* help) {
@@ -53,36 +53,93 @@ Options DatabaseOptions(DatabaseChoice& choice) {
                                             "Directory of the cvlogs.ini that names the database"))};
 }
 
-Options EntryOptions(EntryChoice& choice, const char* levelHelp) {
-    LogFilter& filter = choice.filter;
-    return DatabaseOptions(choice.database) +
+Options LogOptions(LogChoice& log) {
+    return {AtMostOneOf("log", {"--file", "FILE", "The log file; its archives are read with it", &log.file}),
+            AtMostOneOf("log", {"--db", "FILE", "The log database", &log.database}),
+            AtMostOneOf("log", ConfigOption(log.configDirectory,
+                                            "Directory of the cvlogs.ini that says where the module logs"))};
+}
+
+Options PrintOptions(PrintChoice& print) {
+    const auto chooseColour = [&print](const std::string& text) {
+        if (text != "auto" && text != "always" && text != "never") {
+            throw UsageError("--color: \"" + text + "\" is none of auto, always, never");
+        }
+        print.colour = text;
+    };
+    return {
+        AtMostOneOf("format", {"--json", "", "Print one JSON object a line", &print.asJson}),
+        AtMostOneOf("format", {"--tsv", "", "Print fields between tabs, below a line of the columns' names",
+                               &print.asTsv}),
+        {"--color", "WHEN", "Colour by level: auto (on a terminal), always or never", chooseColour},
+        {"--no-pager", "", "Print to the terminal itself", &print.noPager}};
+}
+
+Options FilterOptions(QueryChoice& choice, const char* levelHelp) {
+    return LogOptions(choice.log) +
            Options{
-               Required({"--module", "NAME", "The module, letter for letter", &choice.module}),
+               {"--module", "NAME", "The module, letter for letter", &choice.log.module},
+               {"--sub", "NAME", "Only this sub-module; may be given more than once", &choice.subModules,
+                false, true},
                LevelOption(choice.level, levelHelp),
-               {"--grep", "PATTERN", "Only messages like this; \"%\" is any text, \"_\" any character",
-                &filter.messagePattern},
+               {"--grep", "REGEX",
+                "Only messages in which this is found, as Perl's regular expressions; for a database one with "
+                "\"%\" is SQL's LIKE",
+                &choice.grep},
                {"--time", "PATTERN", "Only local times like this, such as \"02/01/2024 09:%\"",
-                &filter.timePattern},
-               AtMostOneOf("format", {"--json", "", "Print one JSON object a line", &choice.asJson}),
-               AtMostOneOf("format",
-                           {"--tsv", "", "Print fields between tabs, below a line of the columns' names",
-                            &choice.asTsv}),
+                &choice.timePattern},
+               MomentOption(
+                   "--since", choice.since,
+                   "Not before this local time: 2024-02-01, \"2024-02-01 09:05:03\", 09:05, yesterday, "
+                   "@SECONDS, or \"10 min ago\", 2h, 7d"),
+               MomentOption("--until", choice.until, "Not after this time"),
+           } +
+           PrintOptions(choice.print);
+}
+
+Option LastOption(QueryChoice& choice, const char* help) {
+    return NumberOption("-n,--lines", choice.last, help);
+}
+
+Options QueryOptions(QueryChoice& choice) {
+    return FilterOptions(choice, "Only entries of this level and above") +
+           Options{
+               AtMostOneOf("order", LastOption(choice, "Only the last N entries")),
+               AtMostOneOf("order", {"--newest", "", "Newest entries first", &choice.newest}),
+               AtMostOneOf("order", {"--by-module", "", "By the names of the modules", &choice.byModule}),
+               AtMostOneOf("order", {"--by-level", "", "By level, the least first", &choice.byLevel}),
+               NumberOption("--limit", choice.limit, "At most this many entries; 0 is no limit"),
+               NumberOption("--offset", choice.offset, "Leave out this many entries first"),
+               {"-f,--follow", "", "Then wait for entries to come, until a signal ends it", &choice.follow},
            };
 }
 
-Options QueryOptions(EntryChoice& choice) {
-    LogFilter& filter = choice.filter;
-    return EntryOptions(choice, "Only entries of this level and above") +
+Options FollowOptions(QueryChoice& choice) {
+    return FilterOptions(choice, "Only entries of this level and above") +
+           Options{LastOption(choice, "Begin with the last N entries (default: 10)")};
+}
+
+Options DeliveriesOptions(DeliveriesChoice& choice) {
+    DeliveryChoice& wanted = choice.wanted;
+    EntryChoice& entries = wanted.entries;
+    return LogOptions(entries.log) +
            Options{
-               {"--sub", "NAME", "Only this sub-module; may be given more than once", &filter.modules, false,
-                true},
-               SinceOption(filter),
-               AtMostOneOf("order", {"--newest", "", "Newest entries first", &filter.newestFirst}),
-               AtMostOneOf("order", {"--by-module", "", "By the names of the sub-modules", &filter.byModule}),
-               AtMostOneOf("order", {"--by-level", "", "By level, the least first", &filter.byLevel}),
-               NumberOption("--limit", filter.pageSize, "At most this many entries; 0 is no limit"),
-               NumberOption("--offset", filter.offset, "Leave out this many entries first"),
-           };
+               {"--failed", "", "Only what was not answered, or with an HTTP status of 400 and above",
+                &wanted.failed},
+               {"--to", "NAME",
+                "Only to this recipient, carrier or object; \"*\" and \"?\" stand for any text "
+                "and character here and below",
+                &wanted.to},
+               {"--server", "TEXT", "Only through servers whose address holds this", &wanted.server},
+               {"--client", "ADDRESS", "Only from this client", &wanted.client},
+               {"--method", "NAME", "Only this method", &wanted.method},
+               {"--id", "ID", "Only the request of this id", &wanted.id},
+               MomentOption("--since", entries.since, "Not before this time; see \"cvlogs query --help\""),
+               MomentOption("--until", entries.until, "Not after this time"),
+               {"--summary", "", "Count by server, outcome and method, with times in milliseconds",
+                &choice.summary},
+           } +
+           PrintOptions(choice.print);
 }
 
 Options WriteOptions(WriteChoice& choice) {
@@ -96,27 +153,36 @@ Options WriteOptions(WriteChoice& choice) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    EntryChoice entries;
+    QueryChoice query;
+    QueryChoice count;
+    QueryChoice follow;
+    follow.last = 10;
+    follow.follow = true;
+    DeliveriesChoice deliveries;
+    deliveries.wanted.entries.log.module = "Deliveries";
     DatabaseChoice database;
     WriteChoice entry;
     std::string text;  // of a command's only other value
     bool yes = false;
     const CommandLine line = {
         .name = "cvlogs",
-        .help =
-            "Looks after the system's logs: queries log databases, and checks and tries the configuration.",
+        .help = "Looks after the system's logs: reads them, and checks and tries the configuration.",
         .options = {},
         .commands =
             {
-                {"query", "Print a module's entries, in the order they were written in",
-                 QueryOptions(entries), [&] { QueryEntries(entries); }},
-                {"count", "Count a module's entries that are alike and of one second",
-                 EntryOptions(entries, "Only entries of this very level"), [&] { CountEntries(entries); }},
+                {"query", "Print entries of a log, in the order they were written in", QueryOptions(query),
+                 [&] { QueryEntries(query); }},
+                {"follow", "Print the last entries of a log, and each that is written from now on",
+                 FollowOptions(follow), [&] { QueryEntries(follow); }},
+                {"count", "Count the entries of a log that are alike and of one second",
+                 FilterOptions(count, "Only entries of this very level"), [&] { CountEntries(count); }},
+                {"deliveries", "Show what became of the requests, from the delivery journal",
+                 DeliveriesOptions(deliveries), [&] { ShowDeliveries(deliveries); }},
                 {"modules", "Print the modules that a log database holds", DatabaseOptions(database),
                  [&] { PrintModules(database); }},
-                {"truncate", "Remove every entry of every module",
+                {"truncate", "Remove every entry of every module from a log database",
                  DatabaseOptions(database) + Options{YesOption(yes)}, [&] { TruncateDatabase(database); }},
-                {"drop", "Remove a module with its entries",
+                {"drop", "Remove a module with its entries from a log database",
                  DatabaseOptions(database) +
                      Options{Required({"MODULE", "", "The module's name, letter for letter", &text}),
                              YesOption(yes)},

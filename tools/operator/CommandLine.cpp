@@ -97,6 +97,7 @@ int Parse(CLI::App& app, int argc, char** argv) {
         return kWrongUsage;
     }
     FlushOutput();
+    FinishOutput();
     return 0;
 }
 
@@ -127,7 +128,7 @@ int RunTool(const CommandLine& line, int argc, char** argv) {
         Declare(app, line);
         return Parse(app, argc, argv);
     } catch (...) {
-        std::fflush(stdout);  // what was printed before it failed comes first
+        FinishOutput();  // what was printed before it failed comes first
         std::fprintf(stderr, "%s: %s\n", line.name, Visible(Reason()).c_str());
         return kFailed;
     }

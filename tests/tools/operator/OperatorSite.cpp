@@ -23,8 +23,10 @@ std::string ReplaceSite(std::string text, const std::string& site) {
     return text;
 }
 
-ProgramResult Run(const std::string& program, const std::vector<std::string>& arguments) {
-    return RunProgram({.program = program, .arguments = arguments, .environment = kEnvironment});
+ProgramResult Run(const std::string& program, const std::vector<std::string>& arguments,
+                  std::vector<std::string> environment = {}) {
+    environment.insert(environment.end(), kEnvironment.begin(), kEnvironment.end());
+    return RunProgram({.program = program, .arguments = arguments, .environment = environment});
 }
 
 }  // namespace
@@ -43,8 +45,10 @@ ProgramResult OperatorSite::Messages(const std::vector<std::string>& arguments) 
     return Run(CVMESSAGES_PROGRAM, arguments);
 }
 
-ProgramResult OperatorSite::LogsOnTerminal(const std::string& arguments) const {
-    return Run("/usr/bin/script", {"-qec", std::string(CVLOGS_PROGRAM) + " " + arguments, "/dev/null"});
+ProgramResult OperatorSite::LogsOnTerminal(const std::string& arguments,
+                                           const std::vector<std::string>& environment) const {
+    return Run("/usr/bin/script", {"-qec", std::string(CVLOGS_PROGRAM) + " " + arguments, "/dev/null"},
+               environment);
 }
 
 void OperatorSite::Store(const std::vector<LogRecord>& records) const {

@@ -18,8 +18,9 @@ public:
 
     ProgramResult Logs(const std::vector<std::string>& arguments) const;
     ProgramResult Messages(const std::vector<std::string>& arguments) const;
-    /// The program with a terminal as its output.
-    ProgramResult LogsOnTerminal(const std::string& arguments) const;
+    /// The program with a terminal as its output; without more of an environment, no pager and no colours.
+    ProgramResult LogsOnTerminal(const std::string& arguments, const std::vector<std::string>& environment = {
+                                                                   "PAGER=cat", "NO_COLOR=1"}) const;
 
     /// Stores entries of "SOAP" in the database.
     void Store(const std::vector<LogRecord>& records) const;

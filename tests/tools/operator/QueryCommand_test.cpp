@@ -44,6 +44,7 @@ TEST(QueryCommand, PrintsTheEntriesThatPassEveryFilter) {
         {{"--sub", "Parse", "--sub", ""}, kStarted + kDeep},
         {{"--grep", "it's 100\\%%"}, ""},
         {{"--grep", "IT'S 100%"}, kLost},
+        {{"--grep", "^s.*(ed|ow)"}, kStarted + kSlow + kSlow},
         {{"--time", "02/02/%"}, kSlow + kSlow},
         {{"--since", "2024-02-01 09:05:05"}, kDeep + kSlow + kSlow},
         {{"--since", "@1706778304", "--level", "error", "--sub", "Send"}, kLost},
@@ -56,8 +57,7 @@ TEST(QueryCommand, PrintsTheEntriesThatPassEveryFilter) {
         const std::string expected = c.lines.empty() ? "1 cvlogs: no such entries\n" : "0 " + c.lines;
         EXPECT_EQ(Query(site, c.options), expected) << testing::PrintToString(c.options);
     }
-    EXPECT_THAT(Query(site, {"--grep", "slow, but it is not"}),
-                HasSubstr("a pattern stands for the whole text"));
+    EXPECT_THAT(Query(site, {"--time", "02/02"}), HasSubstr("a time pattern stands for the whole text"));
 }
 
 TEST(QueryCommand, PrintsEveryColumnForOtherPrograms) {
@@ -92,6 +92,20 @@ TEST(QueryCommand, ShowsControlCharactersOnATerminalOnly) {
     EXPECT_THAT(Query(site, {}), HasSubstr("[ERROR] \x1b[2J\xC3\xA9\a\n"));
 }
 
+TEST(QueryCommand, UsesColoursAndAPagerOnATerminalOnly) {
+    const OperatorSite site;
+    StoreSample(site);
+    const std::string arguments = "query --level error --module SOAP --db " + site.Database();
+    const auto coloured = site.LogsOnTerminal(arguments, {"PAGER=sed s/^/paged:/"});
+    EXPECT_THAT(coloured.output,
+                HasSubstr("paged:\x1b[31m02/01/2024 09:05:04 SOAP.Send [ERROR] it's 100% lost\x1b[0m"));
+    EXPECT_THAT(
+        site.LogsOnTerminal(arguments + " --no-pager", {"PAGER=sed s/^/paged:/", "NO_COLOR=1"}).output,
+        testing::StartsWith("02/01/2024"));
+    EXPECT_EQ(Query(site, {"--level", "error", "--color", "always"}),
+              "0 \x1b[31m" + kLost.substr(0, kLost.size() - 1) + "\x1b[0m\n");
+}
+
 TEST(QueryCommand, FindsTheDatabaseByTheConfiguration) {
     const OperatorSite site(
         "[main]\nwriter=sqlite\n[SOAP]\ndbfilename={SITE}/logs/events.sdb\n[CLI]\nwriter=file\n");
@@ -101,7 +115,7 @@ TEST(QueryCommand, FindsTheDatabaseByTheConfiguration) {
             site.Logs({"query", "--config-dir", site.Config(), "--module", module, "--level", "error"}));
     };
     EXPECT_EQ(query("SOAP"), "0 " + kLost);
-    EXPECT_THAT(query("CLI"), HasSubstr("logs to no database (writer=file)"));
+    EXPECT_THAT(query("CLI"), HasSubstr("no log file " + site.Files() / "logs/cli_log.txt"));
     EXPECT_THAT(query("LDAP"), HasSubstr("has no section [LDAP]"));
 }
 

@@ -13,6 +13,9 @@ TEST(Usage, EndsWithTwoForWrongUsageAndLeavesStandardOutputEmpty) {
         {"query", "--module", "SOAP"},
         {"query", "--db", "x", "--config-dir", "y", "--module", "SOAP"},
         {"query", "--db", "x"},
+        {"query", "--file", "x", "--db", "y", "--module", "SOAP"},
+        {"query", "--file", "x", "--follow", "--newest"},
+        {"query", "--file", "x", "--color", "red"},
         {"query", "--db", "", "--module", "SOAP"},
         {"query", "--db", "x", "--module", "SOAP", "--level", "loud"},
         {"query", "--db", "x", "--module", "SOAP", "--since", "soon"},
@@ -37,7 +40,8 @@ TEST(Usage, EndsWithTwoForWrongUsageAndLeavesStandardOutputEmpty) {
 
 TEST(Usage, TellsHelpAndVersionForEveryCommand) {
     const OperatorSite site;
-    for (const char* command : {"query", "count", "modules", "truncate", "drop", "check", "write"}) {
+    for (const char* command :
+         {"query", "follow", "deliveries", "count", "modules", "truncate", "drop", "check", "write"}) {
         const auto help = site.Logs({command, "--help"});
         EXPECT_EQ(help.exitStatus, 0) << command;
         EXPECT_THAT(help.output, testing::HasSubstr(std::string("Usage: cvlogs ") + command));

@@ -1,4 +1,4 @@
-#include "tools/cvlogs/MomentText.h"
+#include "tools/cvlogs/Moment.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 
 using namespace quorbel;
 
-TEST(MomentText, ReadsDatesAndAges) {
+TEST(Moment, ReadsDatesAndAges) {
     setenv("TZ", "UTC", 1);
     constexpr std::time_t kNow = 1706778303;  // 2024-02-01 09:05:03
     const struct {
@@ -25,13 +25,24 @@ TEST(MomentText, ReadsDatesAndAges) {
         {"15m", kNow - 900},
         {"2h", kNow - 7200},
         {"7d", kNow - 604800},
+        {"10 min ago", kNow - 600},
+        {"1 week ago", kNow - 604800},
+        {"now", kNow},
+        {"today", 1706745600},
+        {"yesterday", 1706745600 - 86400},
+        {"08:00", 1706774400},
+        {"08:00:59", 1706774459},
+        {"2024-02-01T09:05:03.999", kNow},
+        {"2024-02-01T10:05:03.123+01:00", kNow},
+        {"2024-02-01T09:05:03Z", kNow},
     };
     for (const auto& c : cases) EXPECT_EQ(ParseMoment(c.text, kNow), c.seconds) << c.text;
 }
 
-TEST(MomentText, RefusesWhatIsNoMoment) {
-    for (const char* text : {"", "tomorrow", "2024-02-30", "2024-13-01", "2024-02-01 25:00", "2024-02-01x",
-                             "@", "@1x", "h", "-2h", "2 h", "99999999999d", "1706778303"}) {
+TEST(Moment, RefusesWhatIsNoMoment) {
+    for (const char* text :
+         {"", "tomorrow", "2024-02-30", "2024-13-01", "2024-02-01 25:00", "2024-02-01x", "@", "@1x", "h",
+          "-2h", "2 x ago", "25:00", "ago", "99999999999d", "1706778303"}) {
         EXPECT_EQ(ParseMoment(text, 0), std::nullopt) << text;
     }
 }
