@@ -87,6 +87,18 @@ check_root_writes() {
         grep -oE "$site[^\"; ]*" | grep -vE '/cgi-bin/|/soapd.sock' | xargs -n 1 dirname | sort -u)
 }
 
+# A server that includes the snippet serves its own pages as before, and nothing of the site.
+check_others() {
+    local path
+    ask "${url%/cgi-bin/*}/"
+    [[ $seen == '200 text/html'* ]] || complaints+=("its own page: $seen")
+    expect_text 'our own page'
+    for path in /config/dir /web/cgi-bin/quorbel-soap /cgi-bin/quorbel-soap/x /quorbel.wsdl/; do
+        ask --path-as-is "${url%/cgi-bin/*}$path"
+        [[ $seen == 40[34]* ]] || complaints+=("$path: $seen")
+    done
+}
+
 check_hidden() {
     local path before
     before=$(starts)

@@ -2,6 +2,7 @@
 # Everything listens on the loopback address and ends with stop_groups.
 
 owner=www-data # as whom the servers serve when root starts them
+host_folder= # or where the configurations of servers lie that serve other things, too
 as_owner=()
 if ((EUID == 0)); then as_owner=(--user "$owner"); fi
 
@@ -103,7 +104,7 @@ start_web_server() {
     for tries in 1 2 3; do
         port=$(free_port) tls_port=$(free_port)
         set_urls "$port" "$tls_port"
-        fill "$1.conf" "$2" "$port" "$tls_port" | sed "s/#$form //; /snippets/s/-cgi/-$form/" >"$2/$1.conf"
+        fill "$host_folder$1.conf" "$2" "$port" "$tls_port" | sed "s/#$form //; /snippets/s/-cgi/-$form/" >"$2/$1.conf"
         if (($# > 2)); then sed -i "$3" "$2/$1.conf" "$2"/snippets/*; fi
         if try_web_server "$1" "$2"; then return 0; fi
         stop_groups "$others"
