@@ -16,6 +16,7 @@ namespace {
 
 constexpr std::size_t kOutputSize = 100UL << 20;  ///< no reply is cut in practice
 constexpr std::size_t kReportSize = 2048;
+constexpr std::size_t kKeptOutput = 200;
 constexpr char kTransportFailure[] = "2012";
 constexpr int kOutOfMemory = 27;        ///< the transport's code
 constexpr int kNoReplyMessage = 55001;  ///< the catalogue's text for a post that brought back no text at all
@@ -50,8 +51,11 @@ void CVCProcess::FinishCommand() {}
 int CVCProcess::Send(CommandParameters& command, const std::string& url, const std::string& url2,
                      std::string* outputCopy) {
     TextBuffer reply;
-    const int result = PostForReply(reply, kOutputSize, command, {url, url2, caFilePath_});
+    PostReport report;
+    const int result = PostForReply(reply, kOutputSize, command, {url, url2, caFilePath_}, &report);
     const char* output = OutputOf(reply);
+    lastPost_ = report;
+    lastOutput_ = std::string_view(output).substr(0, kKeptOutput);
     if (result != 0) {
         ReportFailure(output);
     } else if (log_ != nullptr) {
@@ -61,6 +65,11 @@ int CVCProcess::Send(CommandParameters& command, const std::string& url, const s
     if (outputCopy != nullptr) *outputCopy = text;
     ShowReply(text);
     return result;
+}
+
+void CVCProcess::ForgetPost() {
+    lastPost_.reset();
+    lastOutput_.clear();
 }
 
 void CVCProcess::ReportFailure(const char* output) {

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "process/CommandParameters.h"
+#include "process/HttpPoster.h"
 
 class CVLogInterface;
 
@@ -32,8 +34,14 @@ public:
     virtual void ShowResult(std::string_view text, std::string_view code) = 0;
     virtual void ShowReply(std::string_view text) = 0;
 
+    /// What became of the last command that was sent; nothing before the first.
+    const std::optional<quorbel::PostReport>& LastPost() const { return lastPost_; }
+    /// The first 200 bytes of what it brought.
+    const std::string& LastOutput() const { return lastOutput_; }
+
 protected:
     CVCProcess() = default;
+    void ForgetPost();
     CVCProcess(const CVCProcess&) = delete;
     CVCProcess& operator=(const CVCProcess&) = delete;
 
@@ -42,4 +50,6 @@ private:
 
     std::string caFilePath_;
     CVLogInterface* log_ = nullptr;
+    std::optional<quorbel::PostReport> lastPost_;
+    std::string lastOutput_;
 };

@@ -19,6 +19,7 @@ void CVCSoapProcess::Run(RunMode mode) {
 void CVCSoapProcess::Reset() {
     SetEventLog(nullptr);
     ForgetResult();
+    ForgetPost();
     resultText_.clear();
     mode_ = RunMode::Administration;
 }

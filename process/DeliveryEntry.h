@@ -46,7 +46,7 @@ struct Delivery {
 LogLevel LevelOf(const Delivery& delivery);
 
 /// The entry in logfmt (`key=value`, blanks between): always one line of valid UTF-8 without control
-/// characters, whatever the texts hold. docs/log-files.md describes the keys.
+/// characters, whatever the texts hold. docs/delivery-journal.md describes the keys.
 std::string DeliveryEntry(const Delivery& delivery);
 
 /// A value as logfmt has it: bare when it is plain, else in double quotes, with `\"`, `\\`, `\n`, `\r`, `\t` and

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "process/CVCSoapProcess.h"
+#include "process/DeliveryJournal.h"
 #include "process/Translation.h"
 #include "soap/AnswerWriter.h"
 #include "soap/CVsoap.h"
@@ -97,12 +98,28 @@ int ReadRequest(RequestRecord& record, CVLogInterface& log) {
     return std::string(method) == "GET" ? kServed : kNotServed;
 }
 
+/// The delivery journal of the run; null when the site keeps none. Lives as long as runLog.
+CVsysEventLogInterface* deliveryLog = nullptr;
+
+/// A GET is a health check, which the journal does not tell. A journal that cannot be opened stops no page.
+void OpenJournal() {
+    const char* method = std::getenv("REQUEST_METHOD");
+    if (method == nullptr || std::string_view(method) != "POST") return;
+    try {
+        deliveryLog = OpenDeliveryLog(g_strConfigDir).release();
+    } catch (...) {
+        deliveryLog = nullptr;
+    }
+}
+
 /// Only memory can run out here. The client is told in the transport's words.
 void Translate(const RequestRecord& record) {
+    DeliveryJournal journal(deliveryLog, record);
     try {
-        TranslateRequest(record);
+        TranslateRequest(record, journal);
     } catch (...) {
         WriteFault("2012", "Out of memory");
+        journal.Failed("2012 Out of memory");
     }
 }
 
@@ -122,6 +139,8 @@ void ResetRun() {
     soapProcess.Reset();
     delete runLog;
     runLog = nullptr;
+    delete deliveryLog;
+    deliveryLog = nullptr;
 }
 
 int ServeRequest(const char* programPath) {
@@ -138,6 +157,7 @@ int ServeRequest(const char* programPath) {
     log->Trace(nullptr, "%s\n", std::string(58, '=').c_str());
     log->Trace(nullptr, "Quorbel SOAP [%s] STARTED \n", programPath);
     if (ReadRequest(record, *log) != kServed) return kNotServed;
+    OpenJournal();
     Translate(record);
     ShutDown();
     return kServed;

@@ -116,10 +116,18 @@ void FillCustomFields(ExtraSlots& slots, const RequestItems& fields) {
     }
 }
 
-/// Writes the error entry and the fault of a request that is not posted.
-void Refuse(const char* reason) {
-    CVsysEventLogInterface::GetInstance(__LINE__, kSource)->Error(nullptr, "%s\n", reason);
+/// Writes the error entry, with what only the operator is told, and the fault of a request that is not posted.
+void Refuse(const char* reason, DeliveryJournal& journal, const std::string& detail = {}) {
+    const std::string entry = detail.empty() ? reason : std::string(reason) + ": " + detail;
+    CVsysEventLogInterface::GetInstance(__LINE__, kSource)->Error(nullptr, "%s\n", entry.c_str());
     WriteFault(kRefused, reason);
+    journal.Refused(std::string(kRefused) + " " + reason);
+}
+
+void Post(RunMode mode, DeliveryJournal& journal) {
+    journal.Sending();
+    soapProcess.Run(mode);
+    if (soapProcess.LastPost()) journal.Posted(*soapProcess.LastPost(), soapProcess.LastOutput());
 }
 
 /// Why an address is not permitted. One of white space alone names no server: nothing can be posted there.
@@ -128,13 +136,11 @@ std::string RefusalOfAddress(const std::string& url) {
 }
 
 /// True when the operator permits both addresses; refuses the request otherwise.
-bool ArePermitted(const std::string& url, const std::string& url2) {
+bool ArePermitted(const std::string& url, const std::string& url2, DeliveryJournal& journal) {
     std::string refusal = RefusalOfAddress(url);
     if (refusal.empty()) refusal = RefusalOfAddress(url2);
     if (refusal.empty()) return true;
-    CVsysEventLogInterface::GetInstance(__LINE__, kSource)
-        ->Error(nullptr, "%s: %s\n", kNotPermitted, refusal.c_str());
-    WriteFault(kRefused, kNotPermitted);
+    Refuse(kNotPermitted, journal, refusal);
     return false;
 }
 
@@ -153,24 +159,24 @@ const char* TakeAddresses(const SlotTexts& texts) {
     return HoldsPrintable(gArguments.url) ? nullptr : "Missing URL";
 }
 
-void RunAdministration() {
+void RunAdministration(DeliveryJournal& journal) {
     if (const char* reason = TakeAddresses(gParameters); reason != nullptr) {
-        Refuse(reason);
-    } else if (ArePermitted(gArguments.url, gArguments.url2)) {
+        Refuse(reason, journal);
+    } else if (ArePermitted(gArguments.url, gArguments.url2, journal)) {
         soapProcess.SetEventLog(CVsysEventLogInterface::GetInstance(__LINE__, kSource));
-        soapProcess.Run(RunMode::Administration);
+        Post(RunMode::Administration, journal);
     }
     gParameters = {};
 }
 
-void RunMessaging(const RequestRecord& record) {
+void RunMessaging(const RequestRecord& record, DeliveryJournal& journal) {
     gMsgParameters = TranslateMessaging(record);
     const char* reason = TakeAddresses(gMsgParameters);
     if (reason == nullptr) reason = RefusalOf(gMsgParameters);
     if (reason != nullptr) {
-        Refuse(reason);
-    } else if (ArePermitted(gArguments.url, gArguments.url2)) {
-        soapProcess.Run(RunMode::Messaging);
+        Refuse(reason, journal);
+    } else if (ArePermitted(gArguments.url, gArguments.url2, journal)) {
+        Post(RunMode::Messaging, journal);
     }
 }
 
@@ -229,18 +235,18 @@ MessagingParameters TranslateMessaging(const RequestRecord& record) {
     return parameters;
 }
 
-int TranslateRequest(const RequestRecord& record) {
+int TranslateRequest(const RequestRecord& record, DeliveryJournal& journal) {
     FillAdministrationRecords(record);
     const AdministrationRequest request = {&gParameters, &g_tAdminInfo, &g_tDept,
                                            &g_tUser,     &g_tUserGroup, &g_tSchd};
     if (const char* reason = RefusalOf(request, g_szCommand); reason != nullptr) {
-        Refuse(reason);
+        Refuse(reason, journal);
         return 0;
     }
     if (IsMessagingMethod(g_szCommand)) {
-        RunMessaging(record);
+        RunMessaging(record, journal);
     } else {
-        RunAdministration();
+        RunAdministration(journal);
     }
     return 1;
 }

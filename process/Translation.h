@@ -1,14 +1,15 @@
 #pragma once
 
 #include "process/CommandRecords.h"
+#include "process/DeliveryJournal.h"
 #include "soap/RequestRecord.h"
 
 namespace quorbel {
 
 /// Turns a parsed request into its command record, runs soapProcess and so writes the answer. Returns 1 when
 /// the request was handled, also by a fault about its address, and 0 when it was refused before that. The
-/// event log must exist. Called once per run.
-int TranslateRequest(const RequestRecord& record);
+/// event log must exist. Called once per run. `journal` is told what becomes of the request.
+int TranslateRequest(const RequestRecord& record, DeliveryJournal& journal);
 
 // What a parsed request means. Pure: each gives its record filled anew.
 

@@ -37,8 +37,8 @@ void FieldCapture::Open(const Method& method) {
         Find(method.fields, [](const Field& field) { return field.onData == OnData::Append; });
     own_->whole = whole < method.fields.size() ? whole : kMaxFields;
     // Flags that an earlier method left set count again, for what comes now.
-    common_.taken.fill(pieces_);
-    own_->taken.fill(pieces_);
+    common_.taken.fill(count_);
+    own_->taken.fill(count_);
 }
 
 void FieldCapture::Close() {
@@ -79,7 +79,9 @@ void FieldCapture::AppendWhole(std::string_view text) {
 }
 
 void FieldCapture::KeepPiece(std::string_view text) {
-    ++pieces_;
+    ++count_.pieces;
+    isPiecePrinted_ = !std::all_of(text.begin(), text.end(), IsSpace);
+    if (isPiecePrinted_) ++count_.printed;
     if (piece_.use_count() != 1) {
         piece_ = std::make_shared<TextBuffer>(text);
         return;
@@ -112,7 +114,7 @@ void FieldCapture::EndField(Group& group, std::size_t field) {
 void FieldCapture::Capture(Group& group, std::size_t field) {
     if (group.captured.test(field)) return;
     group.captured.set(field);
-    group.taken[field] = pieces_;
+    group.taken[field] = count_;
 }
 
 void FieldCapture::Stop(Group& group, std::size_t field) {
@@ -120,13 +122,20 @@ void FieldCapture::Stop(Group& group, std::size_t field) {
     group.captured.reset(field);
 }
 
+/// True when pieces with more than white space came since `taken`, and not only the last one.
+bool FieldCapture::IsCut(const Count& taken) const {
+    return count_.printed - taken.printed > (isPiecePrinted_ ? 1U : 0U);
+}
+
 /// Gives a captured field the last piece, if one came since it last took one.
 void FieldCapture::HandOver(Group& group, std::size_t i) {
-    if (!group.captured.test(i) || group.taken[i] == pieces_ || i == group.whole) return;
-    group.taken[i] = pieces_;
+    if (!group.captured.test(i) || group.taken[i].pieces == count_.pieces || i == group.whole) return;
+    const bool isCut = IsCut(group.taken[i]);
+    group.taken[i] = count_;
     const Field& field = group.fields[i];
     if (field.kind == FieldKind::Text) {
         record_.At(field.slot) = piece_;
+        record_.SetCut(field.slot, isCut);
     } else if (IsPart(field) && ItemsOf(field).isOpen) {
         if (TextTriple* item = ItemsOf(field).list.Current(); item != nullptr) (*item)[field.part] = piece_;
     }
@@ -147,7 +156,7 @@ void FieldCapture::BeginItem(OpenItems& items) {
     items.isOpen = true;
     if (TextTriple* item = items.list.Current(); item != nullptr) *item = {};
     for (std::size_t i = 0; i < own_->fields.size(); ++i) {
-        if (IsPartOf(own_->fields[i], items)) own_->taken[i] = pieces_;
+        if (IsPartOf(own_->fields[i], items)) own_->taken[i] = count_;
     }
 }
 

@@ -36,12 +36,18 @@ public:
     void Close();
 
 private:
-    /// Fields with their capture flags, and the number of the piece that each field has already.
+    /// How many pieces of text came so far, and how many of them were more than white space.
+    struct Count {
+        std::uint64_t pieces = 0;
+        std::uint64_t printed = 0;
+    };
+
+    /// Fields with their capture flags, and the count of the pieces that each field has already.
     struct Group {
         std::span<const Field> fields = {};
         std::size_t whole = kMaxFields;  ///< the field that is kept whole, if there is one
         std::bitset<kMaxFields + 1> captured = {};
-        std::array<std::uint64_t, kMaxFields> taken{};
+        std::array<Count, kMaxFields> taken{};
     };
 
     /// A list of items and whether one is open.
@@ -59,6 +65,7 @@ private:
     void EndItem(OpenItems& items);
     void AppendWhole(std::string_view text);
     void KeepPiece(std::string_view text);
+    bool IsCut(const Count& taken) const;
     OpenItems& ItemsOf(const Field& field);
     bool IsPartOf(const Field& field, const OpenItems& items);
 
@@ -69,7 +76,8 @@ private:
     std::array<Group, kMethodCount> groups_;
     Group* own_ = nullptr;
     SharedText piece_;
-    std::uint64_t pieces_ = 0;
+    Count count_;
+    bool isPiecePrinted_ = false;
 };
 
 }  // namespace quorbel

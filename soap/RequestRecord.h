@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <bitset>
 #include <cstddef>
 #include <memory>
 #include <string_view>
@@ -62,8 +63,15 @@ struct RequestItems {
 
 /// What one SOAP request said, as text: every element fills its slot.
 struct RequestRecord : SlotTexts {
+    /// Whether the slot holds only the last of several pieces that an element's text came in.
+    bool IsCut(Slot slot) const { return cut_.test(static_cast<std::size_t>(slot)); }
+    void SetCut(Slot slot, bool isCut) { cut_.set(static_cast<std::size_t>(slot), isCut); }
+
     RequestItems responseActions;
     RequestItems customFields;
+
+private:
+    std::bitset<kSlotCount + 1> cut_;
 };
 
 }  // namespace quorbel

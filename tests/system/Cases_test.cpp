@@ -9,11 +9,14 @@
 //   posts        the bodies that must reach the server, one line each
 //   exit         the exit status (default 0)
 //   log          texts that must stand in the log in this order; "!text" must not stand there
+//
+// What the delivery journal must say of every case stands in the file deliveries, a line each.
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <random>
+#include <regex>
 #include <sstream>
 
 #include "tests/support/Eventually.h"
@@ -32,6 +35,11 @@ std::vector<std::string> Lines(const std::string& text) {
     std::istringstream stream(text);
     for (std::string line; std::getline(stream, line);) lines.push_back(line);
     return lines;
+}
+
+/// Scheme, host and port of an address.
+std::string ServerPart(const std::string& url) {
+    return url.substr(0, url.find('/', url.find("://") + 3));
 }
 
 class Case {
@@ -72,6 +80,23 @@ void ExpectInOrder(const std::string& log, const std::vector<std::string>& texts
     }
 }
 
+/// The journal's entries without what differs from run to run.
+std::string Masked(std::string journal, const LoopbackServer& server) {
+    journal =
+        std::regex_replace(journal, std::regex(R"(\S+ \S+ Deliveries (\[\w+\]) at=\S+ id=\w{8} )"), "$1 ");
+    journal = std::regex_replace(journal, std::regex(R"( ms=\d+)"), "");
+    return ReplaceAll(ReplaceAll(journal, ServerPart(server.Url()), "{URL}"), ServerPart(DeadUrl()),
+                      "{DEAD}");
+}
+
+/// The case's line in the table of deliveries; empty when the journal must say nothing of it.
+std::string ToldDelivery(const std::string& name) {
+    for (const auto& line : Lines(ReadFile(DELIVERIES))) {
+        if (line.starts_with(name + ": ")) return line.substr(name.size() + 2) + "\n";
+    }
+    return {};
+}
+
 void ExpectTold(const Case& c, const std::string& answer, const LoopbackServer& server,
                 const std::string& log) {
     EXPECT_EQ(answer, c.Answer());
@@ -101,6 +126,7 @@ TEST_P(CasesTest, GivesTheToldAnswer) {
     const FrontEnd frontEnd;
     const ProgramResult result = frontEnd.Serve(c.Request(server), c.Environment());
     ExpectTold(c, BodyOf(result), server, frontEnd.Log());
+    EXPECT_EQ(Masked(frontEnd.Journal(), server), ToldDelivery(GetParam()));
     EXPECT_EQ(result.exitStatus, c.Number("exit"));
 }
 
@@ -120,11 +146,13 @@ TEST(Resident, OneWorkerServesEveryCaseInAnyOrder) {
             const Case c(fs::path(CASES_DIR) / name);
             const LoopbackServer server(c.Reply());
             const std::size_t logged = frontEnd.Log().size();
+            const std::size_t told = frontEnd.Journal().size();
             const std::string request = c.Request(server);
             const std::string answer = resident.Ask(request, CgiVariables(request, c.Environment()));
             const std::string log = frontEnd.Log().substr(logged);
             ExpectTold(c, answer, server,
                        ReplaceAll(log, "/quorbel-soapd] STARTED", "/quorbel-soap] STARTED"));
+            EXPECT_EQ(Masked(frontEnd.Journal().substr(told), server), ToldDelivery(name));
         }
     }
     EXPECT_EQ(resident.Workers(), workers) << "not all in one worker";

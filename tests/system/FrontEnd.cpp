@@ -54,9 +54,11 @@ void Set(std::vector<std::string>& environment, const std::string& variable) {
 
 FrontEnd::FrontEnd() {
     site_.Write("config/dir", "spool_dir:\t\t" + site_ / "spool" + "\nlog_dir:\t\t" + site_ / "logs" + "\n");
-    site_.Write("config/cvlogs.ini",
-                "[main]\n[SOAP]\nwriter=file\nlevel=trace\nfilePath=" + site_ / "logs/soap_log.txt" +
-                    "\nautoAppend=1\nbytesPerFiles=50000000\n");
+    site_.Write(
+        "config/cvlogs.ini",
+        "[main]\n[SOAP]\nwriter=file\nlevel=trace\nfilePath=" + site_ / "logs/soap_log.txt" +
+            "\nautoAppend=1\nbytesPerFiles=50000000\n[Deliveries]\nwriter=file\nlevel=info\nfilePath=" +
+            site_ / "logs/deliveries_log.txt" + "\nautoAppend=1\nbytesPerFiles=50000000\n");
     fs::create_directories(site_ / "logs");
     fs::create_directories(site_ / "web/cgi-bin");
     fs::create_directory_symlink("../config", site_ / "web/config");

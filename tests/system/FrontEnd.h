@@ -24,6 +24,8 @@ public:
 
     const TempDir& Site() const { return site_; }
     std::string Log() const { return ReadFile(site_ / "logs/soap_log.txt"); }
+    /// The delivery journal, kept at level info.
+    std::string Journal() const { return ReadFile(site_ / "logs/deliveries_log.txt"); }
 
 private:
     TempDir site_;
