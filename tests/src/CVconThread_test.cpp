@@ -429,17 +429,19 @@ TEST(CVconThread, IsGoneInAChildWhereLocksAndEventsAreFree) {
     auto thread = std::make_unique<CVconThread>(&body);
     thread->Create();
     ASSERT_TRUE(Eventually([&] { return !lock.TryLock() || !lock.Unlock(); }));
-    EXPECT_EQ(InChildProcess([&] {
-                  if (thread->IsAlive() || !thread->WaitForEnd(20s)) throw 1;
-                  if (Thrown([&] { thread->Kill(); }) == "nothing") throw 2;
-                  if (!lock.TryLock() || !lock.Unlock()) throw 3;
-                  if (event.Wait(0) != CVconEvent::Wake::TimedOut) throw 4;
-                  Body again([&] { event.Signal(); });
-                  CVconThread own(&again);
-                  own.Create();
-                  if (!Ends(own) || event.Wait() != CVconEvent::Wake::Signalled) throw 5;
-              }),
-              Child::Finished);
+    const auto inTheChild = [&] {
+        if (thread->IsAlive() || !thread->WaitForEnd(20s)) throw 1;
+        if (Thrown([&] { thread->Kill(); }) == "nothing") throw 2;
+        if (!lock.TryLock() || !lock.Unlock()) throw 3;
+        if (event.Wait(0) != CVconEvent::Wake::TimedOut) throw 4;
+#ifndef __SANITIZE_THREAD__  // knows no threads started behind such a fork
+        Body again([&] { event.Signal(); });
+        CVconThread own(&again);
+        own.Create();
+        if (!Ends(own) || event.Wait() != CVconEvent::Wake::Signalled) throw 5;
+#endif
+    };
+    EXPECT_EQ(InChildProcess(inTheChild), Child::Finished);
     EXPECT_TRUE(thread->IsAlive());
     event.Signal();
     EXPECT_TRUE(Ends(*thread));
