@@ -181,6 +181,10 @@ void AddParts(MultipartForm& form, std::span<std::string> lines) {
 
 }  // namespace
 
+void PrepareTransfers() {
+    curl_global_init(CURL_GLOBAL_DEFAULT);
+}
+
 std::string TransportUrl(std::string url) {
     std::replace(url.begin(), url.end(), '\\', '/');
     return url;

@@ -15,6 +15,9 @@ namespace quorbel {
 // each post: connection, TLS session, host look-up; no cookie or credential is kept. A child process begins with the
 // parent's handle and must not post while the parent does, so fork before the first post.
 
+/// Sets up what the first post of a process does otherwise, for a process that only its children post for.
+void PrepareTransfers();
+
 /// What happened at one address.
 struct PostAttempt {
     int code = 0;                 ///< the transport library's result; 0 when a whole HTTP answer came

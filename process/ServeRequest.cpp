@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 #include "process/CVCSoapProcess.h"
@@ -17,6 +18,7 @@
 #include "syslib/CVsysEventLogInterface.h"
 #include "syslib/CVsysEventLogModNames.h"
 #include "util/BoundedText.h"
+#include "util/FileStamp.h"
 #include "util/SpoolDirectories.h"
 #include "util/StringRoutines.h"
 
@@ -37,9 +39,17 @@ bool StartUp() {
 }
 void ShutDown() {}
 
+/// Reads the directory file unless it is known to be as it was read last.
 void ReadSiteDirectories() {
+    static FileStamp known;
     CopyText(g_strConfigDir, kConfigDirectory);
-    LoadDirectoryConfig(kDirectoryFile, g_tDir);
+    const FileStamp now(std::string(kConfigDirectory) + "/" + kDirectoryFile);
+    if (!known.IsReliable() || !(now == known)) {
+        known = {};  // what fails in the middle counts as not read
+        std::memset(g_tDir, 0, sizeof g_tDir);
+        LoadDirectoryConfig(kDirectoryFile, g_tDir);
+        known = now;
+    }
     CopyText(gArguments.logDirectory, DirectoryOf(g_tDir, DirectorySlot::Log));
 }
 

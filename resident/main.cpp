@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "CVException.h"
+#include "process/HttpTransfer.h"
 #include "process/ServeRequest.h"
 #include "resident/ListeningSocket.h"
 #include "resident/Site.h"
@@ -114,6 +115,7 @@ int Main(CLI::App& app, int argc, char** argv) {
         return 0;
     }
     ListeningSocket socket(socketPath);
+    PrepareTransfers();
     Serve(options, socket, programPath);
     return 0;
 }

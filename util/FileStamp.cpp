@@ -14,6 +14,7 @@ FileStamp::FileStamp(const std::string& path) {
     size_ = status.st_size;
     modified_ = status.st_mtim;
     changed_ = status.st_ctim;
+    isReliable_ = changed_.tv_sec + 1 < std::time(nullptr);
 }
 
 bool FileStamp::operator==(const FileStamp& other) const {

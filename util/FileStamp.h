@@ -18,6 +18,9 @@ public:
     explicit FileStamp(const std::string& path);
 
     bool operator==(const FileStamp& other) const;
+    /// False for no file, and for one that had been changed within the last second or two when the stamp was taken:
+    /// another change at once would not show.
+    bool IsReliable() const { return isReliable_; }
 
 private:
     dev_t device_ = 0;
@@ -25,6 +28,7 @@ private:
     off_t size_ = 0;
     timespec modified_{};
     timespec changed_{};
+    bool isReliable_ = false;
 };
 
 }  // namespace quorbel
