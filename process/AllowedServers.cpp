@@ -125,14 +125,12 @@ std::string AllowedServers::Refusal(const std::string& url) const {
 const AllowedServers& SiteServers() {
     static thread_local AllowedServers servers;
     static thread_local FileStamp stamp;
-    static thread_local bool isRead = false;
     const std::string path = std::string(g_strConfigDir) + "/" + kFileName;
     const FileStamp now(path);
-    if (!isRead || now == FileStamp() || !(now == stamp)) {
-        isRead = false;
+    if (!stamp.IsReliable() || !(now == stamp)) {
+        stamp = {};  // what fails in the middle counts as not read
         servers = AllowedServers::FromFile(path);
         stamp = now;
-        isRead = true;
     }
     return servers;
 }

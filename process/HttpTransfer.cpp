@@ -29,7 +29,7 @@ public:
     /// Null when the library cannot be set up.
     CURL* For(const std::string& caFile) {
         const FileStamp stamp(caFile);
-        if (!handle_ || !(stamp == bundle_)) {
+        if (!handle_ || !bundle_.IsReliable() || !(stamp == bundle_)) {
             handle_.reset();
             handle_.reset(curl_easy_init());
             bundle_ = stamp;
@@ -42,13 +42,17 @@ private:
     FileStamp bundle_;
 };
 
+KeptHandle& HandleOfThread() {
+    static thread_local KeptHandle kept;
+    return kept;
+}
+
 /// One post under preparation. What cannot be set fails the post: without its bundle, for example, the library would
 /// trust the system's.
 class Transfer {
 public:
     explicit Transfer(const std::string& caFile) {
-        static thread_local KeptHandle kept;
-        handle_ = kept.For(caFile);
+        handle_ = HandleOfThread().For(caFile);
         if (handle_ == nullptr) code_ = CURLE_FAILED_INIT;
     }
     /// Nothing of a request stays in the handle.
@@ -182,7 +186,7 @@ void AddParts(MultipartForm& form, std::span<std::string> lines) {
 }  // namespace
 
 void PrepareTransfers() {
-    curl_global_init(CURL_GLOBAL_DEFAULT);
+    HandleOfThread().For(kDefaultCaFile);
 }
 
 std::string TransportUrl(std::string url) {

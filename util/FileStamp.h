@@ -12,14 +12,14 @@ namespace quorbel {
 /// a change in between is seen next time.
 class FileStamp {
 public:
-    /// Of no file.
+    /// Of nothing that was looked at.
     FileStamp() = default;
-    /// Of what stands at `path`; of no file when it cannot be looked at.
+    /// Of what stands at `path`; nothing that can be looked at there has a stamp, too, and any file differs from it.
     explicit FileStamp(const std::string& path);
 
     bool operator==(const FileStamp& other) const;
-    /// False for no file, and for one that had been changed within the last second or two when the stamp was taken:
-    /// another change at once would not show.
+    /// False for a file that had been changed within the last second or two when the stamp was taken: another change at
+    /// once would not show. And where nothing was looked at.
     bool IsReliable() const { return isReliable_; }
 
 private:
