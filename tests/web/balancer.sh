@@ -74,6 +74,8 @@ check_balancer_client() {
     expect_text "$sent"
     wait_for grep -qE "$line" "$work"/node?/web-logs/lighttpd-access.log || complaints+=('no node knows the client')
     id=$(sed -nE "s/$line//p" "$work"/node?/web-logs/lighttpd-access.log)
+    grep -qE " id=$id .* client=127\.0\.0\.2 " "$work"/node?/logs/deliveries_log.txt ||
+        complaints+=("no node's journal has the client and the id $id")
     grep -qF "{$id}" "$work/haproxy.log" || complaints+=("the id $id is not in HAProxy's log")
 }
 

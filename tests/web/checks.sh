@@ -73,6 +73,15 @@ check_access_log() {
     wait_for grep -qE "$line[0-9A-Za-z@_-]{16,}\$" "$log" || complaints+=("no id of the server's own in $log")
 }
 
+# The program's delivery journal names the same id and the same client.
+check_journal() {
+    local journal=$site/logs/deliveries_log.txt
+    post "$work/requests/SendStdMessage.xml" -H 'X-Request-Id: journal-4711' "$url"
+    expect_text "$sent"
+    grep -q ' id=journal-4711 .* outcome=answered .* client=127\.0\.0\.1 ' "$journal" ||
+        complaints+=("not in the journal, whose end is: $(tail -n 1 "$journal")")
+}
+
 # Where the servers' user can plant a link, root must neither write nor make anything.
 check_root_writes() {
     local folder found
