@@ -13,9 +13,11 @@ install(FILES docs/man/paging-standin.1 DESTINATION share/man/man1 COMPONENT sta
 install(TARGETS quorbel-soap RUNTIME DESTINATION web/cgi-bin)
 install(TARGETS cvmessages cvlogs quorbel-soapd RUNTIME DESTINATION bin)
 install(PROGRAMS tools/setup/quorbel-setup DESTINATION bin)
-foreach(program cvlogs cvmessages paging-standin quorbel-setup)  # bash looks for them by these names
-  install(FILES tools/completion/quorbel RENAME ${program} DESTINATION share/bash-completion/completions)
+set(completions share/bash-completion/completions)  # where bash looks for them, by the programs' names
+foreach(program cvlogs cvmessages quorbel-setup)
+  install(FILES tools/completion/quorbel RENAME ${program} DESTINATION ${completions})
 endforeach()
+install(FILES tools/completion/quorbel RENAME paging-standin DESTINATION ${completions} COMPONENT standin)
 
 # The program runs in web/cgi-bin and looks for some files in ../config, for others in ../../config.
 file(MAKE_DIRECTORY ${install_files})
