@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "fuzz/FuzzSupport.h"
 #include "process/Commands.h"
 #include "process/HttpForm.h"
 #include "process/Translation.h"
@@ -20,10 +21,6 @@ class NoLog : public CVLogInterface {
 protected:
     int WriteEntry(const Entry&, va_list) override { return 0; }
 };
-
-void Require(bool holds) {
-    if (!holds) std::abort();
-}
 
 void BuildMessage(const RequestRecord& record) {
     const MessagingParameters parameters = TranslateMessaging(record);

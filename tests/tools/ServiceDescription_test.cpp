@@ -202,7 +202,7 @@ TEST_F(ServiceDescriptionTest, LetsEveryElementOfAFullCompactRequestArrive) {
         for (const Field& rule : RequestElementsOf(method)) {
             const bool isCutOff = name == "SetUserGroupDeptPermission" && rule.slot == Slot::Url2;
             if (rule.kind != FieldKind::Text || isCutOff) continue;
-            EXPECT_EQ(record.Text(rule.slot), valueOf(rule)) << name << " " << rule.element;
+            EXPECT_EQ(record[rule.slot], valueOf(rule)) << name << " " << rule.element;
         }
     }
 }

@@ -1,0 +1,117 @@
+"""Runs a program again and again while one allocation after the other fails; see script/faults."""
+
+import argparse
+import os
+from pathlib import Path
+import signal
+import subprocess
+import sys
+import tempfile
+from xml.parsers import expat
+
+sys.path.insert(0, str(Path(__file__).parent.parent / "compare"))
+from pager import Pager  # pylint: disable=wrong-import-position
+
+HEADER = b"Content-type: text/xml\n\n"
+PATIENCE = 60  # seconds
+ANSWER = b"HTTP/1.0 200 OK\r\nContent-Length: 14\r\n\r\nOK job 1.1 on\n"
+URL = "<szURL>http://{address}/cmd</szURL>"
+REQUESTS = {
+    "SendStdMessage": "<SendStdMessage>" + URL + "<szRecipientName>night</szRecipientName><szMessage>Pump 4 &amp; 5\n"
+                      "are hot</szMessage><szSender>ops</szSender></SendStdMessage>",
+    "AddGroup": "<AddGroup>" + URL + "<szAdminName>adm</szAdminName><szAdminPassword>pw</szAdminPassword>"
+                "<szGroupName>Ops</szGroupName><szDescription>of the night</szDescription></AddGroup>",
+    "a fault": "<DeleteGroup>" + URL + "</DeleteGroup>",
+}
+INI = "[main]\n\n[SOAP]\nwriter=file\nlevel=info\nfilePath={site}/logs/soap_log.txt\nautoAppend=1\nbytesPerFiles=50000000\n"
+
+
+class Runner:
+    """One site, one program, one paging server."""
+
+    def __init__(self, directory, program, library, pager):
+        self.site, self.program, self.library, self.pager = Path(directory), program, library, pager
+        for folder in ("config", "logs", "web/cgi-bin"):
+            (self.site / folder).mkdir(parents=True)
+        (self.site / "web/config").symlink_to("../config")
+        (self.site / "config/dir").write_text(f"log_dir:\t\t{directory}/logs\n\n101\tDefault\t{directory}/spool\n")
+        (self.site / "config/cvlogs.ini").write_text(INI.format(site=directory))
+        (self.site / "config/servers").write_text(f"http://{pager.address}/cmd\n")
+
+    def run(self, request, **environment):
+        """Exit status, output and posts."""
+        self.pager.begin([ANSWER])
+        body = self.site / "body"
+        body.write_text("<?xml version='1.0'?><Envelope><Body>" + request.format(address=self.pager.address) +
+                        "</Body></Envelope>")
+        with open(body, "rb") as standard_input:
+            done = subprocess.run([self.program], cwd=self.site / "web/cgi-bin", stdin=standard_input, check=False,
+                                  capture_output=True, timeout=PATIENCE,
+                                  env={"REQUEST_METHOD": "POST", "CONTENT_LENGTH": str(body.stat().st_size),
+                                       "LD_PRELOAD": str(self.library), **environment})
+        return done.returncode, done.stdout, list(self.pager.posts)
+
+    def allocations(self, request):
+        count = self.site / "count"
+        self.run(request, FAIL_COUNT=str(count))
+        return int(count.read_text())
+
+
+def problem(output, posts, whole_output, whole_posts, status):
+    """What is wrong with a run; empty when nothing is."""
+    if status == -signal.SIGABRT and not output and not posts:
+        return ""  # not even an exception could be made: that needs memory, too
+    if status < 0:
+        return f"signal {-status}"
+    if posts and posts != whole_posts:
+        return "posted in part, or twice"
+    if output == HEADER[:len(output)]:
+        return ""  # nothing, or no more than a part of the header
+    if not output.startswith(HEADER):
+        return "no header"
+    document = output[len(HEADER):]
+    try:
+        expat.ParserCreate().Parse(document, True)
+    except expat.ExpatError as error:
+        return f"no document: {error}"
+    if b"Result></" in document:
+        return "an empty success"
+    if document == whole_output[len(HEADER):] and posts != whole_posts:
+        return "success without a post"
+    return ""
+
+
+def try_all(runner, name, request, every):
+    """The number of runs and of faulty ones."""
+    _, whole_output, whole_posts = runner.run(request)
+    total = runner.allocations(request)
+    runs, faulty, answered = 0, 0, 0
+    for number in range(1, total + 1, every):
+        for how in ({}, {"FAIL_ON": "1"}):
+            status, output, posts = runner.run(request, FAIL_AT=str(number), **how)
+            wrong = problem(output, posts, whole_output, whole_posts, status)
+            runs += 1
+            answered += len(output) > len(HEADER)
+            if wrong:
+                faulty += 1
+                print(f"{name}: allocation {number}{' and all behind it' if how else ''} failing: {wrong}")
+                print("   ", output[-300:], len(posts), "posts", flush=True)
+    print(f"{name}: {total} allocations, {runs} runs, {answered} answered, {faulty} faulty", flush=True)
+    return faulty
+
+
+def main():
+    parser = argparse.ArgumentParser(prog="script/faults")
+    parser.add_argument("--library", required=True)
+    parser.add_argument("--every", type=int, default=1)
+    parser.add_argument("program")
+    arguments = parser.parse_args()
+    faulty = 0
+    with tempfile.TemporaryDirectory(prefix="quorbel-faults-") as directory:
+        runner = Runner(directory, os.path.abspath(arguments.program), os.path.abspath(arguments.library), Pager())
+        for name, request in REQUESTS.items():
+            faulty += try_all(runner, name, request, arguments.every)
+    sys.exit(1 if faulty else 0)
+
+
+main()
