@@ -26,7 +26,7 @@ install(FILES ${install_files}/config DESTINATION web)
 
 # share/ mirrors the checkout, so that the links between the pages lead somewhere.
 install(FILES README.md DESTINATION share)
-install(DIRECTORY docs DESTINATION share FILES_MATCHING PATTERN *.md PATTERN man EXCLUDE)
+install(DIRECTORY docs DESTINATION share FILES_MATCHING PATTERN *.md PATTERN *.png PATTERN man EXCLUDE)
 foreach(section 1 5 8)
   file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/man/*.${section})
   list(FILTER pages EXCLUDE REGEX "paging-standin")

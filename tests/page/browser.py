@@ -82,7 +82,8 @@ class Browser:
         with open(path, "wb") as file:
             file.write(base64.b64decode(self._call("GET", self.session + "/screenshot")))
 
-    def looks(self, scheme, width):
-        """From now on as somebody sees it who prefers "light" or "dark", in a window of so many pixels."""
+    def looks(self, scheme, width, scale=1):
+        """From now on as somebody sees it who prefers "light" or "dark", in a window of so many pixels; `scale` is that of
+        pictures."""
         self.command("Emulation.setEmulatedMedia", features=[{"name": "prefers-color-scheme", "value": scheme}])
-        self.command("Emulation.setDeviceMetricsOverride", width=width, height=900, deviceScaleFactor=1, mobile=False)
+        self.command("Emulation.setDeviceMetricsOverride", width=width, height=900, deviceScaleFactor=scale, mobile=False)

@@ -123,6 +123,9 @@ class ServicePage(unittest.TestCase):
             self.assertEqual(self.browser.run(CONTRASTS), [], f"{scheme}: hard to read")
             self.assertLessEqual(self.browser.run("return document.documentElement.scrollWidth"), width, "scrolls sideways")
             self.browser.picture(f"{OUTPUT}/service-{scheme}-{width}.png")
+        self.browser.looks("light", 1200, scale=0.5)
+        self.browser.run("location.hash = '#SendQuickMessage'")
+        self.browser.picture(f"{OUTPUT}/service-small.png")
         self.assertEqual(self.browser.run(UNLABELLED), [])
         order = "return document.querySelectorAll('[tabindex]:not([tabindex=\"0\"])').length"
         self.assertEqual(self.browser.run(order), 0, "the order of the text is the order of the keyboard")

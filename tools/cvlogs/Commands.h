@@ -39,6 +39,7 @@ void CountEntries(const QueryChoice& choice);
 struct DeliveriesChoice {
     DeliveryChoice wanted;
     bool summary = false;
+    std::string html;  ///< the file that a report goes to; empty for a table on standard output
     PrintChoice print;
 };
 void ShowDeliveries(const DeliveriesChoice& choice);

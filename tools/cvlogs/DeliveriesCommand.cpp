@@ -1,5 +1,13 @@
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
 #include <iterator>
 #include <optional>
 #include <stdexcept>
@@ -10,6 +18,7 @@
 #include "cvdblib/sqlite3/src/CVSQLite3Database.h"
 #include "tools/cvlogs/Commands.h"
 #include "tools/cvlogs/Deliveries.h"
+#include "tools/cvlogs/DeliveryReport.h"
 #include "tools/cvlogs/EntryOutput.h"
 #include "tools/operator/Output.h"
 #include "tools/operator/Text.h"
@@ -178,9 +187,43 @@ bool PrintTable(const DeliveryChoice& choice, const PrintChoice& print) {
     return found;
 }
 
+std::string LocalTime(std::time_t moment) {
+    std::tm local{};
+    localtime_r(&moment, &local);
+    char text[32];
+    return {text, std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &local)};
+}
+
+std::string ReportTitle(const EntryChoice& entries) {
+    std::string title = "Deliveries";
+    if (entries.since) title += " from " + LocalTime(*entries.since);
+    if (entries.until) title += " until " + LocalTime(*entries.until);
+    return title;
+}
+
+/// Replaces the file as a whole: who reads it meanwhile never sees half of it. A link stays one.
+void ReplaceFile(const std::string& path, const std::string& text) {
+    const std::string real = std::filesystem::weakly_canonical(path);
+    const std::string unfinished = real + "." + std::to_string(getpid()) + ".new";
+    std::ofstream file(unfinished, std::ios::binary);
+    const bool isWritten = static_cast<bool>((file << text).flush());
+    file.close();
+    if (isWritten && file && std::rename(unfinished.c_str(), real.c_str()) == 0) return;
+    const std::string reason = std::strerror(errno);
+    std::remove(unfinished.c_str());
+    throw std::runtime_error("cannot write " + path + ": " + reason);
+}
+
+void WriteReport(const DeliveriesChoice& choice) {
+    DeliveryReport report;
+    ForEachDelivery(choice.wanted, [&](const DeliveryRecord& record) { report.Add(record); });
+    ReplaceFile(choice.html, report.Page(ReportTitle(choice.wanted.entries), LocalTime(std::time(nullptr))));
+}
+
 }  // namespace
 
 void ShowDeliveries(const DeliveriesChoice& choice) {
+    if (!choice.html.empty()) return WriteReport(choice);
     PreparePrinting(choice.print, /*pager=*/true);
     const bool found =
         choice.summary ? PrintSummary(choice.wanted, choice.print) : PrintTable(choice.wanted, choice.print);

@@ -138,6 +138,8 @@ Options DeliveriesOptions(DeliveriesChoice& choice) {
                MomentOption("--until", entries.until, "Not after this time"),
                {"--summary", "", "Count by server, outcome and method, with times in milliseconds",
                 &choice.summary},
+               {"--html", "FILE", "Write a report for a browser into FILE, which is replaced as a whole",
+                &choice.html},
            } +
            PrintOptions(choice.print);
 }
