@@ -52,8 +52,10 @@ int CVCProcess::Send(CommandParameters& command, const std::string& url, const s
                      std::string* outputCopy) {
     TextBuffer reply;
     PostReport report;
-    const int result = PostForReply(reply, kOutputSize, command, {url, url2, caFilePath_}, &report);
-    const char* output = OutputOf(reply);
+    const int result = command.lacksLine
+                           ? kOutOfMemory
+                           : PostForReply(reply, kOutputSize, command, {url, url2, caFilePath_}, &report);
+    const char* output = command.lacksLine ? TransportErrorText(kOutOfMemory) : OutputOf(reply);
     lastPost_ = report;
     lastOutput_ = std::string_view(output).substr(0, kKeptOutput);
     if (result != 0) {

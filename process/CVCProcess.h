@@ -25,7 +25,8 @@ public:
     virtual void FinishCommand();
     /// Posts the command to `url`, or to `url2` when that fails, and shows the reply. A failure is reported
     /// first, as code "2012". Gives the poster's result and, when asked, a copy of the output: the reply,
-    /// followed by the transport's error text after a failure.
+    /// followed by the transport's error text after a failure. A command that lacks a line that it needs is not
+    /// posted and fails as out of memory.
     virtual int Send(quorbel::CommandParameters& command, const std::string& url, const std::string& url2,
                      std::string* outputCopy = nullptr);
     /// Shows the formatted text (at most 2047 bytes) under `code`; nothing for a null or empty format.

@@ -1,6 +1,7 @@
 #include "process/Commands.h"
 
 #include <algorithm>
+#include <string>
 
 #include "process/CommandTable.h"
 #include "process/HttpForm.h"
@@ -45,6 +46,25 @@ CommandParameters CommandHead(std::string_view word) {
     return command;
 }
 
+/// A line is split at its first "=", so a name is what stands in front of it; the server may not mind blanks.
+std::string LineNameOf(std::string_view field) {
+    return TrimChars(field.substr(0, field.find('=')), " \t\r\n");
+}
+
+bool NamesCommandLine(const TextTriple& pair) {
+    static constexpr std::string_view kNames[] = {"cmd", "subcmd", "modid", "adminusername", "adminpassword"};
+    const std::string name = LineNameOf(TextOf(pair[0]));
+    return std::any_of(std::begin(kNames), std::end(kNames),
+                       [&](std::string_view own) { return EqualNoCase(own, name); });
+}
+
+/// Custom fields are lines of their own names, and with them response actions that stand behind four of them.
+bool ForgesCommandLine(const MessagingParameters& message) {
+    const auto pairs = PairsOf(message.extras);
+    return MessageCommandOf(message.commandCode).recipientLine != nullptr &&
+           std::any_of(pairs.begin(), pairs.end(), NamesCommandLine);
+}
+
 }  // namespace
 
 const char* RefusalOf(const AdministrationRequest& request, std::string_view method) {
@@ -64,7 +84,8 @@ const char* RefusalOf(const AdministrationRequest& request, std::string_view met
 
 const char* RefusalOf(const MessagingParameters& parameters) {
     const bool isForNobody = parameters.recipients.empty() || parameters.recipients.front().empty();
-    return !IsSingleCommand(parameters.commandCode) && isForNobody ? "Missing recipient" : nullptr;
+    if (!IsSingleCommand(parameters.commandCode) && isForNobody) return "Missing recipient";
+    return ForgesCommandLine(parameters) ? "Invalid custom field name" : nullptr;
 }
 
 bool IsMembershipWord(std::string_view word) {

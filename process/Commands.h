@@ -14,7 +14,8 @@ namespace quorbel {
 /// is the SOAP method's name; messaging methods pass with any valid command word.
 const char* RefusalOf(const AdministrationRequest& request, std::string_view method);
 
-/// Why a message may not be posted, as above.
+/// Why a message may not be posted, as above: nobody to send it to, or a custom field named like a line of the
+/// command itself.
 const char* RefusalOf(const MessagingParameters& parameters);
 
 /// True for the four words that add or remove group members, one command for each member.

@@ -1,8 +1,5 @@
 #include "soap/CVsoapParser.h"
 
-// The library declares its limit on entities only to those who say that it was built with entities, as it
-// was.
-#define XML_DTD
 #include <expat.h>
 
 #include <climits>
@@ -11,6 +8,7 @@
 
 #include "soap/FieldCapture.h"
 #include "soap/Methods.h"
+#include "soap/ParserMemory.h"
 #include "soap/RequestGlobals.h"
 #include "syslib/CVLogInterface.h"
 #include "util/BoundedText.h"
@@ -25,10 +23,9 @@ struct FreeParser {
 };
 using ParserHandle = std::unique_ptr<XML_ParserStruct, FreeParser>;
 
-// Clients of the service declare nothing. A document that does may cost the parser time for each attribute
-// and each element, and memory for each entity: both are bounded.
-constexpr int kMaxDeclaredAttributes = 64;
-constexpr float kMaxAmplification = 5.0F;
+/// The parser's memory: so much for any document, and so many times the body.
+constexpr std::size_t kMemoryForAny = 4 << 20;
+constexpr std::size_t kMemoryForByte = 2;
 
 /// The state of one parse: outside or inside a method element, and the fields being captured.
 class EnvelopeState {
@@ -41,8 +38,6 @@ public:
     void End(std::string_view name);
     /// Ends a method that the document left open.
     void Finish();
-    /// Counts a declared attribute; true when there are more than any client needs.
-    bool DeclaresTooMuch() { return ++declaredAttributes_ > kMaxDeclaredAttributes; }
 
     XML_Parser parser() const { return parser_; }
     bool envelopeEnded() const { return envelopeEnded_; }
@@ -66,7 +61,6 @@ private:
     XML_Parser parser_;
     RequestRecord& record_;
     FieldCapture capture_;
-    int declaredAttributes_ = 0;
     bool insideMethod_ = false;
     bool envelopeEnded_ = false;
     bool failed_ = false;
@@ -152,15 +146,16 @@ void XMLCALL HandleData(void* userData, const XML_Char* text, int length) noexce
         [&] { StateOf(userData).Data(std::string_view(text, static_cast<std::size_t>(length))); });
 }
 
-void XMLCALL HandleDeclaration(void* userData, const XML_Char*, const XML_Char*, const XML_Char*,
-                               const XML_Char*, int) noexcept {
-    EnvelopeState& state = StateOf(userData);
-    if (state.DeclaresTooMuch()) XML_StopParser(state.parser(), XML_FALSE);
+/// A SOAP message must not contain a document type declaration.
+void XMLCALL HandleDoctype(void* userData, const XML_Char*, const XML_Char*, const XML_Char*, int) noexcept {
+    XML_StopParser(StateOf(userData).parser(), XML_FALSE);
 }
 
-void LimitDeclarations(XML_Parser parser) {
-    XML_SetAttlistDeclHandler(parser, HandleDeclaration);
-    XML_SetBillionLaughsAttackProtectionMaximumAmplification(parser, kMaxAmplification);
+ParserHandle MakeParser(std::size_t length) {
+    static constexpr XML_Memory_Handling_Suite kMemory = {TakeParserMemory, ResizeParserMemory,
+                                                          FreeParserMemory};
+    LimitParserMemory(kMemoryForAny + kMemoryForByte * length);
+    return ParserHandle(XML_ParserCreate_MM(nullptr, &kMemory, nullptr));
 }
 
 int ReportParseError(CVLogInterface& log, int code, unsigned long line) {
@@ -172,15 +167,15 @@ int ReportParseError(CVLogInterface& log, int code, unsigned long line) {
 }  // namespace
 
 int ParseEnvelope(const char* body, RequestRecord& record, CVLogInterface& log) {
-    const ParserHandle parser(XML_ParserCreate(nullptr));
     const std::size_t length = std::strlen(body);
+    const ParserHandle parser = MakeParser(length);
     if (!parser || length > INT_MAX) return ReportParseError(log, XML_ERROR_NO_MEMORY, 0);
 
     EnvelopeState state(parser.get(), record);
     XML_SetUserData(parser.get(), &state);
     XML_SetElementHandler(parser.get(), HandleStart, HandleEnd);
     XML_SetCharacterDataHandler(parser.get(), HandleData);
-    LimitDeclarations(parser.get());
+    XML_SetStartDoctypeDeclHandler(parser.get(), HandleDoctype);
     // Kept for compatibility: never told that the input is complete, so an unclosed envelope is served.
     const XML_Status status = XML_Parse(parser.get(), body, static_cast<int>(length), XML_FALSE);
     if (status != XML_STATUS_OK) {

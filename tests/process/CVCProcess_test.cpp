@@ -113,6 +113,24 @@ TEST(CVCSoapProcess, FailedMessageIsAResponseAndKeepsItsResultLine) {
     EXPECT_STREQ(process.ResultLine(), "2012 99999999 \"Couldn't connect to server\"\n");
 }
 
+TEST(CVCSoapProcess, MessageWithoutRoomForItsTextIsNotPosted) {
+    LoopbackServer server;
+    MessagingParameters parameters;
+    parameters.Set(Slot::Url, server.Url());
+    parameters.Set(Slot::Message, "fire");
+    parameters.recipients = {"night"};
+    parameters.form = kVoiceForm;
+    parameters.templateName = "t";
+    parameters.templateNames.assign(kMaxTemplatePairs, "n");
+    parameters.templateValues.assign(kMaxTemplatePairs, "v");
+    CVCSoapProcess process(&parameters, {});
+    testing::internal::CaptureStdout();
+    process.Run(RunMode::Messaging);
+    EXPECT_THAT(testing::internal::GetCapturedStdout(), testing::HasSubstr(">Out of memory<"));
+    EXPECT_STREQ(process.ResultLine(), "2012 99999999 \"Out of memory\"\n");
+    EXPECT_THAT(server.Bodies(), IsEmpty());
+}
+
 TEST(CVCProcess, ReportedPartialReplyIsCutBetweenCharacters) {
     LoopbackServer server({.body = std::string(2046, 'x') + "\xC3\xA9tail", .missing = 10});
     ShowingProcess process;

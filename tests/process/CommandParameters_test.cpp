@@ -39,3 +39,17 @@ TEST(CommandParameters, HoldsNoMoreThanTheServerTakes) {
     EXPECT_EQ(command.lines.size(), 1024u);
     EXPECT_EQ(command.lines.back(), "n=1023");
 }
+
+TEST(CommandParameters, AddsBothLinesOfAPairOrNone) {
+    CommandParameters command;
+    for (int i = 0; i < 1023; ++i) command.AddNumber("n", i);
+    command.AddParameterPair("param", "floor", "value", "3");
+    EXPECT_EQ(command.count, 1023u);
+}
+
+TEST(CommandParameters, PostsNoMoreThanItsLines) {
+    CommandParameters command;
+    command.AddParameter("a", "1");
+    command.count = 5;
+    EXPECT_THAT(command.Posted(), ElementsAre("a=1"));
+}

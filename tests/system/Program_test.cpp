@@ -118,26 +118,28 @@ TEST(Program, FloodsOfItemsAreBounded) {
     EXPECT_EQ(std::count(command.begin(), command.end(), '&') + 1, 1024);
 }
 
+namespace {
+
+std::string Attributes(int count) {
+    std::string attributes;
+    for (int i = 0; i < count; ++i) attributes += "x" + std::to_string(i) + "='' ";
+    return attributes;
+}
+
+}  // namespace
+
 TEST(Program, HostileDocumentsEndInTheirFault) {
     constexpr char kMalformed[] = "2030 Invalid SOAP message";
     constexpr char kNoMethodInside[] = "2004 Invalid command";
     constexpr char kNoAddress[] = "2004 Missing URL";
-    std::string bomb = "<!DOCTYPE b [<!ENTITY a \"" + std::string(60, 'a') + "\">";
-    for (char c = 'b'; c < 'l'; ++c) {
-        bomb +=
-            std::string("<!ENTITY ") + c + " \"" + Repeat(std::string("&") + char(c - 1) + ";", 10) + "\">";
-    }
-    const std::string external = "<!DOCTYPE b [<!ENTITY x SYSTEM \"file:///etc/hostname\">]>";
-    std::string declarations;
-    for (int i = 0; i < 2000; ++i) declarations += "x" + std::to_string(i) + " CDATA \"\" ";
     const struct {
         std::string document;
         const char* fault;
     } cases[] = {
-        {bomb + "]><SendStdMessage><szMessage>&k;</szMessage></SendStdMessage>", kMalformed},
-        {external + "<SendStdMessage><szMessage>&x;</szMessage></SendStdMessage>", kNoAddress},
-        {"<!DOCTYPE a [<!ATTLIST a " + declarations + ">]><r>" + Repeat("<a/>", 20000) + "</r>", kMalformed},
-        {Repeat("<a>", 200000), kNoMethodInside},
+        {"<!DOCTYPE b [<!ENTITY x SYSTEM \"file:///etc/hostname\">]><SendStdMessage/>", kMalformed},
+        {Repeat("<a>", 10000), kNoMethodInside},
+        {Repeat("<a>", 200000), kMalformed},  // more memory than the document is worth
+        {"<a " + Attributes(100000) + "/>", kMalformed},
         {"<SendStdMessage nil=''>" + Repeat("<szURL2>x</szURL2>", 50000), kNoAddress},
         {std::string(300000, '<'), kMalformed},
         {"<SendStdMessage><" + std::string(1000000, 'n') + "/></SendStdMessage>", kNoAddress},
