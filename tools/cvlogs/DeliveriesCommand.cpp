@@ -47,7 +47,7 @@ template <class Columns>
 std::string TableLine(const Columns& columns, const Cells& cells) {
     std::string line;
     for (std::size_t i = 0; i < cells.size(); ++i) {
-        const std::string& cell = cells[i];
+        const std::string cell = Visible(cells[i]);  // one line, whatever was sent
         const std::size_t width = columns[i].width;
         const std::string blanks(cell.size() < width ? width - cell.size() : 0, ' ');
         line += (i == 0 ? "" : "  ") + (columns[i].isNumber ? blanks + cell : cell + blanks);

@@ -84,8 +84,7 @@ std::string BeginningOf(const std::string& path) {
 // plain name since.
 bool IsCopy(const std::string& plain, const std::string& gzip) {
     try {
-        const std::string beginning = BeginningOf(gzip);
-        return beginning.empty() || beginning == BeginningOf(plain);
+        return BeginningOf(plain).starts_with(BeginningOf(gzip));  // of which not all may be there yet
     } catch (const std::runtime_error&) {
         return true;  // not complete yet
     }
@@ -165,7 +164,8 @@ std::size_t LogFile::Read(char* room, std::size_t size) {
         const int got = gzread(gzip_.get(), room, static_cast<unsigned>(size));
         int error = Z_OK;
         const char* text = gzerror(gzip_.get(), &error);
-        if (got < 0 || error == Z_BUF_ERROR) Fail(path_, text);
+        // Cut off: what could be read comes first.
+        if (got < 0 || (got == 0 && error == Z_BUF_ERROR)) Fail(path_, text);
         return static_cast<std::size_t>(got);
     }
     const ssize_t got = read(descriptor_, room, size);

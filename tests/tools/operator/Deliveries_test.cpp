@@ -79,6 +79,7 @@ TEST(Deliveries, ShowsWhatBecameOfEachRequest) {
     EXPECT_THAT(table, HasSubstr("by the second server; first: Couldn't connect to server\n"));
     EXPECT_THAT(table, HasSubstr("10.0.0.6         2004 Missing URL\n"));
     EXPECT_THAT(table, HasSubstr("sending"));
+    EXPECT_THAT(table, HasSubstr("O\"B<NL>")) << "one line";
 
     journal.site.Messages({"--config-dir", journal.site.Config(), "load",
                            journal.site.Files().Write("m.h", "#define A 2004 /* Give szURL */\n")});
