@@ -11,10 +11,10 @@ install(TARGETS paging-standin RUNTIME DESTINATION bin COMPONENT standin)
 install(FILES docs/man/paging-standin.1 DESTINATION share/man/man1 COMPONENT standin)
 
 install(TARGETS quorbel-soap RUNTIME DESTINATION web/cgi-bin)
-install(TARGETS cvmessages cvlogs quorbel-soapd RUNTIME DESTINATION bin)
+install(TARGETS cvmessages cvlogs quorbel-check quorbel-soapd RUNTIME DESTINATION bin)
 install(PROGRAMS tools/setup/quorbel-setup DESTINATION bin)
 set(completions share/bash-completion/completions)  # where bash looks for them, by the programs' names
-foreach(program cvlogs cvmessages quorbel-setup)
+foreach(program cvlogs cvmessages quorbel-check quorbel-setup)
   install(FILES tools/completion/quorbel RENAME ${program} DESTINATION ${completions})
 endforeach()
 install(FILES tools/completion/quorbel RENAME paging-standin DESTINATION ${completions} COMPONENT standin)

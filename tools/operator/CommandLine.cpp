@@ -51,7 +51,8 @@ void AddOptions(CLI::App& app, const std::vector<Option>& options) {
         CLI::Option* added =
             std::visit([&](const auto& target) { return AddTarget(app, option, target); }, option.target);
         if (!std::holds_alternative<bool*>(option.target)) {
-            added->type_name(option.value)->allow_extra_args(false);
+            added->type_name(option.value);
+            if (option.names.starts_with('-')) added->allow_extra_args(false);  // one value each time
             if (!option.mayBeEmpty) added->check(RefuseEmpty);
         }
         added->required(option.required);

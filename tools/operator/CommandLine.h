@@ -23,7 +23,7 @@ struct NumberTarget {
 };
 
 /// Where the value of an option goes. A bool is a switch without a value; a list takes the option more than
-/// once; a function may refuse the text by a UsageError.
+/// once, or any number of values that stand alone; a function may refuse the text by a UsageError.
 using OptionTarget = std::variant<bool*, std::string*, std::vector<std::string>*, NumberTarget,
                                   std::function<void(const std::string&)>>;
 
