@@ -27,47 +27,57 @@ template <typename Record>
 struct FixedText {
     Slot slot;
     void (*fill)(Record& record, std::string_view text);
+    std::size_t width;  ///< bytes that the field keeps
 };
 
 template <typename Record, std::size_t N>
 Record RecordOf(char (Record::*)[N]);
+template <typename Record, std::size_t N>
+constexpr std::size_t WidthOfField(char (Record::*)[N]) {
+    return N - 1;
+}
 
 template <auto Field>
 void Fill(decltype(RecordOf(Field))& record, std::string_view text) {
     CopyText(record.*Field, text);
 }
 
+template <auto Field>
+constexpr auto Fixed(Slot slot) {
+    return FixedText<decltype(RecordOf(Field))>{slot, Fill<Field>, WidthOfField(Field)};
+}
+
 constexpr FixedText<AdminInfo> kAdminTexts[] = {
-    {Slot::AdminName, Fill<&AdminInfo::name>},
-    {Slot::AdminPassword, Fill<&AdminInfo::password>},
+    Fixed<&AdminInfo::name>(Slot::AdminName),
+    Fixed<&AdminInfo::password>(Slot::AdminPassword),
 };
 constexpr FixedText<DepartmentInfo> kDepartmentTexts[] = {
-    {Slot::Department, Fill<&DepartmentInfo::name>},
-    {Slot::Description, Fill<&DepartmentInfo::description>},
+    Fixed<&DepartmentInfo::name>(Slot::Department),
+    Fixed<&DepartmentInfo::description>(Slot::Description),
 };
 constexpr FixedText<UserInfo> kUserTexts[] = {
-    {Slot::UserName, Fill<&UserInfo::userName>},
-    {Slot::NewUserName, Fill<&UserInfo::newUserName>},
-    {Slot::Password, Fill<&UserInfo::password>},
-    {Slot::UserDescription, Fill<&UserInfo::description>},
-    {Slot::UserGroup, Fill<&UserInfo::userGroup>},
-    {Slot::UserIp, Fill<&UserInfo::ip>},
-    {Slot::UserEmail, Fill<&UserInfo::email>},
-    {Slot::AccessCode, Fill<&UserInfo::accessCode>},
-    {Slot::UserTimeZone, Fill<&UserInfo::timeZone>},
-    {Slot::LinkUserName, Fill<&UserInfo::linkUserName>},
-    {Slot::LinkPassword, Fill<&UserInfo::linkPassword>},
-    {Slot::DbHost, Fill<&UserInfo::dbHost>},
-    {Slot::NtUserName, Fill<&UserInfo::ntUserName>},
-    {Slot::NtPassword, Fill<&UserInfo::ntPassword>},
-    {Slot::NtDomain, Fill<&UserInfo::ntDomain>},
-    {Slot::Authentication, Fill<&UserInfo::authentication>},
+    Fixed<&UserInfo::userName>(Slot::UserName),
+    Fixed<&UserInfo::newUserName>(Slot::NewUserName),
+    Fixed<&UserInfo::password>(Slot::Password),
+    Fixed<&UserInfo::description>(Slot::UserDescription),
+    Fixed<&UserInfo::userGroup>(Slot::UserGroup),
+    Fixed<&UserInfo::ip>(Slot::UserIp),
+    Fixed<&UserInfo::email>(Slot::UserEmail),
+    Fixed<&UserInfo::accessCode>(Slot::AccessCode),
+    Fixed<&UserInfo::timeZone>(Slot::UserTimeZone),
+    Fixed<&UserInfo::linkUserName>(Slot::LinkUserName),
+    Fixed<&UserInfo::linkPassword>(Slot::LinkPassword),
+    Fixed<&UserInfo::dbHost>(Slot::DbHost),
+    Fixed<&UserInfo::ntUserName>(Slot::NtUserName),
+    Fixed<&UserInfo::ntPassword>(Slot::NtPassword),
+    Fixed<&UserInfo::ntDomain>(Slot::NtDomain),
+    Fixed<&UserInfo::authentication>(Slot::Authentication),
 };
 constexpr FixedText<UserGroupInfo> kUserGroupTexts[] = {
-    {Slot::UserGroupName, Fill<&UserGroupInfo::name>},
-    {Slot::UserGroupDescription, Fill<&UserGroupInfo::description>},
-    {Slot::DepartmentOfUserGroup, Fill<&UserGroupInfo::departmentName>},
-    {Slot::PermissionSet, Fill<&UserGroupInfo::permissionSet>},
+    Fixed<&UserGroupInfo::name>(Slot::UserGroupName),
+    Fixed<&UserGroupInfo::description>(Slot::UserGroupDescription),
+    Fixed<&UserGroupInfo::departmentName>(Slot::DepartmentOfUserGroup),
+    Fixed<&UserGroupInfo::permissionSet>(Slot::PermissionSet),
 };
 
 template <typename Record, std::size_t N>
@@ -75,6 +85,14 @@ Record FilledFrom(const RequestRecord& request, const FixedText<Record> (&texts)
     Record record{};
     for (const auto& text : texts) text.fill(record, request[text.slot]);
     return record;
+}
+
+template <typename Record, std::size_t N>
+std::optional<std::size_t> WidthIn(const FixedText<Record> (&texts)[N], Slot slot) {
+    for (const auto& text : texts) {
+        if (text.slot == slot) return text.width;
+    }
+    return std::nullopt;
 }
 
 /// A quick message goes to its carrier; an empty carrier leaves the recipient that is there.
@@ -185,6 +203,16 @@ void RunMessaging(const RequestRecord& record, DeliveryJournal& journal) {
 bool IsTrue(const RequestRecord& record, Slot slot) {
     const std::string_view text = record[slot];
     return record.Has(slot) && !EqualNoCase(text.substr(0, 4), "fals") && !text.starts_with('0');
+}
+
+std::optional<std::size_t> WidthOf(const Method& method, Slot slot) {
+    if (const auto width = WidthIn(kUserTexts, slot)) return width;
+    if (const auto width = WidthIn(kUserGroupTexts, slot)) return width;
+    if (!IsMessagingMethod(method.name)) {
+        if (const auto width = WidthIn(kAdminTexts, slot)) return width;
+    }
+    const bool isOfDepartments = method.commandWord.ends_with("dept");
+    return isOfDepartments ? WidthIn(kDepartmentTexts, slot) : std::nullopt;
 }
 
 AdminInfo TranslateAdmin(const RequestRecord& record) {

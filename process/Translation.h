@@ -1,7 +1,10 @@
 #pragma once
 
+#include <optional>
+
 #include "process/CommandRecords.h"
 #include "process/DeliveryJournal.h"
+#include "soap/Methods.h"
 #include "soap/RequestRecord.h"
 
 namespace quorbel {
@@ -19,6 +22,9 @@ UserInfo TranslateUser(const RequestRecord& record);
 UserGroupInfo TranslateUserGroup(const RequestRecord& record);
 AdministrationParameters TranslateAdministration(const RequestRecord& record);
 MessagingParameters TranslateMessaging(const RequestRecord& record);
+
+/// How many bytes of a slot's text a command of this method keeps; nothing where only the limit of a posted line holds.
+std::optional<std::size_t> WidthOf(const Method& method, Slot slot);
 
 /// The boolean rule of the service: true when the element is there and its text does not begin with "fals" in
 /// any letter case, nor with "0". So "no", an empty element and a leading blank are true. An absent element

@@ -1,5 +1,6 @@
 #include "tools/wsdl/MethodForm.h"
 
+#include "process/Translation.h"
 #include "soap/Envelopes.h"
 #include "tools/wsdl/Notes.h"
 #include "tools/wsdl/RequestElements.h"
@@ -73,8 +74,10 @@ Text Inputs(const Method& method) {
 
 }  // namespace
 
-std::string LimitOf(const Method&, const Field&) {
-    return {};
+std::string LimitOf(const Method& method, const Field& rule) {
+    if (rule.kind != FieldKind::Text || TypeOf(rule) == "xs:boolean") return {};
+    const auto width = WidthOf(method, rule.slot);
+    return width ? "Cut at " + std::to_string(*width) + " bytes." : std::string();
 }
 
 std::string MethodForm(const Method& method) {
