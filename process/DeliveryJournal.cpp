@@ -99,17 +99,15 @@ bool IsQuery(std::string_view method) {
     return method.find("Query") != method.npos;
 }
 
-bool HasSection(const std::string& configDirectory) {
+}  // namespace
+
+bool HasDeliveryLog(const std::string& configDirectory) {
     IniReaderWriter ini(LogConfigPath(configDirectory));
     return LoadLogConfig(ini) && ini.FindSection(std::string("[") + kModule + "]") != ini.NoSection();
 }
 
-}  // namespace
-
 std::unique_ptr<CVsysEventLogInterface> OpenDeliveryLog(const std::string& configDirectory) {
-    if (!HasSection(configDirectory)) return nullptr;
-    auto log = CVsysEventLogInterface::Create(kModule, LogThreading::Single, configDirectory);
-    return log && log->IsReady() ? std::move(log) : nullptr;
+    return CVsysEventLogInterface::Create(kModule, LogThreading::Single, configDirectory);
 }
 
 template <typename Step>

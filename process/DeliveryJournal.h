@@ -11,8 +11,11 @@ class CVsysEventLogInterface;
 
 namespace quorbel {
 
-/// The log of module "Deliveries" when `cvlogs.ini` in the configuration directory has a section for it and it can
-/// write; null otherwise. Nothing is added to the file.
+/// Whether `cvlogs.ini` in the configuration directory has a section for the module "Deliveries".
+bool HasDeliveryLog(const std::string& configDirectory);
+
+/// Its log, which may be not ready; null when there is no writer for it. To be called only where it has a section, since
+/// one would be added.
 std::unique_ptr<CVsysEventLogInterface> OpenDeliveryLog(const std::string& configDirectory);
 
 /// Tells the delivery journal what becomes of one request: one entry, and at level debug one more before the post.

@@ -8,6 +8,7 @@
 
 #include "process/CVCSoapProcess.h"
 #include "process/DeliveryJournal.h"
+#include "process/RunLogs.h"
 #include "process/Translation.h"
 #include "soap/AnswerWriter.h"
 #include "soap/CVsoap.h"
@@ -16,7 +17,6 @@
 #include "soap/RequestGlobals.h"
 #include "soap/RequestRecord.h"
 #include "syslib/CVsysEventLogInterface.h"
-#include "syslib/CVsysEventLogModNames.h"
 #include "util/BoundedText.h"
 #include "util/FileStamp.h"
 #include "util/SpoolDirectories.h"
@@ -58,17 +58,10 @@ void ReadHostName() {
     TrimSpaces(m_szHostName);
 }
 
-/// The log of the run. Never deleted at the end of a process: entries may still come while it ends.
-CVsysEventLogInterface* runLog = nullptr;
-
-/// The log of module "SOAP", until the next run; null when it cannot be used.
+/// The log of module "SOAP"; null when it cannot be used.
 CVsysEventLogInterface* StartLog() {
     MakeConfigPath(m_szPath, sizeof m_szPath, gArguments.logDirectory, kLogFile);
-    CVsysEventLogInterface::SetDefaultLogDirectory(gArguments.logDirectory);
-    runLog = CVsysEventLogInterface::Create(CVsysEventLogModNames[kSoapModule], LogThreading::Single,
-                                            g_strConfigDir)
-                 .release();
-    if (runLog == nullptr || !runLog->IsReady()) return nullptr;
+    if (RunLog(g_strConfigDir, gArguments.logDirectory) == nullptr) return nullptr;
     return CVsysEventLogInterface::GetInstance(__LINE__, kSource);
 }
 
@@ -108,23 +101,21 @@ int ReadRequest(RequestRecord& record, CVLogInterface& log) {
     return std::string(method) == "GET" ? kServed : kNotServed;
 }
 
-/// The delivery journal of the run; null when the site keeps none. Lives as long as runLog.
-CVsysEventLogInterface* deliveryLog = nullptr;
-
-/// A GET is a health check, which the journal does not tell. A journal that cannot be opened stops no page.
-void OpenJournal() {
+/// The delivery journal; null when there is none. A GET is a health check, which it does not tell. A journal that cannot
+/// be opened stops no page.
+CVsysEventLogInterface* Journal() {
     const char* method = std::getenv("REQUEST_METHOD");
-    if (method == nullptr || std::string_view(method) != "POST") return;
+    if (method == nullptr || std::string_view(method) != "POST") return nullptr;
     try {
-        deliveryLog = OpenDeliveryLog(g_strConfigDir).release();
+        return RunJournal();
     } catch (...) {
-        deliveryLog = nullptr;
+        return nullptr;
     }
 }
 
 /// Only memory can run out here. The client is told in the transport's words.
 void Translate(const RequestRecord& record) {
-    DeliveryJournal journal(deliveryLog, record);
+    DeliveryJournal journal(Journal(), record);
     try {
         TranslateRequest(record, journal);
     } catch (...) {
@@ -147,10 +138,11 @@ void ResetRun() {
     gParameters = {};
     gMsgParameters = {};
     soapProcess.Reset();
-    delete runLog;
-    runLog = nullptr;
-    delete deliveryLog;
-    deliveryLog = nullptr;
+}
+
+void PrepareRuns() {
+    SetUp();
+    DropLogsBeforeFork();
 }
 
 int ServeRequest(const char* programPath) {
@@ -167,7 +159,6 @@ int ServeRequest(const char* programPath) {
     log->Trace(nullptr, "%s\n", std::string(58, '=').c_str());
     log->Trace(nullptr, "Quorbel SOAP [%s] STARTED \n", programPath);
     if (ReadRequest(record, *log) != kServed) return kNotServed;
-    OpenJournal();
     Translate(record);
     ShutDown();
     return kServed;

@@ -116,6 +116,7 @@ int Main(CLI::App& app, int argc, char** argv) {
     }
     ListeningSocket socket(socketPath);
     PrepareTransfers();
+    PrepareRuns();
     Serve(options, socket, programPath);
     return 0;
 }
