@@ -47,4 +47,5 @@ install(FILES deploy/systemd/quorbel-soapd.service deploy/systemd/quorbel-soapd.
 
 install(CODE [[message(STATUS "To complete a new site, run ${CMAKE_INSTALL_PREFIX}/bin/quorbel-setup")]])
 
+include(cmake/Development.cmake)
 include(cmake/package/Package.cmake)

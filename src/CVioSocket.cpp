@@ -150,8 +150,17 @@ int Ask(Question& question, const Deadline& deadline) {
     return EAI_SYSTEM;
 }
 
+/// Null unless `host` is an address, or empty: no name service is asked.
+Addresses Numeric(const std::string& host, const std::string& port, int flags) {
+    const Question question(host, port, flags | AI_NUMERICHOST);
+    addrinfo* found = nullptr;
+    getaddrinfo(question.request.ar_name, port.c_str(), &question.hints, &found);
+    return Addresses(found);
+}
+
 Addresses Resolve(const std::string& host, const std::string& port, int flags, const Deadline& deadline,
                   const std::string& peer, const char* failure) {
+    if (Addresses addresses = Numeric(host, port, flags)) return addresses;
     const std::unique_ptr<Question, AbandonQuestion> question(new Question(host, port, flags));
     const int code = Ask(*question, deadline);
     if (code == EAI_SYSTEM) Fail(__LINE__, peer, failure);

@@ -6,7 +6,7 @@ set(CPACK_PACKAGE_CONTACT "Quorbel maintainers <maintainers@quorbel.example>")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr/local/corvane)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_COMPONENTS_ALL soap standin)
+set(CPACK_COMPONENTS_ALL soap standin dev)
 set(CPACK_COMPONENTS_GROUPING IGNORE)
 
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -35,5 +35,14 @@ set(CPACK_DEBIAN_STANDIN_PACKAGE_NAME quorbel-standin)
 set(CPACK_DEBIAN_STANDIN_DESCRIPTION "Stand-in for a paging server that pages nobody
 Takes the commands that the SOAP front end posts, prints them and answers them, for
 trying an installation and for tests of clients.")
+
+set(CPACK_DEBIAN_DEV_PACKAGE_NAME libquorbel-dev)
+set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEV_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "libsqlite3-dev, libexpat1-dev, libcurl4-openssl-dev | libcurl-dev")
+set(CPACK_DEBIAN_DEV_DESCRIPTION "Class library of the paging server's programs
+Files, threads, locks, sockets, event logs, log databases, INI files, the message
+catalogue and the commands of the paging server, as headers and archives. Its CMake
+package and pkg-config files lie in /usr/local/corvane/lib.")
 
 include(CPack)

@@ -19,6 +19,12 @@ using namespace std::chrono_literals;
 
 namespace {
 
+#ifdef __SANITIZE_THREAD__  // does not know the threads of the C library that ask the name service
+constexpr char kHostName[] = "127.0.0.1";
+#else
+constexpr char kHostName[] = "localhost";
+#endif
+
 constexpr CVioSocket::Milliseconds kEnough = 20s;
 constexpr CVioSocket::Milliseconds kShort = 30ms;
 
@@ -87,7 +93,7 @@ TEST(CVioSocket, WritesMoreThanThePeerTakesAtOnce) {
 
 TEST(CVioSocket, SpeaksBothKindsOfAddresses) {
     const std::unique_ptr<CVioListener> every = std::make_unique<CVioListener>("", "0");
-    for (const char* host : {"127.0.0.1", "::1", "localhost"}) {
+    for (const char* host : {"127.0.0.1", "::1", kHostName}) {
         CVioSocket client;
         try {
             client.Connect(host, std::to_string(every->GetPort()), kEnough);
@@ -106,8 +112,10 @@ TEST(CVioSocket, NamesThePeerOfAFailure) {
     EXPECT_EQ(Thrown([&] { closed.Write("x", kShort); }), "Socket Write Failed||" + Text(EBADF));
     EXPECT_EQ(Thrown([&] { closed.Connect("127.0.0.1", "1", kEnough); }),
               "Socket Connect Failed|127.0.0.1:1|" + Text(ECONNREFUSED));
+#ifndef __SANITIZE_THREAD__
     EXPECT_THAT(Thrown([&] { closed.Connect("no such host", "1", kEnough); }),
                 testing::StartsWith("Socket Connect Failed|no such host:1|"));
+#endif
     Pair pair;
     EXPECT_EQ(Thrown([&] { CVioListener("127.0.0.1", std::to_string(pair.listener.GetPort())); }),
               "Socket Listen Failed|" + pair.listener.GetAddress() + "|" + Text(EADDRINUSE));

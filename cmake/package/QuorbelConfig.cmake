@@ -1,0 +1,6 @@
+include(CMakeFindDependencyMacro)
+find_dependency(Threads)
+find_dependency(SQLite3)
+find_dependency(EXPAT)
+find_dependency(CURL)
+include(${CMAKE_CURRENT_LIST_DIR}/QuorbelTargets.cmake)
