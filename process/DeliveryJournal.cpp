@@ -177,7 +177,8 @@ void DeliveryJournal::Write(Outcome outcome) {
     delivery_.at = std::chrono::system_clock::now();
     delivery_.outcome = outcome;
     const LogLevel level = LevelOf(delivery_);
-    if (level >= log_->Threshold()) log_->Write(level, DeliveryEntry(delivery_), -1, nullptr);
+    // With its line end: a section without autoAppend would put all entries on one line.
+    if (level >= log_->Threshold()) log_->Write(level, DeliveryEntry(delivery_) + '\n', -1, nullptr);
 }
 
 }  // namespace quorbel

@@ -58,7 +58,7 @@ FrontEnd::FrontEnd() {
         "config/cvlogs.ini",
         "[main]\n[SOAP]\nwriter=file\nlevel=trace\nfilePath=" + site_ / "logs/soap_log.txt" +
             "\nautoAppend=1\nbytesPerFiles=50000000\n[Deliveries]\nwriter=file\nlevel=info\nfilePath=" +
-            site_ / "logs/deliveries_log.txt" + "\nautoAppend=1\nbytesPerFiles=50000000\n");
+            site_ / "logs/deliveries_log.txt" + "\nbytesPerFiles=50000000\n");
     fs::create_directories(site_ / "logs");
     fs::create_directories(site_ / "web/cgi-bin");
     fs::create_directory_symlink("../config", site_ / "web/config");

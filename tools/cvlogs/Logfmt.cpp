@@ -56,12 +56,12 @@ std::string TakeQuoted(std::string_view& text) {
 
 Logfmt::Logfmt(std::string_view text) {
     while (!text.empty()) {
-        const std::string key(TakeUntil(text, "= "));
+        const std::string key(TakeUntil(text, "= \n"));
         const bool hasValue = text.starts_with('=');
         if (!text.empty()) text.remove_prefix(1);
         if (!hasValue) continue;
         const bool isQuoted = text.starts_with('"');
-        std::string value = isQuoted ? TakeQuoted(text) : std::string(TakeUntil(text, " "));
+        std::string value = isQuoted ? TakeQuoted(text) : std::string(TakeUntil(text, " \n"));
         if (!key.empty()) fields_.emplace_back(key, std::move(value));
     }
 }

@@ -60,7 +60,7 @@ struct JournalSite {
 }  // namespace
 
 TEST(Logfmt, ReadsWhateverStandsThere) {
-    EXPECT_THAT(Logfmt("a=1 b=\"two \\\"x\\\" \\\\ \\n\\t\\x1b\" c= word d=\"\" e=x=y").Fields(),
+    EXPECT_THAT(Logfmt("a=1 b=\"two \\\"x\\\" \\\\ \\n\\t\\x1b\" c= word d=\"\" e=x=y\n").Fields(),
                 ElementsAre(Pair("a", "1"), Pair("b", "two \"x\" \\ \n\t\x1b"), Pair("c", ""), Pair("d", ""),
                             Pair("e", "x=y")));
     for (const char* text : {"", " ", "=", "=\"", "\"", "x", "=a ="})
