@@ -17,6 +17,11 @@ level=trace
 filePath={site}/logs/soap_log.txt
 autoAppend=1
 bytesPerFiles=50000000
+
+[Deliveries]
+writer=file
+level=debug
+filePath={site}/logs/deliveries_log.txt
 """
 
 
