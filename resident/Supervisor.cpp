@@ -92,8 +92,11 @@ void Supervisor::OnSignal(int signal) {
 
 void Supervisor::StartMissing() {
     if (stopping_ || Clock::now() < notBefore_) return;
-    for (std::size_t place = 0; place < children_.size() && Available() < settings_.spare; ++place) {
-        if (children_[place].pid == 0 && !Start(place)) return;
+    std::size_t available = Available();
+    for (std::size_t place = 0; place < children_.size() && available < settings_.spare; ++place) {
+        if (children_[place].pid != 0) continue;
+        if (!Start(place)) return;
+        ++available;
     }
 }
 
