@@ -14,6 +14,16 @@ bool IsLikePattern(const EntryChoice& choice) {
     return choice.grep.find('%') != choice.grep.npos && IsDatabase(choice.log);
 }
 
+// Matches the tags of these levels: few entries have one, and a search is faster than a look at each entry.
+std::string TagsFrom(LogLevel lowest) {
+    std::string names;
+    for (auto level = static_cast<unsigned>(lowest); level <= static_cast<unsigned>(LogLevel::Fatal);
+         ++level) {
+        names.append(names.empty() ? "" : "|").append(LogLevelName(level));
+    }
+    return "\\[(" + names + ")\\] ";
+}
+
 bool IsLike(std::string_view text, const std::string& pattern) {
     return sqlite3_strlike(pattern.c_str(), std::string(text).c_str(), 0) == 0;
 }
@@ -32,6 +42,10 @@ WantedEntries::WantedEntries(const EntryChoice& choice) : choice_(choice) {
     } else if (!choice.grep.empty()) {
         pattern_.emplace(choice.grep);
         if (pattern_->IsLocal()) hints.search = &*pattern_;
+    }
+    if (hints.search == nullptr && choice.level >= LogLevel::Warn) {
+        levels_.emplace(TagsFrom(choice.level));
+        hints.search = &*levels_;
     }
     source_ = OpenLog(choice.log, hints);
 }

@@ -39,6 +39,7 @@ private:
 
     const EntryChoice choice_;
     std::optional<Pattern> pattern_;
+    std::optional<Pattern> levels_;  // finds entries that may be of a wanted level
     std::unique_ptr<LogSource> source_;
 };
 

@@ -174,7 +174,7 @@ TEST(SiteCheck, TellsWhoHoldsALockForLong) {
 TEST(SiteCheck, TellsOfExpiredAuthorities) {
     const WholeSite whole;
     whole.site.Files().Write("config/ca-bundle.crt", std::string(kAuthority) + kExpired);
-    EXPECT_THAT(Wrong(whole.Check()), HasSubstr("WARNING ca-bundle: has expired: /CN=Old"));
+    EXPECT_THAT(Wrong(whole.Check()), HasSubstr("holds 2 authorities, 1 expired: /CN=Old"));
 }
 
 TEST(SiteCheck, TellsMonitoringThatItCouldNotLook) {
