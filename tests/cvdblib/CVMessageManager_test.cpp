@@ -103,19 +103,6 @@ TEST_F(Catalogue, StaysAsItWasWhenALoaderIsKilled) {
     EXPECT_EQ(All(), "9=old\n");
 }
 
-TEST_F(Catalogue, IsReadByOthersOnceALoadIsDone) {
-    ASSERT_TRUE(Load("#define MSG_A 9 /* old */\n"));
-    ASSERT_EQ(CVMessageManager::GetMessage(9), "old");
-    CVMessageManager::Release();
-    EXPECT_EQ(InChildProcess([&] {
-                  CVMessageManager::GetDBFilePath(dir_.Path());
-                  if (!Load("#define MSG_A 9 /* new */\n")) throw 0;
-              }),
-              Child::Finished);
-    CVMessageManager::GetDBFilePath(dir_.Path());
-    EXPECT_EQ(CVMessageManager::GetMessage(9), "new");
-}
-
 TEST_F(Catalogue, AnswersNothingOnAFileThatIsNoCatalogue) {
     dir_.Write("messages.sdb", std::string(5000, 'x'));
     EXPECT_EQ(CVMessageManager::GetMessage(9), "");

@@ -75,17 +75,6 @@ TEST_F(Queries, ThrowWithTheStatementAndTheLibrarysText) {
     EXPECT_EQ(database_.GetLastErrorMessage(), "") << "every operation forgets the last error";
 }
 
-TEST_F(Queries, ThrowExtendedCodesInHexadecimal) {
-    ASSERT_TRUE(database_.ExecuteUpdateQuery("INSERT INTO t VALUES (1,'a');"));
-    try {
-        database_.ExecuteUpdateQuery("INSERT INTO t VALUES (1,'b');");
-        FAIL() << "accepted";
-    } catch (const CVDBexception& thrown) {
-        EXPECT_NE(thrown.ToString().find("Error code[613] "), std::string::npos) << thrown.ToString();
-        EXPECT_NE(thrown.ToString().find("Msg[Unable to execute UPDATE query ["), std::string::npos);
-    }
-}
-
 TEST_F(Queries, ChangeSchemaAndSynchronousModeWithoutThrowing) {
     EXPECT_TRUE(database_.SetSchema({"t", "other"}));
     EXPECT_EQ(Text("SELECT name FROM pragma_table_info('t');"), "other");

@@ -92,12 +92,6 @@ TEST_F(Transactions, ThrowAndReopenOnAnyOtherError) {
     EXPECT_FALSE(first_.RollbackTransaction("", kTryOnce));
 }
 
-TEST_F(Transactions, NeedAnInitialisedDatabase) {
-    ASSERT_TRUE(first_.Close() && first_.Open(false));
-    EXPECT_FALSE(first_.BeginImmediateTransaction("", kThreeTimes));
-    EXPECT_TRUE(first_.IsReady()) << "the failure reopened it";
-}
-
 TEST_F(Transactions, UndoAFailedUpdateWhole) {
     CVSQLite3ResultSet result;
     std::int64_t rowId = 0;

@@ -41,16 +41,3 @@ TEST(MessageConstants, PassesOverWhatDefinesNoMessage) {
     }
     EXPECT_THROW(ParseMessageConstant("#define X 5 /"), std::out_of_range);
 }
-
-TEST(MessageConstants, GathersALineOfAnyLength) {
-    TempDir dir;
-    const std::string longLine = "#define X 5 /*" + std::string(5000, 'm') + "*/\n";
-    CVioFile file(dir.Write("messages.h", longLine + "\nlast"));
-    file.Open("r");
-    std::string line;
-    for (const std::string& expected : {longLine, std::string("\n"), std::string("last")}) {
-        ASSERT_TRUE(ReadWholeLine(file, line));
-        EXPECT_EQ(line, expected);
-    }
-    EXPECT_FALSE(ReadWholeLine(file, line));
-}

@@ -53,14 +53,6 @@ TEST(ScopedLock, UnlocksAsOftenAsItLocked) {
     EXPECT_TRUE(FreeForOthers(lock));
 }
 
-TEST(ScopedLock, LeavesAloneWhatItDidNotLock) {
-    CVconLock lock;
-    lock.Lock();
-    { const ScopedLock guard(&lock, ScopedLock::Start::Unlocked); }
-    EXPECT_FALSE(FreeForOthers(lock));
-    lock.Unlock();
-}
-
 TEST(ScopedLock, DeletesTheLockItOwns) {
     struct Watched : CVconLock {
         explicit Watched(bool* deletedFlag) : deleted(deletedFlag) {}
@@ -70,10 +62,6 @@ TEST(ScopedLock, DeletesTheLockItOwns) {
     bool deleted = false;
     { const ScopedLock guard(new Watched(&deleted), ScopedLock::Start::Locked, ScopedLock::Owns::Yes); }
     EXPECT_TRUE(deleted);
-}
-
-TEST(ScopedLock, RefusesToHoldNothing) {
-    EXPECT_EQ(Thrown([] { const ScopedLock guard(nullptr); }), "Create lock failed|");
 }
 
 // The thread sanitizer reports the misuse that these make.

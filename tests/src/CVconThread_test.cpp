@@ -31,7 +31,6 @@ using namespace std::chrono_literals;
 namespace {
 
 std::atomic<int> createError{0};
-std::atomic<int> sigactionError{0};
 
 }  // namespace
 
@@ -42,13 +41,6 @@ int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, v
                           void* argument) {
     const int code = createError;
     return code != 0 ? code : __real_pthread_create(thread, attributes, start, argument);
-}
-
-int __real_sigaction(int, const struct sigaction*, struct sigaction*);
-int __wrap_sigaction(int signal, const struct sigaction* action, struct sigaction* before) {
-    if (sigactionError == 0 || signal != SIGUSR1) return __real_sigaction(signal, action, before);
-    errno = sigactionError;
-    return -1;
 }
 }
 
@@ -149,20 +141,6 @@ TEST(CVconThread, IsAliveFromCreateUntilItsBodyHasEnded) {
     EXPECT_TRUE(body.receivedOwnId);
 }
 
-TEST(CVconThread, RefusesToSignalAThreadThatIsNotThere) {
-    Body body([] {});
-    CVconThread thread(&body);
-    const std::string gone = std::strerror(ESRCH);
-    for (const bool ended : {false, true}) {
-        EXPECT_EQ(Thrown([&] { thread.Kill(); }), "Kill Thread Failed|" + gone) << ended;
-        EXPECT_EQ(Thrown([&] { thread.Suspend(); }), "Suspend Thread Failed|" + gone) << ended;
-        EXPECT_EQ(Thrown([&] { thread.Resume(); }), "Resume Thread Failed|" + gone) << ended;
-        if (ended) break;
-        thread.Create();
-        ASSERT_TRUE(Ends(thread));
-    }
-}
-
 TEST(CVconThread, TellsWhyTheSystemRefusedAThread) {
     const struct {
         int code;
@@ -202,21 +180,6 @@ TEST(CVconThread, DeletesBodyAndThreadWhenTheyAreGivenToIt) {
     EXPECT_TRUE(Eventually([&] { return deleted == 2; }));
 }
 
-TEST(CVconThread, OutlivesItsObject) {
-    CVconEvent go;
-    std::atomic<bool> ended{false};
-    Body body([&] {
-        const Flagging flagging{ended};
-        go.Wait();
-    });
-    {
-        CVconThread thread(&body);
-        thread.Create();
-    }
-    go.Signal();
-    EXPECT_TRUE(Eventually([&] { return ended.load(); }));
-}
-
 TEST(CVconThread, ExitDestroysTheBodysObjects) {
     std::atomic<bool> destroyed{false}, passed{false};
     Body body([&] {
@@ -247,18 +210,6 @@ TEST(CVconThread, KillUnwindsASleepingBody) {
     EXPECT_TRUE(Ends(thread));
     EXPECT_TRUE(destroyed);
     EXPECT_TRUE(lock.TryLock() && lock.Unlock()) << "its lock is still taken";
-}
-
-TEST(CVconThread, KillOfAWaitingBodyLeavesTheEventUsable) {
-    CVconEvent event;
-    Body body([&] { event.Wait(); });
-    CVconThread thread(&body);
-    thread.Create();
-    thread.Kill();
-    EXPECT_TRUE(Ends(thread));
-    EXPECT_EQ(event.Wait(0), CVconEvent::Wake::TimedOut);
-    event.Signal();
-    EXPECT_EQ(event.Wait(), CVconEvent::Wake::Signalled);
 }
 
 TEST(CVconThread, KilledBodySeesTheRequestWhereItCannotBeEnded) {
@@ -325,18 +276,6 @@ TEST(CVconThread, PausesAndGoesOnOverSeveralCycles) {
     }
     one.thread.Resume();
     EXPECT_TRUE(one.Runs()) << "a resume without a suspend does nothing";
-}
-
-TEST(CVconThread, PausesTwoThreadsIndependently) {
-    Counter one, other;
-    one.thread.Suspend();
-    other.thread.Suspend();
-    ASSERT_TRUE(Paused(one.thread) && Paused(other.thread));
-    other.thread.Resume();
-    EXPECT_TRUE(other.Runs());
-    EXPECT_TRUE(one.Stands());
-    one.thread.Resume();
-    EXPECT_TRUE(one.Runs());
 }
 
 TEST(CVconThread, EndsUpRunningAfterHurriedRequests) {
@@ -503,26 +442,11 @@ void EndWithSignalsOfItsOwn() {
     _exit(7);
 }
 
-void EndWhenHandlersAreRefused() {
-    sigactionError = EACCES;
-    Body body([] {});
-    CVconThread thread(&body);
-    const std::string thrown = Thrown([&] { thread.Create(); });
-    sigactionError = 0;
-    thread.Create();  // tried again
-    _exit(thrown == std::string("Initialize Thread Lib Failed|") + std::strerror(EACCES) ? 7 : 1);
-}
-
 }  // namespace
 
 TEST(CVconThreadDeathTest, QuitFromOutsideStillEndsTheProcess) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(EndByAnOperatorsQuit(), testing::KilledBySignal(SIGQUIT), "");
-}
-
-TEST(CVconThreadDeathTest, ReportsRefusedHandlersAndTriesAgain) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_EXIT(EndWhenHandlersAreRefused(), testing::ExitedWithCode(7), "");
 }
 
 TEST(CVconThreadDeathTest, GivesSignalsFromOutsideToTheHandlersBefore) {

@@ -57,11 +57,6 @@ TEST(CVsystemLog, InterpretsNoConversionButTheTwoThatTakeNoArgument) {
     }
 }
 
-TEST(CVsystemLog, CutsAHugeMessage) {
-    CVsystemLog::WriteError("S", "I", "%s", std::string(70000, 'x').c_str());
-    EXPECT_EQ(OnlyText(), "I-ERROR S: " + std::string(65534, 'x'));
-}
-
 TEST(CVsystemLog, NamesTheProgramWhenThereIsNoIdentity) {
     for (const char* identity : {static_cast<const char*>(nullptr), ""}) {
         CVsystemLog::WriteError("S", identity, "m");

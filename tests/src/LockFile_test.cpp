@@ -104,17 +104,6 @@ TEST(LockFile, GivesUpWhenAllPausesAreOver) {
     EXPECT_LT(*std::max_element(waits.begin(), waits.end()), 3ms);
 }
 
-TEST(LockFile, TakesALockThatIsFreedWhileItWaits) {
-    TempDir dir;
-    Holder holder(dir / "a.lock");
-    int waits = 0;
-    const LockRetry retry = {.attempts = 1, .pause = 30ms, .sleep = [&](auto) {
-                                 if (++waits == 3) holder.End();
-                             }};
-    EXPECT_NO_THROW(LockFile(dir / "a.lock", retry));
-    EXPECT_EQ(waits, 3);
-}
-
 TEST(LockFile, IsNotHeldByAChildOfItsHolder) {
     TempDir dir;
     const std::string path = dir / "a.lock";
@@ -187,16 +176,6 @@ TEST(LockFile, LetsOtherUsersOfTheGroupIn) {
     struct stat status = {};
     stat((dir / "a.lock").c_str(), &status);
     EXPECT_EQ(status.st_mode & 07777, 0664U);
-}
-
-TEST(LockFile, IsFreedWhenTheWaitIsEndedByAnException) {
-    TempDir dir;
-    {
-        const Holder holder(dir / "a.lock");
-        const LockRetry killed = {.sleep = [](auto) { throw 1; }};
-        EXPECT_THROW(LockFile(dir / "a.lock", killed), int);
-    }
-    EXPECT_NO_THROW(TakeOnce(dir / "a.lock"));
 }
 
 TEST(RemoveDeadLockFiles, LeavesLocksThatAreHeldAndAllElse) {

@@ -107,11 +107,6 @@ TEST_F(SpoolDirectories, ReadsQueuesSortedByName) {
     EXPECT_THAT(Queues(), ElementsAre("5|q|/q")) << "a second load must not add to the first";
 }
 
-TEST_F(SpoolDirectories, ContinuesALineOverTheBufferAsAnother) {
-    Load("#" + std::string(1022, 'x') + "9\tnine\t/9\n");
-    EXPECT_THAT(Queues(), ElementsAre("9|nine|/9"));
-}
-
 TEST_F(SpoolDirectories, RewritesAFileWithoutQueues) {
     Load("spool_dir:\t\t/spool\n# a note\nlog_dir:\t\t/log\n");
     const std::string rewritten =
@@ -178,17 +173,6 @@ TEST_F(SpoolDirectories, KeepsTheOldFileWhenTheNewOneFindsNoRoom) {
     EXPECT_EQ(std::filesystem::status(dir_ / "dir").permissions(), std::filesystem::perms(0640));
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir_ / "real"), {}), 1)
         << "left something behind";
-}
-
-TEST_F(SpoolDirectories, ComparesByNameWithNullFirst) {
-    const QueueDirectoryEntry alpha = {9, "Alpha", ""};
-    const QueueDirectoryEntry beta = {1, "beta", ""};
-    const QueueDirectoryEntry other = {2, "ALPHA", ""};
-    EXPECT_LT(CompareQueueDirectory(&alpha, &beta), 0);
-    EXPECT_EQ(CompareQueueDirectory(&alpha, &other), 0);
-    EXPECT_LT(CompareQueueDirectory(nullptr, &alpha), 0);
-    EXPECT_GT(CompareQueueDirectory(&alpha, nullptr), 0);
-    EXPECT_EQ(CompareQueueDirectory(nullptr, nullptr), 0);
 }
 
 TEST_F(SpoolDirectories, TurnsAFailedFileIntoTheGeneralException) {

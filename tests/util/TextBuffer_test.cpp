@@ -39,16 +39,6 @@ TEST(TextBuffer, ZeroByteEndsTheCopyButNotTheCount) {
     EXPECT_EQ(buffer.length(), 7);
 }
 
-TEST(TextBuffer, RefusesNothing) {
-    TextBuffer buffer;
-    EXPECT_FALSE(buffer.Append(nullptr, 3));
-    EXPECT_FALSE(buffer.Append("abc", 0));
-    EXPECT_FALSE(buffer.Append("abc", -1));
-    EXPECT_FALSE(buffer.Append(nullptr));
-    EXPECT_EQ(buffer.data(), nullptr);
-    EXPECT_EQ(buffer.Text(), "");
-}
-
 TEST(TextBuffer, DropsAChunkBeyondItsLimitAndStaysUsable) {
     TextBuffer buffer;
     buffer.LimitTo(200);
