@@ -17,7 +17,7 @@ namespace quorbel {
 
 namespace {
 
-constexpr auto kPause = std::chrono::milliseconds(50);
+constexpr auto kPause = std::chrono::milliseconds(20);
 
 /// An entry that outlives its source's next one.
 class KeptEntry {
