@@ -35,7 +35,8 @@ Settings ReadSettings(const std::string& path) {
         const std::string* text = ini.FindKey(section, key);
         return text == nullptr ? std::string() : *text;
     };
-    return {value("host"), value("port"), value("pager"), value("recipient"), std::atoi(value("message").c_str())};
+    return {value("host"), value("port"), value("pager"), value("recipient"),
+            std::atoi(value("message").c_str())};
 }
 
 /// A log whose entries are written by a thread of its own.

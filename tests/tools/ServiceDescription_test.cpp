@@ -106,7 +106,8 @@ TEST(ServiceDescription, IsThePublishedOne) {
     const std::size_t at = static_cast<std::size_t>(difference.second - description.begin());
     EXPECT_EQ(description == published, true)
         << "differs from " << PUBLISHED_DESCRIPTION << " at byte " << at << ":\n"
-        << description.substr(at, 200) << "\nWhen that is meant, build/release/share/quorbel.wsdl is the new one.";
+        << description.substr(at, 200)
+        << "\nWhen that is meant, build/release/share/quorbel.wsdl is the new one.";
 }
 
 // The point of the order: a client that sends all that is described loses nothing of it.
