@@ -98,7 +98,8 @@ void CheckHeader(IniReaderWriter& ini, Section section, Warnings& warnings) {
         warnings.push_back(header + " stands there twice; programs find the first one only");
     }
     const std::string name = header.substr(1, header.size() - 2);
-    constexpr const char* kShared[] = {"main", "common", "Deliveries"};  // the journal is no module of its own
+    constexpr const char* kShared[] = {"main", "common",
+                                       "Deliveries"};  // the journal is no module of its own
     if (!Lists(kShared, name) && !Lists(CVsysEventLogModNames, name)) {
         warnings.push_back(header + " is no module of the system");
     }
