@@ -58,6 +58,12 @@ bool IsWhole(const std::string& answer) {
            answer.rfind("</soap:Envelope>") + 16 == answer.size();
 }
 
+long Occurrences(const std::string& text, const std::string& what) {
+    long count = 0;
+    for (std::size_t at = text.find(what); at != text.npos; at = text.find(what, at + 1)) ++count;
+    return count;
+}
+
 std::string UrlWithNumber(const LoopbackServer& server, int number) {
     return server.Url() + "?" + std::to_string(number);
 }
@@ -196,10 +202,13 @@ TEST(Resident, AKilledWorkerCostsTheRequestInItAndNoOther) {
     EXPECT_GE(targets.size() + failed.size(), std::size_t{kClients * kRequestsEach});
     EXPECT_GT(failed.size(), 0u) << "no worker was killed in a request";
     const std::string messages = resident.Messages();
-    for (const auto& id : failed) {
-        EXPECT_TRUE(messages.find(", id " + id + ", ") != messages.npos)
-            << "failed without being told of: " << id;
-    }
+    // A worker may die between taking a connection and reading whose it is.
+    const auto isTold = [&](const std::string& id) {
+        return messages.find(", id " + id + ", ") != messages.npos;
+    };
+    const auto untold =
+        std::count_if(failed.begin(), failed.end(), [&](const auto& id) { return !isTold(id); });
+    EXPECT_LE(untold, Occurrences(messages, "was ended by") - Occurrences(messages, ", id "));
     EXPECT_TRUE(Eventually([&] { return resident.Workers().size() >= 8 && !resident.HasZombie(); }));
     EXPECT_EQ(resident.Descriptors(), descriptors);
     EXPECT_THAT(messages, Not(HasSubstr("secret"))) << "what a client sent";
