@@ -29,30 +29,6 @@ protected:
 
 }  // namespace
 
-TEST_F(AnswerWriterTest, FaultIsThisDocument) {
-    EXPECT_EQ(Written([] { WriteFault("2004", "Missing <URL>"); }),
-              R"(<?xml version = '1.0' encoding = 'UTF-8' standalone = 'no'?>
-<SOAP-ENV:Envelope xmlns:SOAPSDK1='http://www.w3.org/2001/XMLSchema' xmlns:SOAPSDK2='http://www.w3.org/2001/XMLSchema-instance' xmlns:SOAPSDK3='http://schemas.xmlsoap.org/soap/encoding/' xmlns:SOAP-ENV='http://schemas.xmlsoap.org/soap/envelope/'>
-<SOAP-ENV:Body SOAP-ENV:encodingStyle='http://schemas.xmlsoap.org/soap/encoding/'>
- <SOAP-ENV:Fault>
-    <faultcode>SOAP-ENV:Server</faultcode>
-    <faultstring>2004 Missing &lt;URL&gt;</faultstring>
-    <faultactor>http://pager-host/quorbel.wsdl</faultactor>
-    <detail>
-        <serror:errorInfo xmlns:serror='http://quorbel.example/error/'>
-           <serror:returnCode/>
-           <serror:serverErrorInfo>
-              <serror:description></serror:description>
-              <serror:source>Quorbel errors</serror:source>
-           </serror:serverErrorInfo>
-        </serror:errorInfo>
-    </detail>
- </SOAP-ENV:Fault>
-</SOAP-ENV:Body>
-</SOAP-ENV:Envelope>
-)");
-}
-
 TEST_F(AnswerWriterTest, NothingFollowsAFault) {
     const auto first = Written([] { WriteFault("2301 Invalid log directory"); });
     EXPECT_NE(first.find("<faultstring>2301 Invalid log directory</faultstring>"), std::string::npos);
@@ -66,8 +42,4 @@ TEST_F(AnswerWriterTest, ResponsesFollowEachOther) {
         WriteResponse("two");
     });
     EXPECT_LT(both.find("<SendStdMessageResult>one<"), both.find("<SendStdMessageResult>two<"));
-}
-
-TEST_F(AnswerWriterTest, HeaderIsOneLineAndAnEmptyOne) {
-    EXPECT_EQ(Written([] { WriteHeader(); }), "Content-type: text/xml\n\n");
 }

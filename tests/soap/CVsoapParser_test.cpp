@@ -52,23 +52,6 @@ TEST_F(EnvelopeParserTest, KnowsEveryMethodInAnySpellingThatEndsWithItsName) {
     }
 }
 
-TEST_F(EnvelopeParserTest, ReportsWhatIsNotWellFormed) {
-    for (const char* body : {"not xml", "garbage\n", "<a><b></a>", "<a/>junk", "{\"a\":1}", "<a>\xFF</a>",
-                             "<a>&undefined;</a>", " <?xml version='1.0'?><a/>"}) {
-        log.entries.clear();
-        EXPECT_EQ(Parse(body), 0) << body;
-        ASSERT_EQ(log.entries.size(), 1u) << body;
-        EXPECT_THAT(log.entries[0], testing::MatchesRegex("5 Parse error\\|\\[[0-9]+\\] .* at line [12]\n"));
-    }
-}
-
-TEST_F(EnvelopeParserTest, ServesWhatEndsTooSoon) {
-    EXPECT_EQ(Parse("<Envelope><Body><SendStdMessage><szMessage>text</szMessage>"), 1);
-    EXPECT_EQ(Text(Slot::Message), "text");
-    EXPECT_FALSE(record.Has(Slot::MessagingAction)) << "only the end tag tells the action";
-    EXPECT_THAT(log.entries, ElementsAre("4 Parse OK|But not parsed till end of mark!"));
-}
-
 TEST_F(EnvelopeParserTest, DeliversUtf8WhateverTheDocumentsEncoding) {
     Parse(
         "<?xml version='1.0' "
