@@ -2,10 +2,14 @@
 // program and against one post on loopback, in one run.
 
 #include <benchmark/benchmark.h>
+#include <expat.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdlib>
+#include <ctime>
 
 #include "process/Commands.h"
 #include "process/HttpForm.h"
@@ -13,6 +17,7 @@
 #include "process/Translation.h"
 #include "soap/CVsoapParser.h"
 #include "soap/Envelopes.h"
+#include "soap/Methods.h"
 #include "syslib/CVLogInterface.h"
 #include "tests/support/LoopbackServer.h"
 
@@ -64,6 +69,101 @@ void BuildAnswerOfLines(benchmark::State& state) {
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * reply.size()));
 }
 BENCHMARK(BuildAnswerOfLines)->Arg(1)->Arg(20000)->Unit(benchmark::kMicrosecond);
+
+// The worst that a body of 16 MB can ask of the parser, against the XML parser alone on the same body.
+
+constexpr std::size_t kWorstSize = 16 << 20;
+
+std::string Repeat(const std::string& text, std::size_t size) {
+    std::string all;
+    while (all.size() < size) all += text;
+    return all;
+}
+
+/// Every field of a method open at once, inside each other; what follows belongs to all of them.
+std::string OpenFields(std::string_view methodName) {
+    std::string open = "<" + std::string(methodName) + ">";
+    for (const Method& method : Methods()) {
+        if (method.name != methodName) continue;
+        for (const Field& field : method.fields) open += "<" + std::string(field.element) + ">";
+    }
+    return open;
+}
+
+struct Shape {
+    const char* name;
+    std::string (*body)();
+};
+const Shape kShapes[] = {
+    {"line feeds in 29 open fields", [] { return OpenFields("AddUserGroup") + Repeat("\n", kWorstSize); }},
+    {"one text in 29 open fields", [] { return OpenFields("AddUserGroup") + Repeat("x", kWorstSize); }},
+    {"line feeds in a message", [] { return "<SendStdMessage><szMessage>" + Repeat("\n", kWorstSize); }},
+    {"one message", [] { return "<SendStdMessage><szMessage>" + Repeat("x", kWorstSize); }},
+    {"empty fields in 29 open ones",
+     [] { return OpenFields("AddUserGroup") + Repeat("<bLog>\n</bLog>", kWorstSize); }},
+    {"response actions", [] { return "<SendStdMessage>" + Repeat("<ResponseActionData/>", kWorstSize); }},
+    {"unknown elements in a method", [] { return "<AddUserGroup>" + Repeat("<e/>", kWorstSize); }},
+    {"2.3 million nested elements",
+     [] { return "<SendStdMessage>" + Repeat("<a>", 2300000 * 3) + Repeat("</a>", 2300000 * 4); }},
+    {"nested elements", [] { return "<SendStdMessage>" + Repeat("<a>", kWorstSize); }},
+};
+
+double ProcessorSeconds() {
+    timespec now;
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
+}
+
+void ParseAlone(const std::string& body) {
+    XML_Parser parser = XML_ParserCreate(nullptr);
+    XML_SetElementHandler(
+        parser, [](void*, const XML_Char*, const XML_Char**) {}, [](void*, const XML_Char*) {});
+    XML_SetCharacterDataHandler(parser, [](void*, const XML_Char*, int) {});
+    XML_Parse(parser, body.data(), static_cast<int>(body.size()), XML_FALSE);
+    XML_ParserFree(parser);
+}
+
+void ParseAsRequest(const std::string& body) {
+    NoLog log;
+    RequestRecord record;
+    ParseEnvelope(body.c_str(), record, log);
+}
+
+template <typename Work>
+double SecondsOf(Work work) {
+    const double start = ProcessorSeconds();
+    work();
+    return ProcessorSeconds() - start;
+}
+
+/// The peak memory, in bytes, of a process that holds this one's memory and parses the body.
+double PeakOf(const std::string& body) {
+    const pid_t child = fork();
+    if (child == 0) {
+        ParseAsRequest(body);
+        _exit(0);
+    }
+    rusage usage{};
+    wait4(child, nullptr, 0, &usage);
+    return 1024.0 * static_cast<double>(usage.ru_maxrss);
+}
+
+void WorstShape(benchmark::State& state) {
+    const Shape& shape = kShapes[state.range(0)];
+    const std::string body = shape.body();
+    double alone = 0;
+    double asRequest = 0;
+    for (auto _ : state) {
+        alone += SecondsOf([&] { ParseAlone(body); });
+        asRequest += SecondsOf([&] { ParseAsRequest(body); });
+    }
+    const auto size = static_cast<double>(body.size());
+    state.counters["to_parser"] = asRequest / alone;
+    state.counters["peak_to_body"] = PeakOf(body) / size;
+    state.counters["body_mb"] = size / (1 << 20);
+    state.SetLabel(shape.name);
+}
+BENCHMARK(WorstShape)->DenseRange(0, std::ssize(kShapes) - 1)->Unit(benchmark::kMillisecond);
 
 /// The program started and ended: without REQUEST_METHOD it stops behind its set-up (here: a site that is not
 /// there).
