@@ -127,6 +127,7 @@ void Translate(const RequestRecord& record) {
 }  // namespace
 
 void ResetRun() {
+    CVsysEventLogInterface::BeginRun();
     BeginAnswer();
     CopyText(g_szCommand, "");
     currentMethodCode = kNoMethod;

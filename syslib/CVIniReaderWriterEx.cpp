@@ -17,3 +17,17 @@ bool CVIniReaderWriterEx::Open() {
 bool CVIniReaderWriterEx::Create() {
     return Try([this] { file_.Open("w+"); });
 }
+
+bool CVIniReaderWriterEx::CreateAndOpen() {
+    return Try([this] {
+        file_.Open("a+");
+        file_.Close();
+        file_.Open("r+");
+    });
+}
+
+bool CVIniReaderWriterEx::LockUntilClose() {
+    const bool locked = Try([this] { file_.Lock('w', false); });
+    if (!locked) file_.Unlock();
+    return locked;
+}

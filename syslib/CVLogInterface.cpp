@@ -34,12 +34,24 @@ QUORBEL_LOG_OPERATION(FatalSystem, LogLevel::Fatal, saved)
 
 #undef QUORBEL_LOG_OPERATION
 
-int CVLogInterface::LogByCode(int code, const char* context, const char* format, ...) {
+int CVLogInterface::VLog(LogLevel level, const char* context, const char* format, va_list arguments) {
     const int saved = errno;
+    const int result = WriteEntry({level, context, format, kNoSystemError}, arguments);
+    errno = saved;
+    return result;
+}
+
+int CVLogInterface::VLogSystem(LogLevel level, const char* context, const char* format, va_list arguments) {
+    const int saved = errno;
+    const int result = WriteEntry({level, context, format, saved}, arguments);
+    errno = saved;
+    return result;
+}
+
+int CVLogInterface::LogByCode(int code, const char* context, const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    const int result = WriteEntry({LogLevelOfCode(code), context, format, kNoSystemError}, arguments);
+    const int result = VLog(LogLevelOfCode(code), context, format, arguments);
     va_end(arguments);
-    errno = saved;
     return result;
 }

@@ -29,6 +29,12 @@ public:
     [[gnu::format(printf, 3, 4)]] int CriticalSystem(const char* context, const char* format, ...);
     [[gnu::format(printf, 3, 4)]] int FatalSystem(const char* context, const char* format, ...);
 
+    // The same for callers that have their arguments as a list, which is left as vprintf leaves it.
+    [[gnu::format(printf, 4, 0)]] int VLog(quorbel::LogLevel level, const char* context, const char* format,
+                                           va_list arguments);
+    [[gnu::format(printf, 4, 0)]] int VLogSystem(quorbel::LogLevel level, const char* context,
+                                                 const char* format, va_list arguments);
+
     /// For callers that hold a numeric code instead of a level: 17 is an error, 18 a warning, 19 information,
     /// any other code a trace entry.
     [[gnu::format(printf, 4, 5)]] int LogByCode(int code, const char* context, const char* format, ...);

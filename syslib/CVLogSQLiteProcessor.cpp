@@ -2,6 +2,8 @@
 
 #include <sys/stat.h>
 
+#include <utility>
+
 #include "CVException.h"
 #include "cvdblib/sqlite3/src/CVDBexception.h"
 #include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
@@ -49,9 +51,11 @@ void UseWriteAheadLog(CVSQLite3Database& database) {
 
 }  // namespace
 
-CVLogSQLiteProcessor::CVLogSQLiteProcessor(const std::string& path, bool create)
+CVLogSQLiteProcessor::CVLogSQLiteProcessor(const std::string& path, bool create,
+                                           CVSQLite3Database::BusyWait busyWait)
     : database_(OpenDatabase(path, create)), tables_(*database_) {
     AsFatal([&] {
+        if (busyWait) database_->SetBusyWait(std::move(busyWait));
         if (create) UseWriteAheadLog(*database_);
         database_->SetSynchronous(1);
         if (create) tables_.CreateMetatable();
@@ -69,12 +73,15 @@ bool CVLogSQLiteProcessor::InsertAsText(const std::string& module, const LogReco
 
 bool CVLogSQLiteProcessor::InsertBy(Store store, const std::string& module, const LogRecord& record) {
     if (module.empty()) return false;
+    process_.Claim([this] { inserts_.clear(); });
     return AsFatal([&] {
+        if (tables_.Find(module) == nullptr) inserts_.clear();
         const std::string table = tables_.FindOrCreate(module);
         try {
             (this->*store)(table, record);
         } catch (const CVDBexception&) {
             // A tool may have dropped the table while this process held its name.
+            inserts_.clear();
             if (database_->TableExists(table)) throw;
             (this->*store)(tables_.CreateAgain(module), record);
         }
@@ -83,8 +90,11 @@ bool CVLogSQLiteProcessor::InsertBy(Store store, const std::string& module, cons
 }
 
 void CVLogSQLiteProcessor::StoreBound(const std::string& table, const LogRecord& record) {
-    PreparedStatement(*database_, InsertLogRecord(table))
-        .BindText(1, record.module)
+    auto insert = inserts_.find(table);
+    if (insert == inserts_.end()) {
+        insert = inserts_.try_emplace(table, *database_, InsertLogRecord(table)).first;
+    }
+    insert->second.BindText(1, record.module)
         .BindInt64(2, record.timestamp)
         .BindInt(3, record.level)
         .BindText(4, record.message)
@@ -125,12 +135,16 @@ std::unique_ptr<CVDBiResultSet> CVLogSQLiteProcessor::CountQuery(const std::stri
 }
 
 std::vector<std::string> CVLogSQLiteProcessor::Modules() {
+    AsFatal([&] {
+        if (database_->TableExists(kLogMetatable)) tables_.Reload();
+    });
     std::vector<std::string> modules;
     for (const auto& [module, table] : tables_.All()) modules.push_back(module);
     return modules;
 }
 
 bool CVLogSQLiteProcessor::Truncate() {
+    inserts_.clear();
     return AsFatal([&] {
         tables_.Reload();
         for (const auto& [module, table] : tables_.All()) {
@@ -142,6 +156,7 @@ bool CVLogSQLiteProcessor::Truncate() {
 }
 
 bool CVLogSQLiteProcessor::Drop(const std::string& module) {
+    inserts_.clear();
     return AsFatal([&] {
         tables_.Drop(module, TableOf(module));
         return true;

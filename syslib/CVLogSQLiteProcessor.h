@@ -1,6 +1,13 @@
 #pragma once
 
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ProcessMark.h"
 #include "cvdblib/sqlite3/src/CVSQLite3Database.h"
+#include "cvdblib/sqlite3/src/PreparedStatement.h"
 #include "syslib/CVLogDBProcessorInterface.h"
 #include "syslib/LogTables.h"
 
@@ -14,7 +21,9 @@ class CVLogSQLiteProcessor : public CVLogDBProcessorInterface {
 public:
     /// With `create` the file and its "metatable" are made when missing. Without it nothing is changed by
     /// opening, and a missing file is a failure. A path that cannot be opened takes 25 s, see IsReadableDatabase.
-    CVLogSQLiteProcessor(const std::string& path, bool create);
+    /// `busyWait` takes the place of the minute that each statement waits while another program holds the
+    /// database.
+    CVLogSQLiteProcessor(const std::string& path, bool create, CVSQLite3Database::BusyWait busyWait = {});
 
     bool Insert(const std::string& module, const quorbel::LogRecord& record) override;
     bool InsertAsText(const std::string& module, const quorbel::LogRecord& record) override;
@@ -37,4 +46,7 @@ private:
 
     std::unique_ptr<CVSQLite3Database> database_;
     quorbel::LogTables tables_;
+    quorbel::ProcessMark process_;
+    // By table. The database cannot be opened again while there is one.
+    std::map<std::string, quorbel::PreparedStatement> inserts_;
 };

@@ -16,13 +16,13 @@ using namespace quorbel;
 
 namespace {
 
-// These names are older than this class; administrators look for them.
+using std::chrono::microseconds;
+
+// Kept for compatibility: the first two name another class.
 constexpr const char* kPathSource = "CVsysEventLogInterface::setFilePath";
 constexpr const char* kPrepareSource = "CVsysEventLogInterface::loadWriterConfig";
 constexpr const char* kWriteSource = "CVsysEventLogFileWriter::DoWork";
 constexpr const char* kUnknown = "Unknown Error";
-
-constexpr int kAttemptsAfterRefusal = 33;  // about a second
 
 std::int32_t ParseNumber(const std::string& text) {
     const long long number = std::strtoll(text.c_str(), nullptr, 10);
@@ -38,8 +38,13 @@ bool StoreNonZero(std::int32_t& setting, const std::string& value) {
 
 }  // namespace
 
-CVsysEventLogFileWriter::CVsysEventLogFileWriter(std::string identity, WriterMode mode, LockRetry retry)
-    : identity_(std::move(identity)), mode_(mode), retry_(std::move(retry)) {}
+CVsysEventLogFileWriter::CVsysEventLogFileWriter(std::string identity, WriterMode mode,
+                                                 std::function<void(microseconds)> sleep)
+    : identity_(std::move(identity)), mode_(mode), wait_([this, sleep = std::move(sleep)](microseconds wait) {
+          if (!sleep) return WaitForLog(wait, identity_);
+          sleep(wait);
+          CountLogWait(wait, identity_);
+      }) {}
 
 bool CVsysEventLogFileWriter::setProperty(const std::string& key, const std::string& value) {
     if (EqualNoCase(key, "numFiles")) return StoreNonZero(archive_.files, value);
@@ -114,7 +119,7 @@ int CVsysEventLogFileWriter::DoWork(const std::string& module, unsigned level, c
         Append(module, level, message, time);
         return 1;
     } catch (...) {
-        ReportCaughtException(kWriteSource, identity_, kUnknown);
+        ReportCaughtException(kWriteSource, module, kUnknown);
         return 0;
     }
 }
@@ -122,19 +127,22 @@ int CVsysEventLogFileWriter::DoWork(const std::string& module, unsigned level, c
 void CVsysEventLogFileWriter::Append(const std::string& module, unsigned level, const std::string& message,
                                      std::time_t time) {
     const std::string target = perProcessFile_ ? TargetOf(module) : path_;
-    LockRetry retry = retry_;
-    // A holder that hangs costs a process one full wait, not one for each entry.
-    if (lockWasRefused_) retry.attempts = std::min(retry.attempts, kAttemptsAfterRefusal);
-    lockWasRefused_ = true;
+    const LockRetry retry = RetryNow();
+    patience_.WaitedInVain();
     const LockFile lock(target + ".lock", retry);
-    lockWasRefused_ = false;
+    patience_.Succeeded();
 
-    ArchiveWhenFull(target, archive_, identity_);
     std::string line = LogLine(perProcessFile_ ? "" : module, level, message, time);
     if (autoAppend_ && !message.empty() && !IsSpace(message.back())) line += '\n';
-    CVioFile file(target);
-    file.Open("a+");
-    file.Write(line);  // one write: a process killed between two would leave half a line
+    AppendToLogFile(target, line, autoAppend_ ? TornLine::StartNewLine : TornLine::Continue, archive_,
+                    module);
+}
+
+LockRetry CVsysEventLogFileWriter::RetryNow() const {
+    constexpr std::chrono::milliseconds kPause{30};
+    const auto attempts = static_cast<int>(patience_.Next() / kPause);
+    if (attempts == 0) return {.attempts = 1, .pause = {}, .sleep = {}};
+    return {.attempts = attempts, .pause = kPause, .sleep = wait_};
 }
 
 std::string CVsysEventLogFileWriter::TargetOf(const std::string& module) const {

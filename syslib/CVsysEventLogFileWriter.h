@@ -1,24 +1,27 @@
 #pragma once
 
+#include <chrono>
+#include <functional>
 #include <string>
 
 #include "LockFile.h"
 #include "syslib/CVsysEventLogWriterInterface.h"
-#include "syslib/LogArchive.h"
+#include "syslib/LogFile.h"
+#include "syslib/LogWaits.h"
 
 /// Appends entries to a text file that any number of processes share, and turns it into numbered archives by
 /// size. docs/log-files.md describes the files.
 ///
 /// Every entry takes the lock "<file>.lock", opens the file, writes one whole line and closes it again:
-/// nothing is held between entries, so the file may be moved or deleted at any time. An entry waits for the
-/// lock for about a minute; after one such failure the later ones wait a second, until one succeeds.
+/// nothing is held between entries, so the file may be moved or deleted at any time, and the writer may be
+/// carried over a fork. An entry waits for the lock as long as LogWaits.h tells.
 class CVsysEventLogFileWriter : public CVsysEventLogWriterInterface {
 public:
-    /// `identity` is the name that failures are listed under in the system log. `retry` is how long an entry
-    /// waits for the lock.
+    /// `identity` is the name that failures to set it up are listed under in the system log; failures to write
+    /// are listed under the entry's module. `sleep` replaces the waits for the lock.
     explicit CVsysEventLogFileWriter(std::string identity,
                                      quorbel::WriterMode mode = quorbel::WriterMode::Write,
-                                     quorbel::LockRetry retry = {});
+                                     std::function<void(std::chrono::microseconds)> sleep = {});
 
     /// Keys: numFiles, bytesPerFiles, filePath, autoAppend (present means on, whatever the value),
     /// perProcessFile.
@@ -38,6 +41,7 @@ public:
 
 private:
     void Append(const std::string& module, unsigned level, const std::string& message, std::time_t time);
+    quorbel::LockRetry RetryNow() const;
     void OpenOnce(const std::string& path) const;
     std::string TargetOf(const std::string& module) const;
 
@@ -48,9 +52,9 @@ private:
     quorbel::ArchiveRule archive_;
     const std::string identity_;
     const quorbel::WriterMode mode_;
-    const quorbel::LockRetry retry_;
+    const std::function<void(std::chrono::microseconds)> wait_;
+    quorbel::LogPatience patience_;
     std::string refusedPath_;  // while there is no other
     std::string notReady_;     // why
-    bool lockWasRefused_ = false;
     bool initialised_ = true;
 };

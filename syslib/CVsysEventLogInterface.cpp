@@ -1,8 +1,12 @@
 #include "syslib/CVsysEventLogInterface.h"
 
+#include <pthread.h>
+
 #include <cstdio>
+#include <filesystem>
 #include <utility>
 
+#include "NoCancellation.h"
 #include "syslib/CVsysEventLogMultiThreaded.h"
 #include "syslib/CVsysEventLogSingleThreaded.h"
 #include "syslib/LogPaths.h"
@@ -10,6 +14,7 @@
 #include "syslib/LogReport.h"
 #include "syslib/LogSettings.h"
 #include "syslib/LogText.h"
+#include "syslib/LogWaits.h"
 #include "syslib/LogWriters.h"
 #include "util/SpoolDirectories.h"
 
@@ -27,6 +32,12 @@ std::unique_ptr<CVsysEventLogInterface> MakeForm(LogThreading threading, const s
             return std::make_unique<CVsysEventLogMultiThreaded>(module, configDirectory, furtherName);
     }
     return nullptr;
+}
+
+std::string AbsolutePath(const std::string& path) {
+    std::error_code failed;
+    const auto absolute = std::filesystem::absolute(path, failed);
+    return failed ? path : absolute.string();
 }
 
 // Handlers catch a character string, which has to outlive every frame between here and there.
@@ -83,11 +94,16 @@ CVsysEventLogInterface::CVsysEventLogInterface(std::string module, std::string c
                                                std::string furtherName)
     : module_(std::move(module)),
       configDirectory_(configDirectory.empty() ? std::string(g_strConfigDir) : std::move(configDirectory)),
+      configPath_(configDirectory_.empty() ? "" : AbsolutePath(LogConfigPath(configDirectory_))),
       furtherName_(std::move(furtherName)) {}
 
 CVsysEventLogInterface::~CVsysEventLogInterface() {
     CVsysEventLogInterface::Stop();
     LogRegistry::OfProcess().Remove(this);
+}
+
+void CVsysEventLogInterface::BeginRun() {
+    BeginLogRun();
 }
 
 void CVsysEventLogInterface::UseWriter(std::unique_ptr<CVsysEventLogWriterInterface> writer) {
@@ -96,6 +112,7 @@ void CVsysEventLogInterface::UseWriter(std::unique_ptr<CVsysEventLogWriterInterf
 }
 
 bool CVsysEventLogInterface::Start() {
+    const NoCancellation untilSetUp;
     if (std::exchange(startedOnce_, true)) return false;
     if (!Writer() && !loadWriterConfig()) return false;
     SetEnabled(IsReady());
@@ -103,6 +120,7 @@ bool CVsysEventLogInterface::Start() {
 }
 
 bool CVsysEventLogInterface::Stop() {
+    const NoCancellation untilStopped;
     SetEnabled(false);
     const std::lock_guard lock(writerMutex_);
     writer_.reset();
@@ -114,11 +132,13 @@ bool CVsysEventLogInterface::loadWriterConfig() {
         ReportLogFailure("CVsysEventLogInterface::loadWriterConfig", module_, text);
         return false;
     };
-    const auto settings = LoadLogSettings(LogConfigPath(configDirectory_), module_,
-                                          DefaultLogPath(LogFileName(module_), configDirectory_));
-    if (!settings) return fail("Unable to load/read config/cvlogs.ini file.");
+    constexpr const char* kUnreadable = "Unable to load/read config/cvlogs.ini file.";
+    if (configPath_.empty()) return fail(kUnreadable);
+    const auto settings =
+        LoadLogSettings(configPath_, module_, DefaultLogPath(LogFileName(module_), configDirectory_));
+    if (!settings) return fail(kUnreadable);
     SetThreshold(settings->level);
-    auto writer = CreateLogWriter(*settings, {module_, configDirectory_, furtherName_});
+    auto writer = CreateLogWriter(*settings, {module_, configDirectory_, configPath_, furtherName_});
     if (!writer) return fail("Error occurred while creating log writer.");
 
     const bool ready = writer->IsReady();
@@ -142,15 +162,30 @@ WriterDescription CVsysEventLogInterface::Describe() const {
     return writer ? writer->Describe() : WriterDescription{.notReady = "there is no writer"};
 }
 
-void CVsysEventLogInterface::SetThreshold(LogLevel threshold) {
-    threshold_.store(threshold, std::memory_order_relaxed);
-    if (threshold == LogLevel::None) SetEnabled(false);
+bool CVsysEventLogInterface::Takes(LogLevel level) const {
+    const LogLevel threshold = Threshold();
+    return IsEnabled() && level >= threshold && threshold != LogLevel::None;
+}
+
+// The writing of an entry cannot be left in the middle, so a kill takes effect before the next one: while there
+// is nothing to unwind yet.
+
+int CVsysEventLogInterface::Write(LogLevel level, const std::string& message, int extra,
+                                  const char* userText) {
+    pthread_testcancel();
+    return Takes(level) ? Pass(level, message, extra, userText) : 0;
 }
 
 int CVsysEventLogInterface::WriteEntry(const Entry& entry, va_list arguments) {
-    const LogLevel threshold = Threshold();
-    if (!IsEnabled() || entry.level < threshold || threshold == LogLevel::None) return 0;
-    std::string message = BuildLogMessage(entry.context, entry.format, entry.systemError, arguments);
-    if (threadIdShown_.load(std::memory_order_relaxed)) message = WithThreadId(message);
-    return Write(entry.level, message, -1, nullptr);
+    if (!Takes(entry.level)) return 0;
+    pthread_testcancel();
+    const NoCancellation untilWritten;
+    const std::string message = BuildLogMessage(entry.context, entry.format, entry.systemError, arguments);
+    return Pass(entry.level, message, -1, nullptr);
+}
+
+int CVsysEventLogInterface::Pass(LogLevel level, const std::string& message, int extra,
+                                 const char* userText) {
+    const bool shown = threadIdShown_.load(std::memory_order_relaxed);
+    return Deliver(level, shown ? WithThreadId(message) : message, extra, userText);
 }

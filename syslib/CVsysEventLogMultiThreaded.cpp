@@ -30,9 +30,14 @@ struct Queued {
 ///
 /// Held by shared_ptr, by the log and by the worker thread that serves the queue: a worker that is stuck in
 /// the writer may outlive its log. Any thread may add; it waits for other callers only, never for the writer.
+///
+/// It belongs to the process that made it. In a child of that process there is no worker, and the locks are
+/// as other threads left them: only IsForeign may be called.
 class LogQueue {
 public:
     explicit LogQueue(std::string module) : module_(std::move(module)) {}
+
+    bool IsForeign() const { return getpid() != process_; }
 
     /// Lets entries in, which go to `writer`.
     void Open(std::shared_ptr<SharedWriter> writer);
@@ -42,8 +47,11 @@ public:
     /// closed it.
     bool Close();
     bool IsClosed();
-    /// Lets go of the writer and of the entries that the worker has not taken.
-    void Discard();
+    /// Lets go of the writer and of the entries that the worker has not taken. Returns how many entries that
+    /// were added are not written; one that is being written is among them.
+    std::size_t Discard();
+    /// How many entries the worker is done with.
+    std::size_t Done() const { return done_; }
 
     /// The worker's part: writes entries in the order of their queueing until the queue is closed and empty.
     /// A kill of the thread takes effect between two entries. An entry whose writing throws is reported to
@@ -62,11 +70,14 @@ private:
     Batch TakeAll();
     void Write(SharedWriter& writer, const Queued& entry) const;
 
+    const pid_t process_ = getpid();
     const std::string module_;
     CVconLock lock_;
     CVconEvent wakeUp_;
     std::atomic<bool> served_{false};
+    std::atomic<std::size_t> done_{0};
     // Under the lock:
+    std::size_t added_ = 0;
     std::shared_ptr<SharedWriter> writer_;
     std::vector<Queued> entries_;
     bool closed_ = false;
@@ -81,6 +92,7 @@ bool LogQueue::Add(unsigned level, const std::string& message, int extra, const 
     const ScopedLock lock(&lock_);
     if (closed_ || !writer_) return false;
     entries_.push_back({level, message, extra, userText ? userText : "", std::time(nullptr)});
+    ++added_;
     wakeUp_.Signal();
     return true;
 }
@@ -97,10 +109,11 @@ bool LogQueue::IsClosed() {
     return closed_;
 }
 
-void LogQueue::Discard() {
+std::size_t LogQueue::Discard() {
     const Batch discarded = TakeAll();
     const ScopedLock lock(&lock_);
     writer_.reset();
+    return added_ - done_;
 }
 
 LogQueue::Batch LogQueue::TakeAll() {
@@ -119,6 +132,7 @@ void LogQueue::Serve() {
         for (const Queued& entry : batch.entries) {
             if (CVconThread::KillRequested()) return;
             Write(*batch.writer, entry);
+            ++done_;
         }
         if (batch.last) return;
     }
@@ -146,10 +160,14 @@ CVsysEventLogMultiThreaded::CVsysEventLogMultiThreaded(std::string module, std::
 
 CVsysEventLogMultiThreaded::~CVsysEventLogMultiThreaded() {
     CVsysEventLogMultiThreaded::Stop();
+    if (!queue_->IsForeign()) return;
+    // The worker's copy stays in the parent; here nobody may touch what it had locked.
+    new std::shared_ptr<LogQueue>(queue_);
+    new std::shared_ptr<SharedWriter>(Writer());
 }
 
 bool CVsysEventLogMultiThreaded::Start() {
-    if (queue_->IsClosed() || !CVsysEventLogInterface::Start()) return false;
+    if (queue_->IsForeign() || queue_->IsClosed() || !CVsysEventLogInterface::Start()) return false;
     try {
         StartWorker();
     } catch (...) {
@@ -170,15 +188,23 @@ void CVsysEventLogMultiThreaded::StartWorker() {
 }
 
 bool CVsysEventLogMultiThreaded::Stop() {
-    if (!queue_->Close()) return true;
+    if (queue_->IsForeign() || !queue_->Close()) return true;
     EndWorker();
-    queue_->Discard();
+    dropped_ = queue_->Discard();
+    if (dropped_ > 0) {
+        ReportLogFailure("CVsysEventLogMultiThreaded::Stop", ModuleName(),
+                         std::to_string(dropped_) + " entries were not written");
+    }
     return CVsysEventLogInterface::Stop();
 }
 
 void CVsysEventLogMultiThreaded::EndWorker() {
+    std::size_t done = queue_->Done();
     for (int round = 0; round < timeouts_.stopRounds; ++round) {
         if (worker_.WaitForEnd(timeouts_.stopRound)) return;
+        // It counts from the last entry that was written: a worker that gets on may finish.
+        const std::size_t before = std::exchange(done, queue_->Done());
+        if (done != before) round = -1;
     }
     try {
         worker_.Kill();
@@ -190,11 +216,13 @@ void CVsysEventLogMultiThreaded::EndWorker() {
 }
 
 bool CVsysEventLogMultiThreaded::IsRunning() const {
-    return !queue_->IsClosed() && worker_.IsAlive();
+    return !queue_->IsForeign() && !queue_->IsClosed() && worker_.IsAlive();
 }
 
-int CVsysEventLogMultiThreaded::Write(LogLevel level, const std::string& message, int extra,
-                                      const char* userText) {
+int CVsysEventLogMultiThreaded::Deliver(LogLevel level, const std::string& message, int extra,
+                                        const char* userText) {
+    if (queue_->IsForeign()) return 0;
+    const NoCancellation untilQueued;
     return queue_->Add(static_cast<unsigned>(level), message, extra, userText) ? 1 : 0;
 }
 

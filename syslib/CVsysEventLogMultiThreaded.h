@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <memory>
 
 #include "CVconThread.h"
@@ -25,7 +26,7 @@ struct WorkerTimeouts {
 ///
 /// Entries are refused before Start and from Stop on. A result of 1 tells that the entry is queued, not that
 /// it will be written. Entries of one thread keep their order, and each carries the time at which it was
-/// queued.
+/// queued. A child of the process has no worker: its copy refuses every entry, and stops at once.
 class CVsysEventLogMultiThreaded : public CVsysEventLogInterface, public CVconDelegate {
 public:
     CVsysEventLogMultiThreaded(std::string module, std::string configDirectory, std::string furtherName = {},
@@ -36,17 +37,22 @@ public:
     /// Also starts the worker. Throws CVconException "Create Thread Failed" when the system gives no thread,
     /// "Worker thread is not running" when it does not come up; the log is then stopped.
     bool Start() override;
-    /// Waits until everything queued is written. A worker that has not ended after the rounds of the time-outs
-    /// is killed and, if it is still stuck in the writer, left behind: what is queued is lost, and the object
-    /// may be deleted all the same. Always true.
+    /// Waits until everything queued is written. A worker that has written nothing for ten seconds (the rounds
+    /// of the time-outs) is killed and, if it is still stuck in the writer, left behind; the object may be
+    /// deleted all the same. The system log is told how many entries were lost. Always true.
     bool Stop() override;
+    /// How many entries Stop found queued and had to drop; 0 before it. One that was being written counts,
+    /// though it may still be written.
+    std::size_t DroppedEntries() const { return dropped_; }
     /// False once Stop is called.
     virtual bool IsRunning() const;
 
-    int Write(quorbel::LogLevel level, const std::string& message, int extra, const char* userText) override;
-
     /// The worker's body.
     void DoWork(pthread_t threadId) override;
+
+protected:
+    int Deliver(quorbel::LogLevel level, const std::string& message, int extra,
+                const char* userText) override;
 
 private:
     void StartWorker();
@@ -55,4 +61,5 @@ private:
     const quorbel::WorkerTimeouts timeouts_;
     const std::shared_ptr<quorbel::LogQueue> queue_;
     CVconThread worker_{this};
+    std::size_t dropped_ = 0;
 };

@@ -1,7 +1,9 @@
 #include "syslib/CVsysEventLogSQLiteWriter.h"
 
 #include <cxxabi.h>
+#include <sys/stat.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <utility>
@@ -21,7 +23,8 @@ unsigned StoredLevel(unsigned level) {
     return level <= static_cast<unsigned>(LogLevel::Fatal) ? level : 0;
 }
 
-// Anything but an empty file and one that begins as SQLite's do.
+// Anything but an empty file and one that begins as SQLite's do. Never while the database is open: closing the
+// file would drop SQLite's locks on it.
 bool IsForeign(const std::string& path) {
     constexpr char kStart[] = "SQLite format 3";  // its zero byte is part of it
     std::string start(sizeof kStart, '\0');
@@ -51,15 +54,16 @@ CVsysEventLogSQLiteWriter::CVsysEventLogSQLiteWriter(std::string identity, Write
     : identity_(std::move(identity)), mode_(mode) {}
 
 template <class Action>
-bool CVsysEventLogSQLiteWriter::Reporting(const Operation& operation, Action action) {
+bool CVsysEventLogSQLiteWriter::Reporting(const std::string& identity, const Operation& operation,
+                                          Action action) {
     try {
         return action();
     } catch (const abi::__forced_unwind&) {
         throw;  // a thread's forced end is no error
     } catch (const CVDBProcessorFatalException& failure) {
-        ReportLogFailure(operation.source, identity_, failure.what());
+        ReportLogFailure(operation.source, identity, failure.what());
     } catch (...) {
-        ReportLogFailure(operation.source, identity_, operation.unknown);
+        ReportLogFailure(operation.source, identity, operation.unknown);
     }
     return false;
 }
@@ -83,22 +87,59 @@ WriterDescription CVsysEventLogSQLiteWriter::Describe() const {
 bool CVsysEventLogSQLiteWriter::setDbFileName(const std::string& name) {
     processor_.reset();
     path_ = name;
-    notReady_ = WhyNoDatabase(name);
-    if (mode_ == WriterMode::Look) return notReady_.empty();
+    if (mode_ == WriterMode::Look) {
+        notReady_ = WhyNoDatabase(name);
+        return notReady_.empty();
+    }
+    notReady_ = name + ": cannot be opened";
     return Reporting(
+        identity_,
         {"CVsysEventLogSQLiteWriter::setDbFileName", "Unable to initialize sqlite writer. Unknown error."},
         [&] {
-            RequireUsable(name);
-            notReady_ = name + ": cannot be opened";
-            processor_ = std::make_unique<CVLogSQLiteProcessor>(name, true);
+            BeginWaits();
+            OpenAnew();
+            patience_.Succeeded();
             notReady_.clear();
             return true;
         });
 }
 
+// From here on the waits of one opening, or of one entry, come out of one patience.
+void CVsysEventLogSQLiteWriter::BeginWaits() {
+    deadline_ = std::chrono::steady_clock::now() + patience_.Next();
+    patience_.WaitedInVain();  // unless it succeeds
+}
+
+void CVsysEventLogSQLiteWriter::OpenAnew() {
+    RequireUsable(path_);
+    auto opened = std::make_unique<CVLogSQLiteProcessor>(path_, true,
+                                                         [this](int asked) { return WaitWhileBusy(asked); });
+    process_.Claim([] {});
+    struct stat status {};
+    stat(path_.c_str(), &status);
+    file_ = {status.st_dev, status.st_ino};
+    processor_ = std::move(opened);
+}
+
+bool CVsysEventLogSQLiteWriter::IsStillThere() const {
+    struct stat status {};
+    return stat(path_.c_str(), &status) == 0 && file_ == std::pair(status.st_dev, status.st_ino);
+}
+
+// SQLite's own waits grow to a tenth of a second, in which a hundred others come and go.
+bool CVsysEventLogSQLiteWriter::WaitWhileBusy(int asked) {
+    const auto now = std::chrono::steady_clock::now();
+    if (now >= deadline_) return false;
+    const auto longest = std::chrono::microseconds(200) * std::min(asked + 1, 10);
+    WaitForLog(longest / 2 + std::chrono::microseconds(now.time_since_epoch().count() % longest.count()),
+               identity_);
+    return true;
+}
+
 bool CVsysEventLogSQLiteWriter::setMakeDbTruncateFlag(bool truncate) {
     if (!truncate || processor_ == nullptr) return false;
-    return Reporting({"CVsysEventLogSQLiteWriter::setMakeDbTruncateFlag",
+    return Reporting(identity_,
+                     {"CVsysEventLogSQLiteWriter::setMakeDbTruncateFlag",
                       "Unable to truncate sqlite writer module's tables. Unknown error."},
                      [&] { return processor_->Truncate(); });
 }
@@ -113,7 +154,8 @@ int CVsysEventLogSQLiteWriter::operator()(const std::string& module, unsigned le
                                           std::time_t time) {
     if (!isReady()) return 0;
     const bool stored = Reporting(
-        {"CVsysEventLogSQLiteWriter::operator()", "Unable to write log entry. Unknown error."}, [&] {
+        module, {"CVsysEventLogSQLiteWriter::operator()", "Unable to write log entry. Unknown error."}, [&] {
+            BeginWaits();
             const auto dot = module.find('.');
             const LogRecord record{
                 .module = dot != std::string::npos ? module.substr(dot + 1) : "",
@@ -123,7 +165,10 @@ int CVsysEventLogSQLiteWriter::operator()(const std::string& module, unsigned le
                 .line = extra,
                 .sourceFile = userText != nullptr ? userText : "",
             };
-            return processor_->Insert(module.substr(0, dot), record);
+            if (!process_.IsOurs() || !IsStillThere()) OpenAnew();
+            const bool inserted = processor_->Insert(module.substr(0, dot), record);
+            patience_.Succeeded();
+            return inserted;
         });
     return stored ? 1 : 0;
 }

@@ -1,15 +1,24 @@
 #pragma once
 
+#include <sys/types.h>
+
+#include <chrono>
 #include <memory>
 #include <string>
+#include <utility>
 
+#include "ProcessMark.h"
 #include "syslib/CVLogSQLiteProcessor.h"
 #include "syslib/CVsysEventLogWriterInterface.h"
+#include "syslib/LogWaits.h"
 
 /// Stores entries in a log database, where they can be queried later.
 ///
 /// A module name is cut at its first ".": "SOAP.Send" is the sub-module "Send" in the table of "SOAP". Levels
 /// outside 1 to 7 are stored as 0.
+///
+/// An entry waits for a database that another program holds as long as LogWaits.h tells. One that finds the
+/// file removed or replaced, or this a child of the process that opened it, opens the database anew.
 class CVsysEventLogSQLiteWriter : public CVsysEventLogWriterInterface {
 public:
     /// `identity` is the name that failures are listed under in the system log.
@@ -42,12 +51,21 @@ private:
         const char* unknown;
     };
 
+    void BeginWaits();
+    void OpenAnew();
+    bool IsStillThere() const;
+    bool WaitWhileBusy(int asked);
+
     template <class Action>
-    bool Reporting(const Operation& operation, Action action);
+    bool Reporting(const std::string& identity, const Operation& operation, Action action);
 
     const std::string identity_;
     const quorbel::WriterMode mode_;
     std::string path_;
     std::string notReady_ = "there is no dbfilename";
+    quorbel::LogPatience patience_;
+    std::chrono::steady_clock::time_point deadline_;  // of the wait that is going on
+    quorbel::ProcessMark process_;
+    std::pair<dev_t, ino_t> file_{};                        // the database that is open
     std::unique_ptr<CVLogDBProcessorInterface> processor_;  // null: not ready
 };

@@ -12,7 +12,9 @@ public:
     CVsysEventLogSingleThreaded(std::string module, std::string configDirectory, std::string furtherName = {})
         : CVsysEventLogInterface(std::move(module), std::move(configDirectory), std::move(furtherName)) {}
 
-    int Write(quorbel::LogLevel level, const std::string& message, int extra, const char* userText) override {
+protected:
+    int Deliver(quorbel::LogLevel level, const std::string& message, int extra,
+                const char* userText) override {
         const auto writer = Writer();
         if (!writer) return 0;
         return writer->Write(ModuleName(), static_cast<unsigned>(level), message, extra, userText, 0);

@@ -3,7 +3,7 @@
 #include <ctime>
 #include <string>
 
-#include "syslib/LogArchive.h"
+#include "syslib/LogFile.h"
 
 namespace quorbel {
 

@@ -33,6 +33,33 @@ std::string Written(const IniLine& line) {
     return text.substr(0, kLongestLine);
 }
 
+std::string ReadAll(CVioFile& file) {
+    std::string text;
+    char part[4096];
+    file.Rewind();
+    while (const std::size_t length = file.Read(part, sizeof part)) text.append(part, length);
+    return text;
+}
+
+void Put(CVioFile& file, const std::string& text) {
+    file.Rewind();
+    file.Write(text);
+    file.Truncate(static_cast<off_t>(text.size()));
+}
+
+/// The old text keeps its place on the disk until the new one is there, so that a full disk costs nothing.
+void Overwrite(CVioFile& file, const std::string& text) {
+    const std::string before = ReadAll(file);
+    try {
+        Put(file, text);
+    } catch (const CVioException&) {
+        const int code = errno;
+        Put(file, before);
+        errno = code;
+        throw;
+    }
+}
+
 /// The record of a trimmed line; false when the line is not kept.
 bool Parse(std::string text, IniLine& line) {
     if (text.empty()) return false;
@@ -99,7 +126,8 @@ std::vector<IniReaderWriter::Section> IniReaderWriter::Sections() {
 std::vector<const IniLine*> IniReaderWriter::Entries(Section section) {
     std::vector<const IniLine*> entries;
     if (section == NoSection()) return entries;
-    for (Section line = std::next(section); line != EndOf(section); ++line) {
+    const Section end = EndOf(section);
+    for (Section line = std::next(section); line != end; ++line) {
         if (line->kind == Kind::Entry) entries.push_back(&*line);
     }
     return entries;
@@ -137,6 +165,7 @@ bool IniReaderWriter::SaveTo(CVioFile& file, const char* mode) {
         TakeLock(file, 'w');
         std::string text;
         for (const IniLine& line : lines_) text += Written(line);
+        if (mode == nullptr) return Overwrite(file, text);
         file.Truncate(0);
         file.Write(text);
     });
@@ -151,8 +180,9 @@ void IniReaderWriter::TakeLock(CVioFile& file, char kind) {
         try {
             return file.Lock(kind, false);
         } catch (const CVioException&) {
+            lastError_ = errno;
             file.Unlock();
-            if (count == tries) throw;
+            if (count == tries || !LockIsBusy()) throw;
         }
         sleep_(std::chrono::milliseconds(std::rand()));  // all of it: no bound is wanted here
     }

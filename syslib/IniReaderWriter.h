@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cerrno>
 #include <chrono>
 #include <functional>
 #include <list>
@@ -36,7 +37,7 @@ public:
     using Section = std::list<quorbel::IniLine>::iterator;
 
     /// With `lock`, the file is locked while it is read or written, for the other processes. With `retry`, a
-    /// refused lock is asked for ten times, rand() milliseconds apart, which can be weeks.
+    /// lock that another program holds is asked for ten times, rand() milliseconds apart, which can be weeks.
     explicit IniReaderWriter(std::string path, bool lock = false, bool retry = false);
 
     IniReaderWriter(const IniReaderWriter&) = delete;
@@ -54,6 +55,8 @@ public:
     /// The `errno` of the load or save that failed last: ENOENT when there is no such file, EAGAIN when
     /// another process held the lock.
     int LastError() const { return lastError_; }
+    /// Whether that was another program's lock, so that another try may succeed.
+    bool LockIsBusy() const { return lastError_ == EAGAIN || lastError_ == EACCES; }
 
     /// Finds the header `name`, brackets included, or appends it to the file.
     Section section(std::string_view name);

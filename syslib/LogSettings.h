@@ -21,12 +21,13 @@ struct LogSettings {
 };
 
 /// Reads the section of `module` ("SOAP", without brackets) from the file at `path`; empty when the file is
-/// there but cannot be read.
+/// there but cannot be read, or stays locked for ten seconds.
 ///
 /// A key that the section lacks comes from "[main]", else from the built-in defaults; `defaultFilePath` is
-/// the one of `filePath`. A missing section is added to the file with the built-in defaults, see
-/// AddLogSection; where that is not possible the defaults hold without it. docs/logging.md describes the
-/// file.
+/// the one of `filePath`. A missing section is added to the file with the built-in defaults, behind "[main]"
+/// and everything else. Reading, adding and writing happen under one lock on the file itself, so that programs
+/// that start at the same time lose nothing of one another; a full disk leaves the file as it was. Where the
+/// file cannot be written the defaults hold without it. docs/logging.md describes the file.
 std::optional<LogSettings> LoadLogSettings(const std::string& path, const std::string& module,
                                            const std::string& defaultFilePath);
 

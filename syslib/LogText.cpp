@@ -78,6 +78,42 @@ std::time_t FormatLogTime(std::time_t seconds, std::string* text) {
     return used;
 }
 
+namespace {
+
+/// "02/01/2024 09:05:03", as every entry and every closing line begins.
+bool BeginsLikeAnEntry(std::string_view text) {
+    constexpr std::string_view kForm = "00/00/0000 00:00:00";
+    if (text.size() < kForm.size()) return false;
+    for (std::size_t at = 0; at < kForm.size(); ++at) {
+        const bool digit = text[at] >= '0' && text[at] <= '9';
+        if (kForm[at] == '0' ? !digit : text[at] != kForm[at]) return false;
+    }
+    return true;
+}
+
+/// Terminals obey control bytes; line ends and tabs are what a text may have.
+bool IsControl(std::string_view text, std::size_t at) {
+    const auto byte = static_cast<unsigned char>(text[at]);
+    if (byte >= 0x20) return byte == 0x7F;
+    const bool endsLine = byte == '\r' && at + 1 < text.size() && text[at + 1] == '\n';
+    return byte != '\t' && byte != '\n' && !endsLine;
+}
+
+void AppendMessage(std::string_view message, std::string& line) {
+    constexpr char kHex[] = "0123456789abcdef";
+    for (std::size_t at = 0; at < message.size(); ++at) {
+        if (IsControl(message, at)) {
+            const auto byte = static_cast<unsigned char>(message[at]);
+            line.append("\\x").append({kHex[byte >> 4], kHex[byte & 0x0F]});
+        } else {
+            line += message[at];
+        }
+        if (message[at] == '\n' && BeginsLikeAnEntry(message.substr(at + 1))) line += ' ';
+    }
+}
+
+}  // namespace
+
 std::string LogLine(std::string_view module, unsigned level, std::string_view message, std::time_t time) {
     std::string line;
     FormatLogTime(time, &line);
@@ -85,7 +121,8 @@ std::string LogLine(std::string_view module, unsigned level, std::string_view me
     line += ' ';
     if (!module.empty()) line.append(module) += ' ';
     line.append(LogLevelTag(level)) += ' ';
-    return line.append(message);
+    AppendMessage(message, line);
+    return line;
 }
 
 }  // namespace quorbel

@@ -8,11 +8,13 @@
 #include <mutex>
 #include <utility>
 
+#include "NoCancellation.h"
 #include "syslib/CVsysEventLogFileWriter.h"
 #include "syslib/CVsysEventLogSQLiteWriter.h"
 #include "syslib/LogPaths.h"
 #include "syslib/LogReport.h"
 #include "syslib/LogText.h"
+#include "util/FileStamp.h"
 #include "util/StringRoutines.h"
 
 namespace quorbel {
@@ -97,38 +99,55 @@ std::shared_ptr<SharedWriter> MakeNamedWriter(const LogSettings& settings, const
     return std::make_shared<SharedWriter>(std::move(writer), NextLoggerName(name));
 }
 
-// Modules that choose "common" share one writer, and with it one file, in this process.
+// Modules that choose "common" share one writer, and with it one file, in this process, for as long as the
+// configuration stays the same.
 std::shared_ptr<SharedWriter> CommonWriter(const LogOwner& owner) {
-    static auto* const shared = new std::shared_ptr<SharedWriter>;
-    if (*shared && (*shared)->IsReady()) return *shared;
-    const auto settings = LoadLogSettings(LogConfigPath(owner.configDirectory), "common",
-                                          DefaultLogPath("common_logs.txt", owner.configDirectory));
+    struct Shared {
+        std::shared_ptr<SharedWriter> writer;
+        FileStamp stamp;
+    };
+    static auto* const shared = new std::map<std::string, Shared>;
+    const FileStamp stamp(owner.configPath);
+    const auto known = shared->find(owner.configPath);
+    if (known != shared->end() && known->second.stamp == stamp && known->second.writer->IsReady()) {
+        return known->second.writer;
+    }
+    const auto settings =
+        LoadLogSettings(owner.configPath, "common", DefaultLogPath("common_logs.txt", owner.configDirectory));
     if (!settings) {
         ReportLogFailure("CVsysEventLogInterface::getModuleLoggerWriter", owner.module,
                          "Unable to load/read config/logs.ini file.");
         return nullptr;
     }
-    // "sample" fills the place of a module name; every entry carries its own.
-    return *shared = MakeNamedWriter(*settings, "sample", "common_logs");
+    auto writer = MakeNamedWriter(*settings, owner.module, "common_logs");
+    if (writer) shared->insert_or_assign(owner.configPath, Shared{writer, FileStamp(owner.configPath)});
+    return writer;
 }
 
 }  // namespace
 
 SharedWriter::SharedWriter(std::unique_ptr<CVsysEventLogWriterInterface> writer, std::string name)
-    : writer_(std::move(writer)), name_(std::move(name)) {}
+    : writer_(std::move(writer)), wasReady_(writer_->isReady()), name_(std::move(name)) {}
 
 int SharedWriter::Write(const std::string& module, unsigned level, const std::string& message, int extra,
                         const char* userText, std::time_t time) {
+    const NoCancellation untilWritten;
     const ScopedLock lock(&lock_);
-    return writer_->DoWork(module, level, message, extra, userText, time);
+    const int result = writer_->DoWork(module, level, message, extra, userText, time);
+    wasReady_ = writer_->isReady();
+    return result;
 }
 
 bool SharedWriter::IsReady() {
-    const ScopedLock lock(&lock_);
-    return writer_->isReady();
+    const NoCancellation untilAsked;
+    if (!lock_.TryLock()) return wasReady_;
+    const bool ready = writer_->isReady();
+    lock_.Unlock();
+    return ready;
 }
 
 WriterDescription SharedWriter::Describe() {
+    const NoCancellation untilAsked;
     const ScopedLock lock(&lock_);
     return writer_->Describe();
 }

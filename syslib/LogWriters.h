@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -10,7 +11,7 @@
 
 namespace quorbel {
 
-/// A writer and the lock that lets one thread at a time into it.
+/// A writer and the lock that lets one thread at a time into it. No thread can be killed inside.
 ///
 /// Held by shared_ptr: by the event log objects that use the writer and, for as long as it is at work, by the
 /// thread that writes. The writer is deleted by whoever lets go last, so a stopped log never deletes a writer
@@ -22,6 +23,7 @@ public:
     /// See CVsysEventLogWriterInterface::DoWork.
     int Write(const std::string& module, unsigned level, const std::string& message, int extra,
               const char* userText, std::time_t time);
+    /// Never waits: while an entry is being written it tells how things stood before.
     bool IsReady();
     WriterDescription Describe();
     /// The name it is registered under, different for each writer of the process: "SOAP_logger".
@@ -30,6 +32,7 @@ public:
 private:
     CVconLock lock_;
     std::unique_ptr<CVsysEventLogWriterInterface> writer_;
+    std::atomic<bool> wasReady_;
     const std::string name_;
 };
 
@@ -37,6 +40,7 @@ private:
 struct LogOwner {
     std::string module;
     std::string configDirectory;
+    std::string configPath;
     /// The writer's name; empty stands for the module's.
     std::string name;
 };

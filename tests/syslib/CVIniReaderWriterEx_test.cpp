@@ -1,8 +1,11 @@
 #include "syslib/CVIniReaderWriterEx.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 
 #include "tests/support/ChildProcess.h"
 #include "tests/support/TempDir.h"
@@ -51,6 +54,42 @@ TEST(CVIniReaderWriterEx, AnswersFalseWhileClosed) {
     EXPECT_TRUE(ini.save());
     ini.Close();
     EXPECT_FALSE(ini.save());
+}
+
+// rand() milliseconds apart can be months.
+TEST(CVIniReaderWriterEx, TriesAgainOnlyWhereAnotherProgramHoldsTheLock) {
+    TempDir dir;
+    CVIniReaderWriterEx ini(dir.Write("x.ini", "[a]\n"), /*lock=*/true, /*retry=*/true);
+    int sleeps = 0;
+    ini.SetSleep([&](auto) { ++sleeps; });
+    EXPECT_FALSE(ini.load()) << "it is closed";
+    EXPECT_FALSE(ini.save());
+    EXPECT_EQ(sleeps, 0);
+    ASSERT_TRUE(ini.Open());
+    const pid_t parent = getpid();
+    EXPECT_TRUE(ini.load());
+    const auto tryWhileHeld = [&] {
+        if (getpid() != parent && (ini.load() || sleeps != 9)) throw 0;
+    };
+    CVIniReaderWriterEx holder(dir / "x.ini");
+    ASSERT_TRUE(holder.Open() && holder.LockUntilClose());
+    EXPECT_EQ(InChildProcess(tryWhileHeld), Child::Finished);
+}
+
+TEST(CVIniReaderWriterEx, KeepsTheOldContentOnAFullDisk) {
+    TempDir dir;
+    const std::string before = "[a]\nx=1\n" + std::string(1, '#') + std::string(300, 'c') + "\n";
+    dir.Write("x.ini", before);
+    const auto save = [&] {
+        signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit{400, 400};
+        CVIniReaderWriterEx ini(dir / "x.ini");
+        if (setrlimit(RLIMIT_FSIZE, &limit) != 0 || !ini.Open() || !ini.load()) throw 0;
+        ini.key(ini.section("[a]"), "y") = std::string(300, 'y');
+        if (ini.save()) throw 0;
+    };
+    EXPECT_EQ(InChildProcess(save), Child::Finished);
+    EXPECT_EQ(ReadFile(dir / "x.ini"), before);
 }
 
 TEST(CVIniReaderWriterEx, HoldsNoLockBetweenCalls) {

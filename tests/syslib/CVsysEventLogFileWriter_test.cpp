@@ -175,8 +175,7 @@ TEST(CVsysEventLogFileWriter, WritesSoonAfterALockHeldElsewhereIsFreed) {
 TEST(CVsysEventLogFileWriter, WaitsAboutAMinuteOnceAndASecondFromThenOn) {
     const TempDir dir;
     std::chrono::microseconds waited{0};
-    CVsysEventLogFileWriter writer("SOAP", WriterMode::Write,
-                                   {.sleep = [&](auto pause) { waited += pause; }});
+    CVsysEventLogFileWriter writer("SOAP", WriterMode::Write, [&](auto pause) { waited += pause; });
     writer.setFilePath(dir / "l.txt");
     TakeSystemLog();
     {
@@ -196,6 +195,32 @@ TEST(CVsysEventLogFileWriter, WaitsAboutAMinuteOnceAndASecondFromThenOn) {
         TakeSystemLog().at(0).text,
         MatchesRegex("SOAP-ERROR CVsysEventLogFileWriter::DoWork: Exception raised! File\\[LockFile\\] "
                      "Line\\[[0-9]+\\] Msg\\[LockFile Creation Failed\\] SysMsg\\[.*\\]"));
+}
+
+TEST(CVsysEventLogFileWriter, WaitsAMinuteInAllWithinOneRun) {
+    const auto inARun = [] {  // in a process of its own: a run begun cannot be left
+        const TempDir dir;
+        std::chrono::microseconds waited{0};
+        CVsysEventLogFileWriter writer("SOAP", WriterMode::Write, [&](auto pause) { waited += pause; });
+        writer.setFilePath(dir / "l.txt");
+        const auto waits = [&](const char* message, int result) {
+            if (Write(writer, message) != result) throw 0;
+            return std::exchange(waited, {});
+        };
+        TakeSystemLog();
+        BeginLogRun();
+        {
+            const LockFile held(dir / "l.txt.lock");
+            if (waits("first", 0) != std::chrono::seconds(60)) throw 0;
+            if (TakeSystemLog().at(0).text.find("waits no longer") == std::string::npos) throw 0;
+            if (waits("second", 0) != std::chrono::seconds(0)) throw 0;
+        }
+        if (waits("third\n", 1) != std::chrono::seconds(0)) throw 0;
+        BeginLogRun();
+        const LockFile held(dir / "l.txt.lock");
+        if (waits("fourth", 0) != std::chrono::seconds(60)) throw 0;
+    };
+    EXPECT_EQ(InChildProcess(inARun), Child::Finished);
 }
 
 TEST(CVsysEventLogFileWriter, SurvivesALogThatIsMovedAway) {

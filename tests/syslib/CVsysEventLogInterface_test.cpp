@@ -49,6 +49,14 @@ std::string TextThrownBy(const std::function<void()>& call) {
     }
 }
 
+int VLogInfo(CVsysEventLogInterface& log, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    const int result = log.VLog(LogLevel::Info, "Send", format, arguments);
+    va_end(arguments);
+    return result;
+}
+
 std::vector<std::string> SystemLogTexts() {
     std::vector<std::string> texts;
     for (const auto& entry : TakeSystemLog()) texts.push_back(entry.text);
@@ -70,13 +78,17 @@ TEST(CVsysEventLogInterface, WritesWhatItsLevelAsksFor) {
     log->SetThreshold(LogLevel::Critical);
     EXPECT_EQ(log->Error(nullptr, "e"), 0);
     EXPECT_EQ(log->Fatal(nullptr, "f"), 1);
+    EXPECT_EQ(log->Write(LogLevel::Error, "e", -1, nullptr), 0) << "a finished message passes the same door";
     log->SetThreshold(LogLevel::None);
-    log->SetEnabled(true);
     EXPECT_EQ(log->Fatal(nullptr, "silent"), 0);
-    EXPECT_THAT(
-        site.Read("soap_log.txt"),
-        MatchesRegex(
-            "[^[]+ SOAP \\[WARN\\] Send id=7\n[^[]+ SOAP \\[ERROR\\] code\n[^[]+ SOAP \\[FATAL\\] f\n"));
+    log->SetThreshold(LogLevel::Info);
+    EXPECT_EQ(VLogInfo(*log, "again %d", 1), 1);
+    log->SetEnabled(false);
+    EXPECT_EQ(log->Write(LogLevel::Fatal, "disabled", -1, nullptr), 0);
+    EXPECT_THAT(site.Read("soap_log.txt"),
+                MatchesRegex(
+                    "[^[]+ SOAP \\[WARN\\] Send id=7\n[^[]+ SOAP \\[ERROR\\] code\n[^[]+ SOAP \\[FATAL\\] f\n"
+                    "[^[]+ SOAP \\[INFO\\] Send again 1\n"));
 }
 
 TEST(CVsysEventLogInterface, TellsTheCallersErrorAndLeavesItInPlace) {
@@ -98,6 +110,14 @@ TEST(CVsysEventLogInterface, CutsLongMessagesBeforeItAddsTheThreadId) {
     EXPECT_EQ(log->Trace(nullptr, "%s\n", std::string(70000, 'b').c_str()), 1);
     EXPECT_THAT(site.Read("soap_log.txt"), testing::EndsWith("[TRACE] [TID:" + std::to_string(gettid()) +
                                                              "] " + std::string(2047, 'b') + "\n"));
+}
+
+TEST(CVsysEventLogInterface, ShowsTheThreadIdInFinishedMessagesToo) {
+    const Site site(kTracing);
+    const auto log = site.Create();
+    log->SetThreadIdShown(true);
+    EXPECT_EQ(log->Write(LogLevel::Info, "done", -1, nullptr), 1);
+    EXPECT_THAT(site.Read("soap_log.txt"), HasSubstr("[TID:" + std::to_string(gettid()) + "] done"));
 }
 
 TEST(CVsysEventLogInterface, AddsItsSectionAndWritesToTheDefaultDirectory) {
@@ -176,6 +196,31 @@ TEST(CVsysEventLogInterface, TellsWhyThereIsNoUsableLog) {
             SystemLogTexts(),
             testing::Contains("SOAP-ERROR CVsysEventLogInterface::loadWriterConfig: " + std::string(c.text)));
     }
+}
+
+TEST(CVsysEventLogInterface, TellsFailuresOfTheCommonWriterUnderTheModule) {
+    const Site site("[SOAP]\nwriter=common\n[common]\nfilePath=@/missing/l\n");
+    const auto log = site.Create();
+    EXPECT_THAT(SystemLogTexts(),
+                testing::Contains(testing::StartsWith("SOAP-ERROR CVsysEventLogInterface::setFilePath: ")));
+}
+
+TEST(CVsysEventLogInterface, RefusesAnEmptyConfigurationDirectory) {
+    TakeSystemLog();
+    EXPECT_EQ(CVsysEventLogInterface::Create("SOAP", LogThreading::Single, ""), nullptr);
+    EXPECT_THAT(SystemLogTexts(), ElementsAre(HasSubstr("Unable to load/read config/cvlogs.ini file.")));
+}
+
+TEST(CVsysEventLogInterface, FindsARelativeConfigurationAfterAChangeOfDirectory) {
+    const TempDir dir;
+    dir.Write("config/cvlogs.ini", "[M]\nfilePath=" + dir.Path() + "/m.txt\n");
+    EXPECT_EQ(InChildProcess([&] {
+                  if (chdir(dir.Path().c_str()) != 0) throw 0;
+                  const auto log = CVsysEventLogInterface::Create("M", LogThreading::Multi, "config");
+                  if (chdir("/") != 0 || !log->Start() || log->Info(nullptr, "found") != 1) throw 0;
+              }),
+              Child::Finished);
+    EXPECT_THAT(ReadFile(dir / "m.txt"), HasSubstr("found"));
 }
 
 TEST(CVsysEventLogInterface, TellsThatTheConfigurationCannotBeRead) {

@@ -11,6 +11,7 @@
 
 #include "CVException.h"
 #include "CVconEvent.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/SystemLogRecorder.h"
 #include "tests/support/TempDir.h"
@@ -67,6 +68,7 @@ public:
             record_.stuck = true;
             record_.letGo.Wait();
         }
+        if (message == "slow") std::this_thread::sleep_for(5ms);
         const std::lock_guard guard(record_.mutex);
         record_.times.push_back(time);
         record_.messages.push_back(module + "|" + std::to_string(level) + "|" + message + "|" +
@@ -185,6 +187,7 @@ TEST(CVsysEventLogMultiThreaded, LeavesOutEntriesWhoseWritingThrows) {
 
 TEST(CVsysEventLogMultiThreaded, LeavesAWorkerThatIsStuckForGoodBehind) {
     Record record;
+    TakeSystemLog();
     auto log = LogTo(record, kHurried);
     log->Start();
     Queue(*log, "stuck");
@@ -192,12 +195,43 @@ TEST(CVsysEventLogMultiThreaded, LeavesAWorkerThatIsStuckForGoodBehind) {
     ASSERT_TRUE(Eventually([&] { return record.stuck.load(); }));
     EXPECT_TRUE(log->Stop());
     EXPECT_FALSE(log->IsRunning());
+    EXPECT_EQ(log->DroppedEntries(), 2u);
+    EXPECT_THAT(SystemLogTexts(),
+                ElementsAre("M-ERROR CVsysEventLogMultiThreaded::Stop: 2 entries were not written"));
     log.reset();
     EXPECT_FALSE(record.deleted) << "the writer is in use";
 
     record.letGo.Signal();
     EXPECT_TRUE(Eventually([&] { return record.deleted.load(); })) << "the worker has not ended";
     EXPECT_THAT(record.Messages(), ElementsAre(HasSubstr("stuck")));
+}
+
+TEST(CVsysEventLogMultiThreaded, WaitsForAWorkerThatGetsOn) {
+    Record record;
+    const auto log = LogTo(record, {.startPause = 1ms, .stopRound = 4ms});
+    log->Start();
+    for (int entry = 0; entry < 40; ++entry) Queue(*log, "slow");
+    EXPECT_TRUE(log->Stop()) << "five times as long as a stop waits for a worker that does not";
+    EXPECT_EQ(record.Messages().size(), 40u);
+    EXPECT_EQ(log->DroppedEntries(), 0u);
+}
+
+TEST(CVsysEventLogMultiThreaded, RefusesEntriesInAChildOfItsProcess) {
+    Record record;
+    auto log = LogTo(record);
+    log->Start();
+    Queue(*log, "stuck");
+    ASSERT_TRUE(Eventually([&] { return record.stuck.load(); }));
+    EXPECT_EQ(InChildProcess([&] {
+                  if (Queue(*log, "nobody writes it") != 0 || log->IsRunning() || log->Start()) throw 0;
+                  log->Stop();
+                  log.reset();
+              }),
+              Child::Finished);
+    Queue(*log, "parent's");
+    record.letGo.Signal();
+    log->Stop();
+    EXPECT_THAT(record.Messages(), ElementsAre(HasSubstr("stuck"), HasSubstr("parent's")));
 }
 
 TEST(CVsysEventLogMultiThreaded, StopsWhenItIsDeleted) {

@@ -2,10 +2,15 @@
 
 #include <gtest/gtest.h>
 #include <syslog.h>
+#include <unistd.h>
 
+#include <chrono>
 #include <ctime>
+#include <filesystem>
+#include <vector>
 
 #include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/SystemLogRecorder.h"
 #include "tests/support/TempDir.h"
 
@@ -108,6 +113,53 @@ TEST_F(SQLiteWriter, RefusesAUselessPathAtOnceAndReportsIt) {
     }
     EXPECT_EQ(writer_("SOAP", 3, "dropped", -1, nullptr, 5), 0);
     EXPECT_TRUE(TakeSystemLog().empty()) << "silently";
+}
+
+TEST_F(SQLiteWriter, OpensADatabaseAnewThatWasRemoved) {
+    ASSERT_TRUE(writer_.setDbFileName(path_));
+    ASSERT_EQ(writer_("SOAP", 3, "gone", -1, nullptr, 5), 1);
+    for (const char* end : {"", "-wal", "-shm"}) std::filesystem::remove(path_ + end);
+    EXPECT_EQ(writer_("SOAP", 3, "in the new one", -1, nullptr, 5), 1);
+    EXPECT_EQ(Row("SELECT COUNT(*),message FROM log_soap;"), "1|in the new one");
+}
+
+TEST_F(SQLiteWriter, LosesNothingWhenItIsCarriedOverAFork) {
+    ASSERT_TRUE(writer_.setDbFileName(path_));
+    constexpr int kEntries = 60;
+    const auto writeAll = [this] {
+        for (int entry = 0; entry < kEntries; ++entry) {
+            if (writer_("SOAP", 3, "entry", getpid(), nullptr, 5) != 1) throw 0;
+        }
+    };
+    ASSERT_EQ(writer_("SOAP", 3, "entry", -1, nullptr, 5), 1);
+    std::vector<pid_t> children;
+    for (int child = 0; child < 4; ++child) children.push_back(StartChild(writeAll));
+    writeAll();
+    for (const pid_t child : children) EXPECT_EQ(WaitForChild(child), Child::Finished);
+    writeAll();
+    EXPECT_EQ(Row("SELECT COUNT(*) FROM log_soap;"), std::to_string(1 + 6 * kEntries));
+    EXPECT_EQ(Row("SELECT COUNT(DISTINCT line) FROM log_soap;"), "6");
+    EXPECT_EQ(Row("PRAGMA integrity_check;"), "ok");
+}
+
+// A held database must not cost a request a minute for each of its entries.
+TEST_F(SQLiteWriter, WaitsNoLongerThanTheRunMay) {
+    ASSERT_TRUE(writer_.setDbFileName(path_));
+    ASSERT_EQ(writer_("SOAP", 3, "first", -1, nullptr, 5), 1);
+    CVSQLite3Database holder(path_);
+    ASSERT_TRUE(holder.BeginImmediateTransaction("held", kTryOnce));
+    EXPECT_EQ(InChildProcess([this] {
+                  BeginLogRun();
+                  CountLogWait(std::chrono::milliseconds(59'700), "SOAP");
+                  const auto begin = std::chrono::steady_clock::now();
+                  for (int entry = 0; entry < 20; ++entry) {
+                      if (writer_("SOAP", 3, "refused", -1, nullptr, 5) != 0) throw 0;
+                  }
+                  if (std::chrono::steady_clock::now() - begin > std::chrono::seconds(20)) throw 0;
+              }),
+              Child::Finished);
+    ASSERT_TRUE(holder.CommitTransaction("held", kTryOnce));
+    EXPECT_EQ(writer_("SOAP", 3, "second", -1, nullptr, 5), 1);
 }
 
 TEST_F(SQLiteWriter, ReportsAnEntryItCouldNotStore) {

@@ -204,16 +204,19 @@ TEST(LogSettingsOfAModule, LosesNothingWhenManyProcessesStartForTheFirstTime) {
 
 TEST(LogSettingsOfAModule, AddsTheSectionsOfDifferentModulesThatStartTogether) {
     const TempDir dir;
-    dir.Write("cvlogs.ini", kOthers);
+    chmod(dir.Write("cvlogs.ini", kOthers).c_str(), 0666);
+    chmod(dir.Path().c_str(), 0555);
     std::vector<pid_t> children;
-    for (int i = 0; i < 16; ++i) {
+    for (int i = 0; i < 32; ++i) {
         children.push_back(StartChild([&dir, i] {
+            if (geteuid() == 0) Require(setuid(65534) == 0);
             Require(LoadLogSettings(dir / "cvlogs.ini", "M" + std::to_string(i), "l").has_value());
         }));
     }
     for (const pid_t child : children) EXPECT_EQ(WaitForChild(child), Child::Finished);
+    chmod(dir.Path().c_str(), 0755);
     const std::string file = ReadFile(dir / "cvlogs.ini");
     EXPECT_TRUE(file.starts_with(kOthers));
-    for (int i = 0; i < 16; ++i)
+    for (int i = 0; i < 32; ++i)
         EXPECT_THAT(file, testing::HasSubstr("\n[M" + std::to_string(i) + "]\nwriter=file\n"));
 }

@@ -82,3 +82,21 @@ TEST(LogText, TakesZeroForNow) {
     const std::time_t before = std::time(nullptr);
     EXPECT_GE(FormatLogTime(0), before);
 }
+
+TEST(LogText, LetsNoMessagePassForAnotherEntry) {
+    const struct {
+        const char* message;
+        const char* line;
+    } cases[] = {
+        {"a\n11/21/2026 17:00:00 SOAP [ERROR] forged\n", "a\n 11/21/2026 17:00:00 SOAP [ERROR] forged\n"},
+        {"a\r\n11/21/2026 17:00:00", "a\r\n 11/21/2026 17:00:00"},
+        {"a\n11/21/2026 17:00\n1/2/2026 17:00:00\n", "a\n11/21/2026 17:00\n1/2/2026 17:00:00\n"},
+        {"\x1b[31mred\b\x7f", "\\x1b[31mred\\x08\\x7f"},
+        {"over\rwritten", "over\\x0dwritten"},
+        {"tab\t caf\xC3\xA9 \xFF\r\n", "tab\t caf\xC3\xA9 \xFF\r\n"},
+    };
+    for (const auto& c : cases) {
+        const std::string line = LogLine("M", 3, c.message, 1);
+        EXPECT_EQ(line.substr(line.find("] ") + 2), c.line);
+    }
+}

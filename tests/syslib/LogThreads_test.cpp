@@ -7,7 +7,10 @@
 #include <sstream>
 #include <thread>
 
+#include "CVconThread.h"
+#include "LockFile.h"
 #include "syslib/CVsysEventLogInterface.h"
+#include "tests/support/Eventually.h"
 #include "tests/support/TempDir.h"
 
 using namespace quorbel;
@@ -98,4 +101,63 @@ TEST(LogThreads, StopTheLogOthersAreWritingTo) {
         }
     });
     EXPECT_EQ(MessagesOf(dir).size(), static_cast<std::size_t>(written)) << "told as written, but not there";
+}
+
+namespace {
+
+/// Logs for as long as it is let.
+class EndlessLogger : public CVconDelegate {
+public:
+    explicit EndlessLogger(CVsysEventLogInterface& log) : log_(log) {}
+
+    void DoWork(pthread_t) override {
+        for (;;) entries += log_.Info(nullptr, "%d", entries.load());
+    }
+
+    std::atomic<int> entries{0};
+
+private:
+    CVsysEventLogInterface& log_;
+};
+
+}  // namespace
+
+TEST(LogThreads, AreKilledBetweenTwoEntriesOfAnyWriter) {
+    for (const char* writer : {"file", "sqlite"}) {
+        const TempDir dir;
+        dir.Write("cvlogs.ini", "[Killed]\nautoAppend=1\nfilePath=" + dir.Path() +
+                                    "/l.txt\nwriter=" + writer + "\ndbfilename=" + dir.Path() + "/l.sdb\n");
+        const auto log = CVsysEventLogInterface::Create("Killed", LogThreading::Single, dir.Path());
+        ASSERT_TRUE(log && log->IsReady());
+        EndlessLogger logger(*log);
+        constexpr int kKills = 20;
+        for (int kill = 0; kill < kKills; ++kill) {
+            CVconThread thread(&logger);
+            const int before = logger.entries;
+            thread.Create();
+            ASSERT_TRUE(Eventually([&] { return logger.entries > before; }));
+            thread.Kill();
+            ASSERT_TRUE(thread.WaitForEnd(std::chrono::seconds(10))) << writer << ": it loops on";
+        }
+        EXPECT_EQ(log->Info(nullptr, "after"), 1) << writer << ": something was left locked";
+    }
+}
+
+TEST(LogThreads, AskWhetherTheLogIsReadyWhileItIsBusy) {
+    const TempDir dir;
+    WriteConfig(dir, "Busy");
+    const auto log = CVsysEventLogInterface::Create("Busy", LogThreading::Single, dir.Path());
+    std::atomic<bool> written{false};
+    std::thread writer;
+    {
+        const LockFile held(dir / "l.txt.lock");
+        writer = std::thread([&] {
+            log->Info(nullptr, "waits");
+            written = true;
+        });
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        EXPECT_TRUE(log->IsReady());
+        EXPECT_FALSE(written) << "the answer came after the wait";
+    }
+    writer.join();
 }

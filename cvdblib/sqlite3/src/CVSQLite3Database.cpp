@@ -173,6 +173,16 @@ bool CVSQLite3Database::IsAutoCommit() {
     return connection_->IsOpen() && connection_->IsAutoCommit();
 }
 
+void CVSQLite3Database::SetBusyWait(BusyWait wait) {
+    ForgetError();
+    busyWait_ = std::move(wait);
+    if (!connection_->IsOpen()) return;
+    const auto ask = [](void* busyWait, int asked) {
+        return (*static_cast<BusyWait*>(busyWait))(asked) ? 1 : 0;
+    };
+    connection_->SetBusyHandler(ask, &busyWait_);
+}
+
 bool CVSQLite3Database::CreateFunction(const std::string& name, SqlFunction function, int argumentCount,
                                        int encoding) {
     ForgetError();

@@ -91,6 +91,12 @@ public:
     bool IsAutoCommit();
     bool IsExclusiveUse() const { return exclusiveUse_; }
 
+    /// Asked while another connection holds the database, with how often it was asked for this statement:
+    /// waits and answers true, or gives up.
+    using BusyWait = std::function<bool(int asked)>;
+    /// Takes the place of the 60 s, until the database is opened again. Must not throw.
+    void SetBusyWait(BusyWait wait);
+
     /// Makes `function` known to SQL; `encoding` is one of SQLite's text encodings. The function must not
     /// throw.
     bool CreateFunction(const std::string& name, SqlFunction function, int argumentCount, int encoding);
@@ -164,6 +170,7 @@ private:
 
     std::unique_ptr<quorbel::SqliteConnection> connection_;
     Sleep sleep_;
+    BusyWait busyWait_;
     bool ready_ = false;
     bool inTransaction_ = false;
     bool exclusiveUse_ = false;

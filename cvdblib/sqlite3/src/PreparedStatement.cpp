@@ -53,8 +53,9 @@ void PreparedStatement::Run() {
         state_->connection.SetError({SQLITE_MISUSE, "statement of another process"});
         Check(SQLITE_MISUSE, __LINE__, "run");
     }
-    const int code = sqlite3_step(state_->statement.get());
-    Check(state_->connection.Note(code), __LINE__, "run");
+    const int code = state_->connection.Note(sqlite3_step(state_->statement.get()));
+    sqlite3_reset(state_->statement.get());
+    Check(code, __LINE__, "run");
 }
 
 }  // namespace quorbel

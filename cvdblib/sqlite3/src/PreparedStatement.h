@@ -25,7 +25,7 @@ public:
     PreparedStatement& BindInt(int position, int value);
     PreparedStatement& BindInt64(int position, std::int64_t value);
 
-    /// Once, to the end of a statement that returns no rows.
+    /// To the end of a statement that returns no rows; it may then be bound and run again.
     void Run();
 
 private:

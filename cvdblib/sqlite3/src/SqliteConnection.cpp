@@ -117,6 +117,10 @@ void SqliteConnection::SetBusyTimeout(int milliseconds) {
     sqlite3_busy_timeout(handle_.get(), milliseconds);
 }
 
+void SqliteConnection::SetBusyHandler(int (*wait)(void*, int), void* argument) {
+    sqlite3_busy_handler(handle_.get(), wait, argument);
+}
+
 bool SqliteConnection::IsAutoCommit() const {
     return sqlite3_get_autocommit(handle_.get()) != 0;
 }

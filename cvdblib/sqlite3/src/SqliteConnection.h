@@ -60,6 +60,9 @@ public:
     void Abandon();
 
     void SetBusyTimeout(int milliseconds);
+    /// `wait` is asked instead, with how often it was asked for this statement; it must not throw. Null: the
+    /// statement fails at once.
+    void SetBusyHandler(int (*wait)(void*, int), void* argument);
     bool IsAutoCommit() const;
     int AddFunction(const std::string& name, void (*function)(sqlite3_context*, int, sqlite3_value**),
                     int argumentCount, int encoding);
