@@ -1,22 +1,32 @@
-// Hundreds of short programs share one log that is archived every few entries; some are killed. Every entry
-// of every program that ended normally must stand exactly once in the log or an archive, and no line may be
-// torn. Usage: log_stress [programs [at once]]. Exit status 1 when a line was lost, torn or doubled.
+// Many processes share one log while it is archived, set up for the first time, killed, run out of room and carried
+// over forks. Every entry that was acknowledged must stand exactly once in the log, whole and on a line or row of its
+// own. An entry that was not acknowledged may be there or not.
+//
+// Usage: log_stress [ENTRIES]. Prints one line for each form and exits with 1 when an entry was lost, torn, glued or
+// doubled. Needs a user who may mount a small file system, or runs out of room by a limit on file sizes instead.
 
+#include <fcntl.h>
 #include <signal.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <random>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "cvdblib/sqlite3/src/CVSQLite3Database.h"
+#include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
 #include "syslib/CVsysEventLogInterface.h"
 
 using namespace quorbel;
@@ -25,94 +35,258 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr int kEntries = 20;
+constexpr int kProcesses = 32;
+constexpr int kStarts = 8;  // programs that one process is in turn
 
-std::string Entry(int program, int number) {
-    return "program " + std::to_string(program) + " entry " + std::to_string(number) + " end";
-}
-
-int RunProgram(const std::string& directory, int program) {
-    const auto log = CVsysEventLogInterface::Create("SOAP", LogThreading::Single, directory);
-    if (!log || !log->IsReady()) return 1;
-    for (int number = 0; number < kEntries; ++number) {
-        if (log->Info(nullptr, "%s", Entry(program, number).c_str()) != 1) return 1;
-    }
-    return 0;
-}
-
-struct Programs {
-    std::map<pid_t, int> running;
-    std::set<int> ended;
-    int killed = 0;
-    int refused = 0;
-
-    void WaitForOne() {
-        int status = 0;
-        const pid_t pid = wait(&status);
-        if (WIFSIGNALED(status)) ++killed;
-        if (WIFEXITED(status) && WEXITSTATUS(status) != 0) ++refused;
-        if (WIFEXITED(status) && WEXITSTATUS(status) == 0) ended.insert(running[pid]);
-        running.erase(pid);
-    }
+struct Form {
+    const char* name;
+    const char* writer;
+    bool kills;
+    bool forks;
+    bool fullDisk;
 };
 
-Programs RunAll(const std::string& directory, int count, std::size_t atOnce) {
-    Programs programs;
-    std::minstd_rand random(std::random_device{}());
-    for (int program = 0; program < count; ++program) {
-        const pid_t pid = fork();
-        if (pid == 0) _exit(RunProgram(directory, program));
-        programs.running[pid] = program;
-        if (random() % 16 == 0) {
-            usleep(random() % 3000);
-            kill(std::next(programs.running.begin(), random() % programs.running.size())->first, SIGKILL);
-        }
-        while (programs.running.size() >= atOnce) programs.WaitForOne();
-    }
-    while (!programs.running.empty()) programs.WaitForOne();
-    return programs;
+constexpr Form kForms[] = {
+    {"file", "file", false, false, false},
+    {"file, SIGKILL", "file", true, false, false},
+    {"file, over fork", "file", false, true, false},
+    {"file, full disk", "file", false, false, true},
+    {"sqlite", "sqlite", false, false, false},
+    {"sqlite, SIGKILL", "sqlite", true, false, false},
+    {"sqlite, over fork", "sqlite", false, true, false},
+    {"sqlite, full disk", "sqlite", false, false, true},
+};
+
+/// "00017 0000423 xxx...x 423.": 20 to 2,000 bytes, of which every one is known.
+std::string EntryText(int process, int number) {
+    char head[32];
+    std::snprintf(head, sizeof head, "%05d %07d ", process, number);
+    const std::size_t length = 20 + static_cast<unsigned>(process * 7919 + number * 104729) % 1981;
+    std::string text = head;
+    const std::string tail = ".";
+    text.append(length - text.size() - tail.size(), static_cast<char>('a' + number % 26));
+    return text + tail;
 }
 
-std::map<std::string, int> LinesIn(const std::string& directory) {
-    std::map<std::string, int> lines;
-    for (const auto& file : fs::directory_iterator(directory)) {
-        const std::string name = file.path().filename();
-        if (!name.starts_with("soap_log.txt") || name.ends_with(".lock")) continue;
+/// One process: starts the log again and again and notes beside it what was acknowledged, one write for each.
+class Process {
+public:
+    Process(const std::string& site, const std::string& notes, const Form& form, int number, int entries)
+        : site_(site), notes_(notes), form_(form), number_(number), entries_(entries) {}
+
+    void Run() {
+        std::unique_ptr<CVsysEventLogInterface> log;
+        for (int entry = 0; entry < entries_; ++entry) {
+            if (entry % std::max(entries_ / kStarts, 1) == 0) {
+                if (log && form_.forks) ForkAndLog(*log, entry);
+                log.reset();
+                log = CVsysEventLogInterface::Create("Stress", LogThreading::Single, site_);
+            }
+            if (log) WriteOne(*log, number_, entry);
+        }
+    }
+
+private:
+    void ForkAndLog(CVsysEventLogInterface& log, int entry) {
+        const pid_t child = fork();
+        const int self = child == 0 ? number_ + kProcesses : number_;
+        for (int i = 0; i < 10; ++i) WriteOne(log, self, entries_ + entry + i);
+        if (child == 0) _exit(0);
+        waitpid(child, nullptr, 0);
+    }
+
+    void WriteOne(CVsysEventLogInterface& log, int process, int entry) {
+        if (log.Info(nullptr, "%s", EntryText(process, entry).c_str()) != 1) return;
+        char note[32];
+        const int length = std::snprintf(note, sizeof note, "%05d %07d\n", process, entry);
+        const int file = open(notes_.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+        if (write(file, note, static_cast<std::size_t>(length)) != length) std::abort();
+        close(file);
+    }
+
+    const std::string site_;
+    const std::string notes_;
+    const Form& form_;
+    const int number_;
+    const int entries_;
+};
+
+/// Kills one process after another, two hundred in all; each is followed by one with a number of its own.
+void RunAll(const Form& form, const std::function<void(int process)>& run) {
+    std::map<pid_t, int> running;
+    const auto start = [&](int process) {
+        const pid_t child = fork();
+        if (child == 0) {
+            run(process);
+            _exit(0);
+        }
+        running[child] = process;
+    };
+    int started = 0;
+    while (started < kProcesses) start(started++);
+    std::minstd_rand random(std::random_device{}());
+    for (int kills = 0; form.kills && kills < 200; ++kills) {
+        usleep(random() % 40'000);
+        const auto victim = std::next(running.begin(), static_cast<long>(random() % running.size()));
+        kill(victim->first, SIGKILL);
+        waitpid(victim->first, nullptr, 0);
+        running.erase(victim);
+        start(started++);
+    }
+    while (waitpid(-1, nullptr, 0) > 0) {
+    }
+}
+
+std::multiset<std::string> EntriesOfFiles(const std::string& logs, long& strange) {
+    std::multiset<std::string> found;
+    for (const auto& file : fs::directory_iterator(logs)) {
+        if (!file.path().filename().string().starts_with("l.txt") || file.path().extension() == ".lock")
+            continue;
         std::ifstream text(file.path());
         for (std::string line; std::getline(text, line);) {
-            if (line.find(" Archiving ") == std::string::npos) ++lines[line.substr(line.find("] ") + 2)];
+            if (line.find(" Archiving ") != line.npos) continue;
+            const auto at = line.find("] ");
+            if (at == line.npos) {
+                ++strange;
+            } else {
+                found.insert(line.substr(at + 2));
+            }
         }
     }
-    return lines;
+    return found;
 }
 
-int CountFaults(std::map<std::string, int> lines, const std::set<int>& ended, int count) {
-    int faults = 0;
-    for (int program = 0; program < count; ++program) {
-        for (int number = 0; number < kEntries; ++number) {
-            const auto found = lines.extract(Entry(program, number));
-            const int times = found.empty() ? 0 : found.mapped();
-            if (times > 1 || (times == 0 && ended.contains(program))) ++faults;
+std::multiset<std::string> EntriesOfDatabase(const std::string& path) {
+    CVSQLite3Database database(path);
+    CVSQLite3ResultSet rows;
+    database.ExecuteSelectQuery("SELECT message FROM log_stress;", rows);
+    std::multiset<std::string> found;
+    for (int row = 0; row < rows.GetRowCount(); ++row) found.insert(rows.GetCell(row, 0));
+    return found;
+}
+
+struct Verdict {
+    long acknowledged = 0;
+    long lost = 0;
+    long doubled = 0;
+    long torn = 0;  // or glued
+
+    bool IsClean() const { return lost + doubled + torn == 0; }
+};
+
+/// Half an entry at the end of a killed program stands on a line of its own and was never acknowledged.
+Verdict Compare(const std::string& notes, const std::multiset<std::string>& found, long strange, bool kills) {
+    Verdict verdict;
+    std::set<std::string> acknowledged;
+    std::ifstream file(notes);
+    for (std::string line; std::getline(file, line);) {
+        acknowledged.insert(EntryText(std::atoi(line.c_str()), std::atoi(line.c_str() + 6)));
+    }
+    verdict.acknowledged = static_cast<long>(acknowledged.size());
+    for (const auto& entry : acknowledged) {
+        const auto times = found.count(entry);
+        verdict.lost += times == 0;
+        verdict.doubled += times > 1;
+    }
+    for (const auto& entry : found) {
+        const int process = std::atoi(entry.c_str());
+        const int number = entry.size() > 6 ? std::atoi(entry.c_str() + 6) : 0;
+        const std::string whole = EntryText(process, number);
+        if (entry == whole) continue;
+        const bool beginningOfAKilledOne = kills && whole.starts_with(entry) && !acknowledged.contains(whole);
+        verdict.torn += !beginningOfAKilledOne;
+    }
+    if (!kills) verdict.torn += strange;
+    return verdict;
+}
+
+/// A file system of a few megabytes, or a limit on the size of files where none may be mounted.
+class SmallDisk {
+public:
+    SmallDisk(const std::string& directory, bool wanted) : directory_(directory) {
+        mounted_ = wanted && mount("tmpfs", directory.c_str(), "tmpfs", 0, "size=24m") == 0;
+    }
+    ~SmallDisk() {
+        if (mounted_) umount2(directory_.c_str(), MNT_DETACH);
+    }
+    SmallDisk(const SmallDisk&) = delete;
+    SmallDisk& operator=(const SmallDisk&) = delete;
+
+    bool IsMounted() const { return mounted_; }
+
+private:
+    const std::string directory_;
+    bool mounted_ = false;
+};
+
+void LimitFileSize() {
+    signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{12 << 20, 12 << 20};
+    setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+Verdict RunForm(const Form& form, const std::string& directory, int entries) {
+    const std::string site = directory + "/config";
+    const std::string logs = directory + "/logs";
+    const std::string notes = directory + "/notes";
+    fs::create_directories(site);
+    fs::create_directories(logs);
+    const SmallDisk disk(logs, form.fullDisk);
+    // The section comes by the first start; what holds for all modules is there. A disk that is to fill keeps more.
+    std::ofstream(site + "/cvlogs.ini")
+        << "[main]\nnumFiles=" << 100000
+        << "\nbytesPerFiles=100000\nautoAppend=1\n[Stress]\nwriter=" << form.writer << "\nfilePath=" << logs
+        << "/l.txt\ndbfilename=" << logs << "/l.sdb\n";
+    RunAll(form, [&](int process) {
+        if (form.fullDisk && !disk.IsMounted()) LimitFileSize();
+        Process(site, notes, form, process, entries / kProcesses).Run();
+    });
+    long strange = 0;
+    const bool isFile = std::string(form.writer) == "file";
+    const auto found = isFile ? EntriesOfFiles(logs, strange) : EntriesOfDatabase(logs + "/l.sdb");
+    return Compare(notes, found, strange, form.kills);
+}
+
+/// Modules that start for the first time together; each section must be there afterwards.
+bool FirstStartsLoseNothing(const std::string& directory) {
+    for (int round = 0; round < 50; ++round) {
+        const std::string site = directory + "/first" + std::to_string(round);
+        fs::create_directories(site + "/logs");
+        RunAll(kForms[0], [&](int process) {
+            CVsysEventLogInterface::Create("M" + std::to_string(process), LogThreading::Single, site);
+        });
+        std::ifstream file(site + "/cvlogs.ini");
+        const std::string text(std::istreambuf_iterator<char>(file), {});
+        for (int process = 0; process < kProcesses; ++process) {
+            if (text.find("\n[M" + std::to_string(process) + "]\n") == text.npos) return false;
         }
     }
-    return faults + static_cast<int>(lines.size());  // what is left is no entry of anybody's
+    return true;
 }
 
 }  // namespace
 
 int main(int argc, char* argv[]) {
-    const int count = argc > 1 ? std::atoi(argv[1]) : 2000;
-    const int atOnce = argc > 2 ? std::atoi(argv[2]) : 32;
+    const int entries = argc > 1 ? std::atoi(argv[1]) : 100'000;
     std::string directory = (fs::temp_directory_path() / "quorbel-log-stress-XXXXXX").string();
     if (mkdtemp(directory.data()) == nullptr) return 1;
-    std::ofstream(directory + "/cvlogs.ini")
-        << "[SOAP]\nfilePath=" << directory
-        << "/soap_log.txt\nbytesPerFiles=4000\nnumFiles=100000\nautoAppend=1\n";
-
-    const Programs programs = RunAll(directory, count, static_cast<std::size_t>(std::max(atOnce, 1)));
-    const int faults = CountFaults(LinesIn(directory), programs.ended, count) + programs.refused;
-    std::printf("%d programs, %d killed, %d refused, %d lines lost, torn or doubled\n", count,
-                programs.killed, programs.refused, faults - programs.refused);
+    bool clean = true;
+    std::printf("%-22s %12s %6s %8s %14s %8s\n", "form", "acknowledged", "lost", "doubled", "torn or glued",
+                "seconds");
+    for (const Form& form : kForms) {
+        const auto begin = std::chrono::steady_clock::now();
+        const std::string own = directory + "/" + std::to_string(&form - kForms);
+        const Verdict verdict = RunForm(form, own, entries);
+        const std::chrono::duration<double> spent = std::chrono::steady_clock::now() - begin;
+        std::printf("%-22s %12ld %6ld %8ld %14ld %8.1f\n", form.name, verdict.acknowledged, verdict.lost,
+                    verdict.doubled, verdict.torn, spent.count());
+        std::fflush(stdout);
+        clean = clean && verdict.IsClean();
+        fs::remove_all(own);
+    }
+    const bool kept = FirstStartsLoseNothing(directory);
+    std::printf("50 first starts of 32 modules at once: %s\n",
+                kept ? "every section is there" : "SECTIONS LOST");
     fs::remove_all(directory);
-    return faults == 0 ? 0 : 1;
+    return clean && kept ? 0 : 1;
 }

@@ -132,7 +132,7 @@ void CVsysEventLogFileWriter::Append(const std::string& module, unsigned level, 
     const LockFile lock(target + ".lock", retry);
     patience_.Succeeded();
 
-    std::string line = LogLine(perProcessFile_ ? "" : module, level, message, time);
+    std::string line = LogLine(perProcessFile_ ? "" : module, level, SafeLogText(message), time);
     if (autoAppend_ && !message.empty() && !IsSpace(message.back())) line += '\n';
     AppendToLogFile(target, line, autoAppend_ ? TornLine::StartNewLine : TornLine::Continue, archive_,
                     module);

@@ -99,20 +99,23 @@ bool IsControl(std::string_view text, std::size_t at) {
     return byte != '\t' && byte != '\n' && !endsLine;
 }
 
-void AppendMessage(std::string_view message, std::string& line) {
+}  // namespace
+
+std::string SafeLogText(std::string_view message) {
     constexpr char kHex[] = "0123456789abcdef";
+    std::string text;
+    text.reserve(message.size() + 8);
     for (std::size_t at = 0; at < message.size(); ++at) {
         if (IsControl(message, at)) {
             const auto byte = static_cast<unsigned char>(message[at]);
-            line.append("\\x").append({kHex[byte >> 4], kHex[byte & 0x0F]});
+            text.append("\\x").append({kHex[byte >> 4], kHex[byte & 0x0F]});
         } else {
-            line += message[at];
+            text += message[at];
         }
-        if (message[at] == '\n' && BeginsLikeAnEntry(message.substr(at + 1))) line += ' ';
+        if (message[at] == '\n' && BeginsLikeAnEntry(message.substr(at + 1))) text += ' ';
     }
+    return text;
 }
-
-}  // namespace
 
 std::string LogLine(std::string_view module, unsigned level, std::string_view message, std::time_t time) {
     std::string line;
@@ -121,8 +124,7 @@ std::string LogLine(std::string_view module, unsigned level, std::string_view me
     line += ' ';
     if (!module.empty()) line.append(module) += ' ';
     line.append(LogLevelTag(level)) += ' ';
-    AppendMessage(message, line);
-    return line;
+    return line.append(message);
 }
 
 }  // namespace quorbel

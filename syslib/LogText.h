@@ -27,9 +27,11 @@ std::time_t FormatLogTime(std::time_t seconds, std::string* text = nullptr);
 /// One entry as it stands in a log file, without a line end of its own:
 /// "02/01/2024 09:05:03 SOAP [INFO] message". An empty module is left out with its blank; a level without a
 /// tag leaves its blank. `time` is in seconds, 0 means now. docs/log-files.md describes the files.
-///
-/// No message can pass for another entry: its later lines get a blank in front where they begin like one, and
-/// control bytes other than tab and line ends are written as "\\x1b".
 std::string LogLine(std::string_view module, unsigned level, std::string_view message, std::time_t time);
+
+/// The message as it may stand in a file or on a terminal: it cannot pass for another entry, since its later
+/// lines get a blank in front where they begin like one, and control bytes other than tab and line ends are
+/// written as "\x1b".
+std::string SafeLogText(std::string_view message);
 
 }  // namespace quorbel

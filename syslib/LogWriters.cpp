@@ -33,7 +33,7 @@ public:
 
     int DoWork(const std::string& module, unsigned level, const std::string& message, int /*extra*/,
                const char* /*userText*/, std::time_t time) override {
-        std::string line = LogLine(module, level, message, time);
+        std::string line = LogLine(module, level, SafeLogText(message), time);
         if (!line.ends_with('\n')) line += '\n';
         ssize_t written = -1;
         do {

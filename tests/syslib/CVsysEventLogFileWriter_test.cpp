@@ -54,6 +54,7 @@ TEST(CVsysEventLogFileWriter, EndsLinesOnlyWhereAutoAppendIsSetAndTheMessageDoes
         {"text ", "text ", "text "},
         {"caf\xE9", "caf\xE9", "caf\xE9\n"},
         {"", "", ""},
+        {"\x1b[31m\n", "\\x1b[31m\n", "\\x1b[31m\n"},
     };
     for (const auto& c : cases) {
         const TempDir dir;
