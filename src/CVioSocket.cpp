@@ -154,8 +154,8 @@ int Ask(Question& question, const Deadline& deadline) {
 Addresses Numeric(const std::string& host, const std::string& port, int flags) {
     const Question question(host, port, flags | AI_NUMERICHOST);
     addrinfo* found = nullptr;
-    getaddrinfo(question.request.ar_name, port.c_str(), &question.hints, &found);
-    return Addresses(found);
+    const int code = getaddrinfo(question.request.ar_name, port.c_str(), &question.hints, &found);
+    return Addresses(code == 0 ? found : nullptr);
 }
 
 Addresses Resolve(const std::string& host, const std::string& port, int flags, const Deadline& deadline,

@@ -223,11 +223,8 @@ LockFile::LockFile(const std::string& path, const LockRetry& retry)
 }
 
 LockFile::~LockFile() {
-    if (IsHeld()) {
-        Release(*path_, descriptor_);
-    } else if (path_->TryTake()) {  // else closing would drop the lock that this process holds itself
-        Release(*path_, descriptor_);
-    }
+    // In a child, closing would drop a lock that it has taken itself.
+    if (IsHeld() || path_->TryTake()) Release(*path_, descriptor_);
 }
 
 namespace quorbel {
