@@ -15,17 +15,22 @@ constexpr std::string_view kRequestVariables[] = {
     "REQUEST_METHOD", "CONTENT_LENGTH", "HTTP_X_REQUEST_ID", "REMOTE_ADDR", "REMOTE_USER",
 };
 
-bool IsOfRequests(std::string_view variable) {
+/// What is kept of the starter's: a proxy or a library's setting of whoever started the service would take commands,
+/// passwords included, elsewhere.
+constexpr std::string_view kKeptVariables[] = {
+    "PATH", "HOME", "TMPDIR", "TZ", "LANG", "LC_ALL", "LC_CTYPE", "LC_MESSAGES", "LC_TIME",
+};
+
+bool IsKept(std::string_view variable) {
     const std::string_view name = variable.substr(0, variable.find('='));
-    return std::find(std::begin(kRequestVariables), std::end(kRequestVariables), name) !=
-           std::end(kRequestVariables);
+    return std::find(std::begin(kKeptVariables), std::end(kKeptVariables), name) != std::end(kKeptVariables);
 }
 
 }  // namespace
 
 RequestEnvironment::RequestEnvironment() {
     for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable) {
-        if (!IsOfRequests(*variable)) started_.push_back(*variable);
+        if (IsKept(*variable)) started_.push_back(*variable);
     }
     Publish();
 }
