@@ -27,7 +27,7 @@ set(dev_public_headers
   syslib/CVsysEventLogModNames.h
   syslib/CVsysEventLogWriterInterface.h
   syslib/IniReaderWriter.h
-  syslib/LogArchive.h
+  syslib/LogFile.h
   syslib/LogLevel.h
   syslib/LogTables.h
   syslib/SocketTrace.h
