@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -21,6 +22,7 @@
 #include "resident/Site.h"
 #include "resident/Supervisor.h"
 #include "resident/Worker.h"
+#include "syslib/LogWaits.h"
 
 using namespace quorbel;
 
@@ -77,12 +79,17 @@ void Complete(Options& options) {
     options.worker.pause = Milliseconds(options.bodyTimeout);
 }
 
+/// Whether the request has used up what a run may wait for its logs.
+bool HasLogHung() {
+    return LogWaitLeft(std::chrono::microseconds(1)).count() == 0;
+}
+
 /// A copy of the path: the title of the process is written over the arguments.
 Service ServiceNamed(std::string programPath) {
     return {.serve =
                 [programPath = std::move(programPath)] {
                     ServeRequest(programPath.c_str());
-                    return true;
+                    return !HasLogHung();
                 },
             .forget = ResetRun};
 }
