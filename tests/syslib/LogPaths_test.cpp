@@ -6,11 +6,6 @@
 
 using namespace quorbel;
 
-TEST(LogPaths, FindsTheConfigurationInItsDirectory) {
-    EXPECT_EQ(LogConfigPath("conf"), "conf/cvlogs.ini");
-    EXPECT_EQ(LogConfigPath("conf/"), "conf/cvlogs.ini");
-}
-
 TEST(LogPaths, NamesLogFilesAfterTheModule) {
     EXPECT_EQ(LogFileName("SOAP"), "soap_log.txt");
     EXPECT_EQ(LogFileName("Email Gateway"), "email_gateway_log.txt");
