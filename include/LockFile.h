@@ -26,8 +26,8 @@ struct LockRetry {
 /// Holds the write lock that keeps other processes and threads out of one log file, for the object's
 /// lifetime.
 ///
-/// The kernel ties such a lock to the process, and closing any other descriptor of the same file drops it:
-/// nothing else may open `path`. Threads are kept out by a process-wide table of the paths that are locked; a
+/// The file stays open for the next lock on it. The kernel ties such a lock to the process, and closing any
+/// other descriptor of the same file drops it: nothing else may open `path`. Threads are kept out by a process-wide table of the paths that are locked; a
 /// second object for the same path waits even in the same thread. A child process does not hold the locks of
 /// its parent: there the object does nothing more. A crash releases the lock; the file stays
 /// behind and does no harm. The file may be deleted at any time by RemoveDeadLockFiles: a lock counts only
@@ -46,7 +46,6 @@ public:
 
 private:
     quorbel::LockedPath* path_;
-    int descriptor_;
     quorbel::ProcessMark process_;
 };
 

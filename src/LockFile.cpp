@@ -47,6 +47,12 @@ public:
     bool TryTake();
     void Free() { holder_.store(0); }
 
+    // The lock file, kept open from one lock to the next: for whoever has taken the path. A child process may
+    // use it, too, since record locks belong to processes and not to descriptors.
+    int kept = -1;
+    dev_t device = 0;
+    ino_t number = 0;
+
 private:
     std::atomic<pid_t> holder_{0};
 };
@@ -100,30 +106,45 @@ int OpenOrCreate(const char* path) {
 
 /// False when the file was deleted, and perhaps created anew, since it was opened: a lock on it keeps out
 /// nobody.
-bool StillNames(const char* path, int descriptor) {
+bool StillNames(const char* path, dev_t device, ino_t number) {
     struct stat named = {};
+    return stat(path, &named) == 0 && named.st_dev == device && named.st_ino == number;
+}
+
+bool OpenKept(LockedPath& taken, const char* path) {
     struct stat opened = {};
-    return stat(path, &named) == 0 && fstat(descriptor, &opened) == 0 && named.st_dev == opened.st_dev &&
-           named.st_ino == opened.st_ino;
+    taken.kept = OpenOrCreate(path);
+    if (taken.kept < 0 || fstat(taken.kept, &opened) != 0) return false;
+    taken.device = opened.st_dev;
+    taken.number = opened.st_ino;
+    return true;
+}
+
+void CloseKept(LockedPath& taken) {
+    CloseKeepingErrno(taken.kept);
+    taken.kept = -1;
 }
 
 enum class Answer { Granted, Busy, Useless };
 
 /// Asks the kernel once; `errno` tells the cause unless it grants the lock.
-Answer AskKernel(const char* path, int& descriptor) {
+Answer AskKernel(LockedPath& taken, const char* path) {
     constexpr int kRounds = 100;
     for (int round = 0; round < kRounds; ++round) {
-        descriptor = OpenOrCreate(path);
-        if (descriptor < 0) {
+        if (taken.kept < 0 && !OpenKept(taken, path)) {
             const bool passing = errno == EINTR || errno == EMFILE || errno == ENFILE;
             return passing ? Answer::Busy : Answer::Useless;
         }
-        if (RequestRecordLock(descriptor, F_SETLK, F_WRLCK) != 0) {
-            CloseKeepingErrno(descriptor);
-            return errno == EAGAIN || errno == EACCES ? Answer::Busy : Answer::Useless;
+        const bool granted = RequestRecordLock(taken.kept, F_SETLK, F_WRLCK) == 0;
+        const bool busy = !granted && (errno == EAGAIN || errno == EACCES);
+        if (granted && StillNames(path, taken.device, taken.number)) return Answer::Granted;
+        // A busy one that no longer has the name is left to whoever holds it.
+        if (busy && StillNames(path, taken.device, taken.number)) {
+            errno = EAGAIN;
+            return Answer::Busy;
         }
-        if (StillNames(path, descriptor)) return Answer::Granted;
-        close(descriptor);
+        CloseKept(taken);
+        if (!granted && !busy) return Answer::Useless;
     }
     errno = EAGAIN;
     return Answer::Busy;
@@ -131,21 +152,23 @@ Answer AskKernel(const char* path, int& descriptor) {
 
 /// One try for the lock, against threads first: while one of them holds it, opening and closing the file
 /// would drop its lock. A granted one is to be given to Release.
-Answer TryOnce(LockedPath& taken, const std::string& path, int& descriptor) {
+Answer TryOnce(LockedPath& taken, const std::string& path) {
     const NoCancellation shield;
     if (!taken.TryTake()) {
         errno = EAGAIN;
         return Answer::Busy;
     }
-    const Answer answer = AskKernel(path.c_str(), descriptor);
+    const Answer answer = AskKernel(taken, path.c_str());
     if (answer != Answer::Granted) taken.Free();
     return answer;
 }
 
-void Release(LockedPath& taken, int descriptor) noexcept {
+void Release(LockedPath& taken) noexcept {
     const NoCancellation shield;
-    CloseKeepingErrno(descriptor);
-    taken.Free();  // not earlier: the close would drop the next thread's lock
+    const int code = errno;
+    if (RequestRecordLock(taken.kept, F_SETLK, F_UNLCK) != 0) CloseKept(taken);
+    errno = code;
+    taken.Free();  // not earlier: the next thread would lose its lock
 }
 
 /// The waits between the probes of one attempt: growing, so that a short wait costs little and a long one
@@ -178,10 +201,10 @@ void Sleep(const LockRetry& retry, microseconds wait) {
 }
 
 /// Probes for the length of one pause, at least once.
-Answer Attempt(LockedPath& taken, const std::string& path, const LockRetry& retry, int& descriptor) {
+Answer Attempt(LockedPath& taken, const std::string& path, const LockRetry& retry) {
     Waits waits;
     for (microseconds left = retry.pause;;) {
-        const Answer answer = TryOnce(taken, path, descriptor);
+        const Answer answer = TryOnce(taken, path);
         if (answer != Answer::Busy || left == microseconds::zero()) return answer;
         const microseconds wait = waits.Next(left);
         Sleep(retry, wait);
@@ -197,7 +220,8 @@ void RemoveIfDead(const std::string& path) {
     if (!taken.TryTake()) return;
     const int descriptor = open(path.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     if (descriptor >= 0 && RequestRecordLock(descriptor, F_SETLK, F_WRLCK) == 0 &&
-        StillNames(path.c_str(), descriptor) && fstat(descriptor, &status) == 0 && status.st_size == 0) {
+        fstat(descriptor, &status) == 0 && status.st_size == 0 &&
+        StillNames(path.c_str(), status.st_dev, status.st_ino)) {
         unlink(path.c_str());  // while it is held: whoever waits for it will see that the path is gone
     }
     if (descriptor >= 0) close(descriptor);
@@ -206,11 +230,10 @@ void RemoveIfDead(const std::string& path) {
 
 }  // namespace
 
-LockFile::LockFile(const std::string& path, const LockRetry& retry)
-    : path_(&LockedPath::Of(path)), descriptor_(-1) {
+LockFile::LockFile(const std::string& path, const LockRetry& retry) : path_(&LockedPath::Of(path)) {
     Answer answer = Answer::Busy;
     for (int attempt = 0; attempt < retry.attempts && answer == Answer::Busy; ++attempt) {
-        answer = Attempt(*path_, path, retry, descriptor_);
+        answer = Attempt(*path_, path, retry);
         // A log's worker waits with cancellation off, and must not keep a stopping service for a minute.
         if (answer == Answer::Busy && CVconThread::KillRequested()) {
             errno = EINTR;
@@ -223,17 +246,15 @@ LockFile::LockFile(const std::string& path, const LockRetry& retry)
 }
 
 LockFile::~LockFile() {
-    // In a child, closing would drop a lock that it has taken itself.
-    if (IsHeld() || path_->TryTake()) Release(*path_, descriptor_);
+    if (IsHeld()) Release(*path_);
 }
 
 namespace quorbel {
 
 bool IsLockUsable(const std::string& path) {
     LockedPath& taken = LockedPath::Of(path);
-    int descriptor = -1;
-    const Answer answer = TryOnce(taken, path, descriptor);
-    if (answer == Answer::Granted) Release(taken, descriptor);
+    const Answer answer = TryOnce(taken, path);
+    if (answer == Answer::Granted) Release(taken);
     return answer != Answer::Useless;
 }
 
