@@ -1,7 +1,9 @@
 // What an entry under the lock costs beside a bare open, append and close of the same line, with one writer
-// and with many. Both ways take turns in one run; the ratio is the median of the rounds.
+// and with many. Both ways take turns in one run; the ratios, of time on the clock and of processor time, are the
+// medians of the rounds. Then how many entries a database takes.
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -11,12 +13,14 @@
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "CVioFile.h"
 #include "syslib/CVsysEventLogFileWriter.h"
 #include "syslib/CVsysEventLogInterface.h"
+#include "syslib/CVsysEventLogSQLiteWriter.h"
 #include "syslib/LogText.h"
 
 using namespace quorbel;
@@ -40,8 +44,22 @@ void AppendByClass(const std::string& path) {
     file.Write(LogLine("SOAP", 3, kMessage, 0));
 }
 
-// Microseconds for an entry when `writers` processes write the round's entries together.
-double TimeOfEntry(int writers, const std::function<void()>& writeOne) {
+/// Microseconds.
+struct Cost {
+    double clock;
+    double processor;
+};
+
+double ProcessorTimeOfChildren() {
+    rusage used;
+    getrusage(RUSAGE_CHILDREN, &used);
+    return (used.ru_utime.tv_sec + used.ru_stime.tv_sec) * 1e6 + used.ru_utime.tv_usec +
+           used.ru_stime.tv_usec;
+}
+
+// What an entry costs when `writers` processes write the round's entries together.
+Cost CostOfEntry(int writers, const std::function<void()>& writeOne) {
+    const double before = ProcessorTimeOfChildren();
     int start[2];
     if (pipe(start) != 0) std::abort();
     for (int writer = 0; writer < writers; ++writer) {
@@ -59,7 +77,7 @@ double TimeOfEntry(int writers, const std::function<void()>& writeOne) {
     }
     const std::chrono::duration<double, std::micro> spent = std::chrono::steady_clock::now() - begin;
     close(start[0]);
-    return spent.count() / kEntriesPerRound;
+    return {spent.count() / kEntriesPerRound, (ProcessorTimeOfChildren() - before) / kEntriesPerRound};
 }
 
 double Median(std::vector<double> values) {
@@ -69,23 +87,44 @@ double Median(std::vector<double> values) {
 
 void Compare(const std::string& directory, int writers) {
     CVsysEventLogFileWriter log("SOAP");
+    log.setProperty("autoAppend", "1");
     log.setFilePath(directory + "/locked.txt");
     std::vector<double> calls;
     std::vector<double> byClass;
     std::vector<double> locked;
-    std::vector<double> toClass;
-    std::vector<double> toCalls;
+    std::vector<double> ratio;
+    std::vector<double> processorRatio;
     for (int round = 0; round < kRounds; ++round) {
-        calls.push_back(TimeOfEntry(writers, [&] { AppendBare(directory + "/bare.txt"); }));
-        byClass.push_back(TimeOfEntry(writers, [&] { AppendByClass(directory + "/class.txt"); }));
-        locked.push_back(TimeOfEntry(writers, [&] {
+        const Cost bare = CostOfEntry(writers, [&] { AppendBare(directory + "/bare.txt"); });
+        byClass.push_back(CostOfEntry(writers, [&] { AppendByClass(directory + "/class.txt"); }).clock);
+        const Cost underLock = CostOfEntry(writers, [&] {
             if (log.DoWork("SOAP", 3, kMessage, -1, nullptr, 0) != 1) std::abort();
-        }));
-        toClass.push_back(locked.back() / byClass.back());
-        toCalls.push_back(locked.back() / calls.back());
+        });
+        calls.push_back(bare.clock);
+        locked.push_back(underLock.clock);
+        ratio.push_back(underLock.clock / bare.clock);
+        processorRatio.push_back(underLock.processor / bare.processor);
     }
-    std::printf("%7d %10.1f us %8.1f us %8.1f us %9.2f %16.2f\n", writers, Median(calls), Median(byClass),
-                Median(locked), Median(toClass), Median(toCalls));
+    std::printf("%7d %10.1f us %8.1f us %8.1f us %10.2f %10.2f\n", writers, Median(calls), Median(byClass),
+                Median(locked), Median(ratio), Median(processorRatio));
+}
+
+void TimeDatabase(const std::string& directory, int writers) {
+    std::vector<double> perSecond;
+    for (int round = 0; round < 5; ++round) {
+        const std::string path =
+            directory + "/" + std::to_string(writers) + "-" + std::to_string(round) + ".sdb";
+        std::unique_ptr<CVsysEventLogSQLiteWriter> log;
+        const Cost entry = CostOfEntry(writers, [&] {
+            if (!log) {
+                log = std::make_unique<CVsysEventLogSQLiteWriter>("SOAP");
+                log->setDbFileName(path);
+            }
+            if (log->DoWork("SOAP", 3, kMessage, -1, nullptr, 0) != 1) std::abort();
+        });
+        perSecond.push_back(1e6 / entry.clock);
+    }
+    std::printf("database, %2d writers: %.0f entries a second in all\n", writers, Median(perSecond));
 }
 
 void TimeHiddenEntry(const std::string& directory) {
@@ -115,9 +154,11 @@ int main() {
     std::string directory = (std::filesystem::temp_directory_path() / "quorbel-log-bench-XXXXXX").string();
     if (mkdtemp(directory.data()) == nullptr) return 1;
     CVsysEventLogInterface::SetDefaultLogDirectory(directory);
-    std::printf("writers  system calls  file class  under lock  to class  to system calls\n");
+    std::printf("writers  system calls  file class  under lock  to system calls: clock  processor\n");
     Compare(directory, 1);
     Compare(directory, 32);
+    TimeDatabase(directory, 1);
+    TimeDatabase(directory, 32);
     TimeHiddenEntry(directory);
     TimeCreation(directory);
     std::filesystem::remove_all(directory);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <functional>
 #include <limits>
 #include <utility>
 
@@ -142,7 +143,7 @@ LockRetry CVsysEventLogFileWriter::RetryNow() const {
     constexpr std::chrono::milliseconds kPause{30};
     const auto attempts = static_cast<int>(patience_.Next() / kPause);
     if (attempts == 0) return {.attempts = 1, .pause = {}, .sleep = {}};
-    return {.attempts = attempts, .pause = kPause, .sleep = wait_};
+    return {.attempts = attempts, .pause = kPause, .sleep = std::cref(wait_)};
 }
 
 std::string CVsysEventLogFileWriter::TargetOf(const std::string& module) const {

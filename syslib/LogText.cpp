@@ -103,9 +103,12 @@ bool IsControl(std::string_view text, std::size_t at) {
 
 std::string SafeLogText(std::string_view message) {
     constexpr char kHex[] = "0123456789abcdef";
-    std::string text;
-    text.reserve(message.size() + 8);
-    for (std::size_t at = 0; at < message.size(); ++at) {
+    std::size_t plain = 0;  // mostly all of it
+    while (plain < message.size() && static_cast<unsigned char>(message[plain]) >= 0x20 &&
+           message[plain] != 0x7F)
+        ++plain;
+    std::string text(message.substr(0, plain));
+    for (std::size_t at = plain; at < message.size(); ++at) {
         if (IsControl(message, at)) {
             const auto byte = static_cast<unsigned char>(message[at]);
             text.append("\\x").append({kHex[byte >> 4], kHex[byte & 0x0F]});
