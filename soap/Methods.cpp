@@ -220,10 +220,10 @@ constexpr EndRecords kAction = EndRecords::MessagingAction;
 // Kept for compatibility: the last three codes do not follow the order of the rows, and the order decides a
 // name that ends with two methods' names.
 constexpr Method kMethods[] = {
-    {"AddReceiver2Group", 128, "addrecvtogrp", kAddReceiverToGroup, kMember, "receiver"},
-    {"DeleteReceiverFromGroup", 129, "delrecvfromgrp", kDeleteReceiverFromGroup, kMember, "receiver"},
-    {"AddGroup2Group", 130, "addgrptogrp", kAddGroupToGroup, kMember, "group"},
-    {"DeleteGroupFromGroup", 131, "delgrpfromgrp", kDeleteGroupFromGroup, kMember, "group"},
+    {"AddReceiver2Group", 128, "addrecvtogrp", kAddReceiverToGroup, "receiver", kMember},
+    {"DeleteReceiverFromGroup", 129, "delrecvfromgrp", kDeleteReceiverFromGroup, "receiver", kMember},
+    {"AddGroup2Group", 130, "addgrptogrp", kAddGroupToGroup, "group", kMember},
+    {"DeleteGroupFromGroup", 131, "delgrpfromgrp", kDeleteGroupFromGroup, "group", kMember},
     {"AddGroup", 132, "addgroup", kAddGroup},
     {"QueryGroup", 133, "querygroup", kGroupName},
     {"DeleteGroup", 134, "delgroup", kGroupName},
@@ -242,12 +242,12 @@ constexpr Method kMethods[] = {
     {"QueryUserGroup", 147, "queryusergroup", kUserGroupName},
     {"SetUserGroupDeptPermission", 148, "setusergroupdept", kDepartmentPermission},
     {"SetUserGroupUgp", 149, "setusergroupugp", kPermissionSet},
-    {"SendStdMessage", 150, "single", kStandardMessage, kAction, "send"},
-    {"SendQuickMessage", 151, "quick", kQuickMessage, kAction, "quick"},
-    {"QueryMessage", 152, "query", kJobId, kAction, "query"},
-    {"QueryGroupMessage", 155, "query", kJobId, kAction, "querygroupmsg", 152},
-    {"QueryMessageHistory", 154, "query", kJobId, kAction, "queryjobhistory", 152},
-    {"ConfirmMessage", 153, "confirm", kJobId, kAction, "confirm"},
+    {"SendStdMessage", 150, "single", kStandardMessage, "send", kAction},
+    {"SendQuickMessage", 151, "quick", kQuickMessage, "quick", kAction},
+    {"QueryMessage", 152, "query", kJobId, "query", kAction},
+    {"QueryGroupMessage", 155, "query", kJobId, "querygroupmsg", kAction, 152},
+    {"QueryMessageHistory", 154, "query", kJobId, "queryjobhistory", kAction, 152},
+    {"ConfirmMessage", 153, "confirm", kJobId, "confirm", kAction},
 };
 static_assert(std::size(kMethods) == kMethodCount, "one row for each code");
 

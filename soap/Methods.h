@@ -140,8 +140,8 @@ struct Method {
     std::string_view
         commandWord;  ///< recorded at the start tag; the server's word of an administration method
     std::span<const Field> fields;  ///< besides the common ones, in the published order
-    EndRecords endRecords = EndRecords::Nothing;
     std::string_view endWord = {};
+    EndRecords endRecords = EndRecords::Nothing;
     int flagsOf = 0;  ///< the code of the method whose capture flags this one shares; 0: its own
 };
 
