@@ -23,6 +23,9 @@ public:
                                      quorbel::WriterMode mode = quorbel::WriterMode::Write,
                                      std::function<void(std::chrono::microseconds)> sleep = {});
 
+    CVsysEventLogFileWriter(const CVsysEventLogFileWriter&) = delete;
+    CVsysEventLogFileWriter& operator=(const CVsysEventLogFileWriter&) = delete;
+
     /// Keys: numFiles, bytesPerFiles, filePath, autoAppend (present means on, whatever the value),
     /// perProcessFile.
     bool setProperty(const std::string& key, const std::string& value) override;
