@@ -151,6 +151,15 @@ void LogQueue::Write(SharedWriter& writer, const Queued& entry) const {
 
 using namespace quorbel;
 
+namespace {
+
+void KeepForEver(std::shared_ptr<void> object) {
+    static auto* const kept = new std::vector<std::shared_ptr<void>>;
+    kept->push_back(std::move(object));
+}
+
+}  // namespace
+
 CVsysEventLogMultiThreaded::CVsysEventLogMultiThreaded(std::string module, std::string configDirectory,
                                                        std::string furtherName,
                                                        const WorkerTimeouts& timeouts)
@@ -161,9 +170,9 @@ CVsysEventLogMultiThreaded::CVsysEventLogMultiThreaded(std::string module, std::
 CVsysEventLogMultiThreaded::~CVsysEventLogMultiThreaded() {
     CVsysEventLogMultiThreaded::Stop();
     if (!queue_->IsForeign()) return;
-    // The worker's copy stays in the parent; here nobody may touch what it had locked.
-    new std::shared_ptr<LogQueue>(queue_);
-    new std::shared_ptr<SharedWriter>(Writer());
+    // The worker stays in the parent; here nobody may touch what it was at work on.
+    KeepForEver(queue_);
+    KeepForEver(Writer());
 }
 
 bool CVsysEventLogMultiThreaded::Start() {
