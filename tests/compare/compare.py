@@ -31,7 +31,7 @@ class Worker:
 
     def request(self, seed):
         addresses = self.pager.address, self.pager.dead_address
-        return Generator(seed, *addresses, self.options.all_shapes).request()
+        return Generator(seed, *addresses, self.options.all_shapes, local=self.is_resident).request()
 
     def serve(self, request):
         """Both results."""

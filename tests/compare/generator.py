@@ -43,12 +43,15 @@ class Request:
 
 
 class Generator:
-    """One request. Shapes that releases are known to answer differently only with `all_shapes`."""
+    """One request. Shapes that releases are known to answer differently only with `all_shapes`.
 
-    def __init__(self, seed, server, dead, all_shapes=False):
+    With `local`, no text can become another machine's address: for programs that take no proxy.
+    """
+
+    def __init__(self, seed, server, dead, all_shapes=False, local=False):
         self.random = random.Random(seed)
-        self.server, self.dead, self.all_shapes = server, dead, all_shapes
-        self.damaged = self.often(0.08)
+        self.server, self.dead, self.all_shapes, self.local = server, dead, all_shapes, local
+        self.damaged = self.often(0.08) and not local
         broken = BROKEN_DECLARATIONS if self.often(0.04) else DECLARATIONS
         self.declaration, self.encoding = self.random.choice(broken)
         self.prefix = self.random.choice(["", "", "", "q:", "ns1:", "SOAP-ENV."])
@@ -103,7 +106,7 @@ class Generator:
 
     def envelope(self):
         name = self.random.choice(["soap:Envelope", "SOAP-ENV:Envelope", "Envelope", "ENVELOPE", "e", "myenvelope"])
-        count = self.random.choice([1] * 30 + [2] * 4 + [3, 0])
+        count = 1 if self.local else self.random.choice([1] * 30 + [2] * 4 + [3, 0])
         body = self.gap.join(self.method() for _ in range(count))
         ending = f"</{name}>" + self.random.choice([""] * 40 + ["\n", "<!-- end -->", "trailing", "<a/>"])
         doctype = self.random.choice(DOCTYPES) if self.all_shapes and self.often(0.05) else ""
@@ -124,10 +127,11 @@ class Generator:
         chosen = [self.field(e) for e in ("szURL", "szAdminName", "szAdminPassword") if self.often(0.97)]
         chosen += [self.field(e) for e in own if self.often(self.share)]
         chosen += self.extras(method)
-        if self.often(0.4):
+        if self.often(0.4) and not self.local:  # a cut address is followed by no recipient
             self.random.shuffle(chosen)
         if self.often(0.5):
-            at = self.random.randint(0, len(chosen)) if self.often(0.3) else len(chosen)
+            early = self.often(0.3) and not self.local  # what follows becomes the address
+            at = self.random.randint(0, len(chosen)) if early else len(chosen)
             chosen.insert(at, self.field("szURL2"))
         return chosen
 
@@ -138,11 +142,13 @@ class Generator:
             count = self.random.choice([1, 2, 3, 4, 5, 6, 9, 40, 300])
             extras += [self.field(self.random.choice(list(WRAPPERS))) for _ in range(count)]
         while not self.plain and self.often(0.4):
-            pool = self.random.choice([METHODS[method], ALL_ELEMENTS, FOREIGN])
-            extras.append(self.field(self.random.choice(pool)))
+            extras.append(self.field(self.other(self.random.choice([METHODS[method], ALL_ELEMENTS, FOREIGN]))))
         if not self.plain and self.often(0.03):
             extras.append(self.field(self.random.choice(CLOSING)))
         return extras
+
+    def other(self, pool):
+        return self.random.choice([e for e in pool if not self.local or "szurl" not in e.lower()])
 
     def field(self, element):
         if element in ("szURL", "szURL2"):
@@ -152,7 +158,7 @@ class Generator:
         elif element == "szFieldName":
             content = self.field_name()
         elif not self.plain and self.often(0.01):
-            content = self.field(self.random.choice(ALL_ELEMENTS))
+            content = self.field(self.other(ALL_ELEMENTS))
         else:
             content = self.value(element)
         spelling = self.prefix + self.spelled(element)
@@ -193,7 +199,7 @@ class Generator:
         path = "/second" if element == "szURL2" else "/first"
         live, dead = f"http://{self.server}{path}", f"http://{self.dead}{path}"
         turned = live.replace("/", "\\")
-        if element == "szURL2" or self.often(0.88):
+        if self.local or element == "szURL2" or self.often(0.88):
             odd = [dead, f"{live}?a=1", turned, f"x&#33;{live}", f"<![CDATA[{live}]]>"]
             return self.random.choice([live] * 12 + odd)
         return self.random.choice([dead] * 15 + [

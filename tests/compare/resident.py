@@ -14,7 +14,7 @@ PIECES = re.compile(rb"(TIME SOAP \[TRACE\] Data \[size=\d+\] read\n)+")
 
 
 class ResidentSite(Site):
-    """A site whose requests one worker after another serves, each many of them."""
+    """A site whose requests one worker after another serves, each many of them. The workers take no proxy."""
 
     def __init__(self, directory, program, pager):
         super().__init__(directory, program, pager)
