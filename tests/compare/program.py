@@ -8,6 +8,8 @@ import subprocess
 
 # Anywhere in a line: an entry that was cut does not end its line.
 TIME = re.compile(rb"\d\d/\d\d/\d{4} \d\d:\d\d:\d\d(?= SOAP \[)")
+# An entry that is cut between a carriage return and its line feed: some releases write the return as \x0d.
+CUT_LINE_END = re.compile(rb"(\r|\\x0d)\n?(?=TIME SOAP \[|\Z)")
 PATIENCE = 60  # seconds
 INI = """[main]
 
@@ -85,4 +87,5 @@ class Site:
             return b""
         text = log.read_bytes()
         os.remove(log)
-        return TIME.sub(b"TIME", text).replace(os.fsencode(self.directory), b"SITE")
+        text = TIME.sub(b"TIME", text).replace(os.fsencode(self.directory), b"SITE")
+        return CUT_LINE_END.sub(b"\r\n", text)
