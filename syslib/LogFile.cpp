@@ -11,6 +11,7 @@
 #include "CVException.h"
 #include "PathRoutines.h"
 #include "syslib/LogReport.h"
+#include "util/StringRoutines.h"
 
 namespace quorbel {
 
@@ -65,10 +66,11 @@ OpenLog::OpenLog(const std::string& path, ArchiveRule rule, const std::string& i
     Fail(__LINE__, "File Open Failed");
 }
 
+/// An entry that ends in white space is whole as it is (kept for compatibility: it gets no line end).
 bool OpenLog::EndsInsideALine() const {
     char last = '\n';
     if (!IsRegular() || status_.st_size == 0) return false;
-    return pread(descriptor_, &last, 1, status_.st_size - 1) == 1 && last != '\n';
+    return pread(descriptor_, &last, 1, status_.st_size - 1) == 1 && !IsSpace(last);
 }
 
 void OpenLog::Append(std::string_view text) {

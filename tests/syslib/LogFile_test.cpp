@@ -119,6 +119,9 @@ TEST(LogFile, StartsANewLineBehindWhatAKilledProgramLeft) {
     Append(dir / "l.txt", {});
     Append(dir / "l.txt", {});
     EXPECT_EQ(ReadFile(dir / "l.txt"), "half an ent\nnew\nnew\n");
+    dir.Write("l.txt", "a whole entry ");
+    Append(dir / "l.txt", {});
+    EXPECT_EQ(ReadFile(dir / "l.txt"), "a whole entry new\n");
 }
 
 TEST(LogFile, TakesBackWhatAFullDiskCutsOff) {
