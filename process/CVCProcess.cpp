@@ -76,7 +76,7 @@ void CVCProcess::ForgetPost() {
 
 void CVCProcess::ReportFailure(const char* output) {
     if (log_ != nullptr) log_->Error(nullptr, "Send process aborted.\n");
-    // Operators know these texts as printed with the output itself as the format, so "%%" stands for "%".
+    // Kept for compatibility: the output itself is the format, so "%%" stands for "%".
     const std::string catalogueText = *output != '\0' ? "" : CatalogueText(kNoReplyMessage);
     const std::string_view text = *output != '\0' ? std::string_view(output) : catalogueText;
     // One byte more than a report holds, so that the report sees that it is cut.

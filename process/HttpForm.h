@@ -14,8 +14,8 @@ inline constexpr std::size_t kFieldCapacity = 10000;
 
 /// Encodes a name or a value for a form body, as it would fit into a field of `capacity` bytes: encoding
 /// stops without notice where fewer than five bytes remain. Letters, digits and "/_." travel unchanged, any
-/// other byte as "%" and two lower-case hexadecimal digits, a byte above ASCII as "%ff": the server knows one
-/// code for all of them.
+/// other byte as "%" and two lower-case hexadecimal digits, a byte above ASCII as "%ff"
+/// (kept for compatibility).
 std::string EncodeFormText(std::string_view text, std::size_t capacity);
 
 /// The form body of a command's lines, each split at its first "=". Empty lines are skipped, but one that is
