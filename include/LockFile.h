@@ -27,11 +27,11 @@ struct LockRetry {
 /// lifetime.
 ///
 /// The file stays open for the next lock on it. The kernel ties such a lock to the process, and closing any
-/// other descriptor of the same file drops it: nothing else may open `path`. Threads are kept out by a process-wide table of the paths that are locked; a
-/// second object for the same path waits even in the same thread. A child process does not hold the locks of
-/// its parent: there the object does nothing more. A crash releases the lock; the file stays
-/// behind and does no harm. The file may be deleted at any time by RemoveDeadLockFiles: a lock counts only
-/// while the path still names the locked file.
+/// other descriptor of the same file drops it: nothing else may open `path`. Threads are kept out by a
+/// process-wide table of the paths that are locked; a second object for the same path waits even in the same
+/// thread. A child process does not hold the locks of its parent: there the object does nothing more. A crash
+/// releases the lock; the file stays behind and does no harm. The file may be deleted at any time by
+/// RemoveDeadLockFiles: a lock counts only while the path still names the locked file.
 class LockFile {
 public:
     /// Throws CVException "LockFile Creation Failed" after the last attempt, and at once when waiting cannot
@@ -55,8 +55,9 @@ namespace quorbel {
 /// like LockFile and takes the lock for a moment when it is free.
 bool IsLockUsable(const std::string& path);
 
-/// Deletes the empty files "*.lock" in `directory` that no process and no thread holds, as processes that died
-/// leave them behind. A file that cannot be opened or deleted stays. Throws CVioException when the directory
+/// Deletes the empty files "*.lock" in `directory` that no process holds, as processes that died leave them
+/// behind. A file that cannot be opened or deleted stays, and so do those that this process has locked before:
+/// it would make them anew. Throws CVioException when the directory
 /// cannot be listed.
 void RemoveDeadLockFiles(const std::string& directory);
 

@@ -75,7 +75,7 @@ LockedPath& LockedPath::Of(const std::string& path) {
 
 bool LockedPath::TryTake() {
     // The mark of another process is the parent's, from before a fork: file locks are not inherited.
-    const pid_t self = getpid();
+    const pid_t self = OwnProcess();
     pid_t holder = holder_.load();
     return holder != self && holder_.compare_exchange_strong(holder, self);
 }
@@ -202,14 +202,16 @@ void Sleep(const LockRetry& retry, microseconds wait) {
 
 /// Probes for the length of one pause, at least once.
 Answer Attempt(LockedPath& taken, const std::string& path, const LockRetry& retry) {
+    Answer answer = TryOnce(taken, path);
+    if (answer != Answer::Busy) return answer;
     Waits waits;
-    for (microseconds left = retry.pause;;) {
-        const Answer answer = TryOnce(taken, path);
-        if (answer != Answer::Busy || left == microseconds::zero()) return answer;
+    for (microseconds left = retry.pause; answer == Answer::Busy && left > microseconds::zero();) {
         const microseconds wait = waits.Next(left);
         Sleep(retry, wait);
         left -= wait;
+        answer = TryOnce(taken, path);
     }
+    return answer;
 }
 
 void RemoveIfDead(const std::string& path) {
@@ -218,6 +220,7 @@ void RemoveIfDead(const std::string& path) {
     if (lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size != 0) return;
     LockedPath& taken = LockedPath::Of(path);
     if (!taken.TryTake()) return;
+    if (taken.kept >= 0) return taken.Free();  // this process uses it
     const int descriptor = open(path.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     if (descriptor >= 0 && RequestRecordLock(descriptor, F_SETLK, F_WRLCK) == 0 &&
         fstat(descriptor, &status) == 0 && status.st_size == 0 &&

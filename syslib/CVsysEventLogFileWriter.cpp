@@ -89,12 +89,13 @@ void CVsysEventLogFileWriter::PrepareDirectory() {
         notReady_ = WhyRefused(lock);
         return;
     }
+    const bool usable = IsLockUsable(lock);  // first: its own file is not deleted then
     try {
         RemoveDeadLockFiles(directory_);
     } catch (...) {
         ReportCaughtException(kPrepareSource, identity_, kUnknown);
     }
-    initialised_ = IsLockUsable(lock);
+    initialised_ = usable || IsLockUsable(lock);
     if (initialised_) return;
     notReady_ = "Can not lock '" + lock + "'";
     ReportLogFailure(kPrepareSource, identity_, notReady_);
@@ -135,8 +136,8 @@ void CVsysEventLogFileWriter::Append(const std::string& module, unsigned level, 
 
     std::string line = LogLine(perProcessFile_ ? "" : module, level, SafeLogText(message), time);
     if (autoAppend_ && !message.empty() && !IsSpace(message.back())) line += '\n';
-    AppendToLogFile(target, line, autoAppend_ ? TornLine::StartNewLine : TornLine::Continue, archive_,
-                    module);
+    end_.tornLine = autoAppend_ ? TornLine::StartNewLine : TornLine::Continue;
+    AppendToLogFile(target, line, end_, archive_, module);
 }
 
 LockRetry CVsysEventLogFileWriter::RetryNow() const {

@@ -38,8 +38,8 @@ public:
     /// old path stays.
     bool setFilePath(const std::string& value);
 
-    /// Deletes the lock files that dead processes left in the log directory, and makes sure that the log
-    /// file's own lock can be had: the writer is not ready otherwise. To be called once all keys are set.
+    /// Makes sure that the log file's own lock can be had, and deletes the lock files that dead processes left
+    /// in the log directory: the writer is not ready otherwise. To be called once all keys are set.
     void PrepareDirectory();
 
 private:
@@ -53,6 +53,7 @@ private:
     bool perProcessFile_ = false;
     bool autoAppend_ = false;
     quorbel::ArchiveRule archive_;
+    quorbel::LogFileEnd end_;
     const std::string identity_;
     const quorbel::WriterMode mode_;
     const std::function<void(std::chrono::microseconds)> wait_;

@@ -12,6 +12,7 @@
 #include "CVconEvent.h"
 #include "CVconLock.h"
 #include "NoCancellation.h"
+#include "ProcessMark.h"
 #include "syslib/LogReport.h"
 #include "syslib/LogWriters.h"
 
@@ -37,7 +38,7 @@ class LogQueue {
 public:
     explicit LogQueue(std::string module) : module_(std::move(module)) {}
 
-    bool IsForeign() const { return getpid() != process_; }
+    bool IsForeign() const { return !process_.IsOurs(); }
 
     /// Lets entries in, which go to `writer`.
     void Open(std::shared_ptr<SharedWriter> writer);
@@ -70,7 +71,7 @@ private:
     Batch TakeAll();
     void Write(SharedWriter& writer, const Queued& entry) const;
 
-    const pid_t process_ = getpid();
+    ProcessMark process_;
     const std::string module_;
     CVconLock lock_;
     CVconEvent wakeUp_;

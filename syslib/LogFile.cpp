@@ -33,10 +33,12 @@ public:
     bool EndsInsideALine() const;
     /// All of it or nothing.
     void Append(std::string_view text);
+    void AppendEntry(std::string_view entry, LogFileEnd& end);
 
 private:
     [[noreturn]] void Fail(int line, const char* message) const;
     bool IsRegular() const { return S_ISREG(status_.st_mode); }
+    bool IsAsLeftBy(const LogFileEnd& end) const;
 
     const std::string& path_;
     const std::string& identity_;
@@ -89,6 +91,24 @@ void OpenLog::Append(std::string_view text) {
         Fail(__LINE__, "File Write Failed");
     }
     status_.st_size += static_cast<off_t>(text.size());
+}
+
+bool OpenLog::IsAsLeftBy(const LogFileEnd& end) const {
+    return end.size == status_.st_size && end.number == status_.st_ino && end.device == status_.st_dev;
+}
+
+void OpenLog::AppendEntry(std::string_view entry, LogFileEnd& end) {
+    const bool mayBeTorn = end.tornLine == TornLine::StartNewLine && !IsAsLeftBy(end);
+    end.size = 0;
+    if (mayBeTorn && EndsInsideALine()) {
+        Append("\n" + std::string(entry));
+    } else {
+        Append(entry);
+    }
+    if (!IsRegular() || entry.empty() || !IsSpace(entry.back())) return;
+    end.size = status_.st_size;
+    end.number = status_.st_ino;
+    end.device = status_.st_dev;
 }
 
 void OpenLog::Fail(int line, const char* message) const {
@@ -153,26 +173,17 @@ void Archive(const std::string& path, std::int32_t files, const std::string& ide
     if (files != 0) MakeFirstArchive(path, identity);
 }
 
-void AppendEntry(OpenLog& file, std::string_view entry, TornLine tornLine) {
-    if (tornLine == TornLine::StartNewLine && file.EndsInsideALine()) {
-        file.Append("\n" + std::string(entry));
-    } else {
-        file.Append(entry);
-    }
-}
-
 }  // namespace
 
-void AppendToLogFile(const std::string& path, std::string_view entry, TornLine tornLine, ArchiveRule rule,
+void AppendToLogFile(const std::string& path, std::string_view entry, LogFileEnd& end, ArchiveRule rule,
                      const std::string& identity) {
     {
         OpenLog file(path, rule, identity);
-        if (!file.IsFull()) return AppendEntry(file, entry, tornLine);
-        WriteClosingLine(file, tornLine, path, identity);
+        if (!file.IsFull()) return file.AppendEntry(entry, end);
+        WriteClosingLine(file, end.tornLine, path, identity);
     }
     Archive(path, rule.files, identity);
-    OpenLog file(path, rule, identity);
-    AppendEntry(file, entry, tornLine);
+    OpenLog(path, rule, identity).AppendEntry(entry, end);
 }
 
 }  // namespace quorbel

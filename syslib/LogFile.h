@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -17,14 +19,22 @@ struct ArchiveRule {
 /// middle of its entry leaves it.
 enum class TornLine { Continue, StartNewLine };
 
+/// How a writer's last entry left its file. While the file is as long as that, its end need not be looked at.
+struct LogFileEnd {
+    TornLine tornLine = TornLine::Continue;
+    dev_t device = 0;
+    ino_t number = 0;
+    off_t size = 0;  // 0: unknown, or to be looked at
+};
+
 /// Appends one entry to the log file at `path`, creating it, and archives it first when it has reached its
 /// size: it becomes archive 1 ("<path>.1"), the archives there become the next ones, the last is dropped.
 /// The archived file's last line tells when that was.
 ///
 /// The entry is appended as a whole or not at all: what a full disk cuts off is taken back. Call it with the
-/// log file's lock held. Throws CVioException "File Open Failed" and "File Write Failed"; a failure to archive
+/// log file's lock held, and with the same `end` again and again. Throws CVioException "File Open Failed" and "File Write Failed"; a failure to archive
 /// goes to the system log under `identity` and leaves the file to grow on.
-void AppendToLogFile(const std::string& path, std::string_view entry, TornLine tornLine, ArchiveRule rule,
+void AppendToLogFile(const std::string& path, std::string_view entry, LogFileEnd& end, ArchiveRule rule,
                      const std::string& identity);
 
 }  // namespace quorbel

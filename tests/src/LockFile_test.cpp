@@ -182,6 +182,7 @@ TEST(RemoveDeadLockFiles, LeavesLocksThatAreHeldAndAllElse) {
     TempDir dir;
     const Holder holder(dir / "held.lock");
     const LockFile ours(dir / "ours.lock");
+    TakeOnce(dir / "used.lock");  // and will be again
     dir.Write("dead.lock", "");
     dir.Write("yarn.lock", "of another program");
     dir.Write("a.lock.txt", "");
@@ -189,7 +190,7 @@ TEST(RemoveDeadLockFiles, LeavesLocksThatAreHeldAndAllElse) {
     fs::create_symlink("a.lock.txt", dir / "link.lock");
     RemoveDeadLockFiles(dir.Path());
     EXPECT_THAT(dir.Names(), testing::ElementsAre("a.lock.txt", "directory.lock", "held.lock", "link.lock",
-                                                  "ours.lock", "yarn.lock"));
+                                                  "ours.lock", "used.lock", "yarn.lock"));
     EXPECT_THROW(RemoveDeadLockFiles(dir / "missing"), CVioException);
 }
 
@@ -202,14 +203,20 @@ TEST(RemoveDeadLockFiles, NeverLetsTwoProcessesIn) {
     const std::string counter = dir.Write("counter", "0");
     const auto work = [&] {
         for (int round = 0; round < kRounds; ++round) {
-            RemoveDeadLockFiles(dir.Path());
             const LockFile lock(dir / "a.lock");
             const int count = std::stoi(ReadFile(counter));
             dir.Write("counter", std::to_string(count + 1));
         }
     };
-    std::vector<pid_t> children(kProcesses);
-    for (pid_t& child : children) child = StartChild(work);
+    // Those that work keep the file open and leave it alone from then on: others delete it all the time.
+    const auto clean = [&] {
+        for (int round = 0; round < 1'000'000; ++round) RemoveDeadLockFiles(dir.Path());
+    };
+    std::vector<pid_t> children;
+    for (int child = 0; child < kProcesses; ++child) children.push_back(StartChild(work));
+    const pid_t cleaner = StartChild(clean);
     for (const pid_t child : children) EXPECT_EQ(WaitForChild(child), Child::Finished);
+    kill(cleaner, SIGKILL);
+    WaitForChild(cleaner);
     EXPECT_EQ(ReadFile(counter), std::to_string(kProcesses * kRounds));
 }

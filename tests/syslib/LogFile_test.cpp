@@ -16,13 +16,16 @@
 
 using namespace quorbel;
 
+namespace fs = std::filesystem;
+
 using testing::HasSubstr;
 using testing::MatchesRegex;
 
 namespace {
 
 void Append(const std::string& path, ArchiveRule rule, std::string_view entry = "new\n") {
-    AppendToLogFile(path, entry, TornLine::StartNewLine, rule, "SOAP");
+    LogFileEnd end{.tornLine = TornLine::StartNewLine};
+    AppendToLogFile(path, entry, end, rule, "SOAP");
 }
 
 std::string AfterAppending(const TempDir& dir, ArchiveRule rule) {
@@ -65,7 +68,7 @@ TEST(LogFile, KeepsMoreArchivesThanItTriesEachTime) {
     dir.Write("l.txt", "NNNN\n");
     for (int number = 1; number <= 1002; ++number) dir.Write("l.txt." + std::to_string(number), "x");
     Append(dir / "l.txt", {.bytesPerFile = 5, .files = 5000});
-    EXPECT_TRUE(std::filesystem::exists(dir / "l.txt.1003"));
+    EXPECT_TRUE(fs::exists(dir / "l.txt.1003"));
 }
 
 // A directory may be open to those who know the names in it only.
@@ -113,7 +116,8 @@ TEST(LogFile, LeavesTheFileWhereItCannotBeRenamed) {
 TEST(LogFile, StartsANewLineBehindWhatAKilledProgramLeft) {
     const TempDir dir;
     dir.Write("l.txt", "half an ent");
-    AppendToLogFile(dir / "l.txt", " told\n", TornLine::Continue, {}, "SOAP");
+    LogFileEnd end{.tornLine = TornLine::Continue};
+    AppendToLogFile(dir / "l.txt", " told\n", end, {}, "SOAP");
     EXPECT_EQ(ReadFile(dir / "l.txt"), "half an ent told\n");
     dir.Write("l.txt", "half an ent");
     Append(dir / "l.txt", {});
@@ -122,6 +126,22 @@ TEST(LogFile, StartsANewLineBehindWhatAKilledProgramLeft) {
     dir.Write("l.txt", "a whole entry ");
     Append(dir / "l.txt", {});
     EXPECT_EQ(ReadFile(dir / "l.txt"), "a whole entry new\n");
+}
+
+TEST(LogFile, LooksAgainAtAFileThatIsNotAsItLeftIt) {
+    const TempDir dir;
+    LogFileEnd end{.tornLine = TornLine::StartNewLine};
+    const auto after = [&](const std::string& change) {
+        if (!change.empty()) dir.Write("l.txt", change);
+        AppendToLogFile(dir / "l.txt", "new\n", end, {}, "SOAP");
+        return ReadFile(dir / "l.txt");
+    };
+    EXPECT_EQ(after(""), "new\n");
+    EXPECT_EQ(after("new\nhalf"), "new\nhalf\nnew\n");
+    EXPECT_EQ(after("cut"), "cut\nnew\n");
+    EXPECT_EQ(after(""), "cut\nnew\nnew\n");
+    fs::rename(dir / "l.txt", dir / "moved.txt");
+    EXPECT_EQ(after("as long as.."), "as long as..\nnew\n") << "another file";
 }
 
 TEST(LogFile, TakesBackWhatAFullDiskCutsOff) {

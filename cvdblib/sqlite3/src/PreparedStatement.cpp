@@ -49,7 +49,7 @@ PreparedStatement& PreparedStatement::BindInt64(int position, std::int64_t value
 void PreparedStatement::Run() {
     const NoCancellation shield;
     state_->connection.SetError({});
-    if (state_->statement.get_deleter().process != getpid()) {
+    if (state_->statement.get_deleter().process != OwnProcess()) {
         state_->connection.SetError({SQLITE_MISUSE, "statement of another process"});
         Check(SQLITE_MISUSE, __LINE__, "run");
     }

@@ -58,8 +58,8 @@ void AfterFork() {
 /// Before each opening.
 void PrepareForForks() {
     static const int registered = (sqlite3_initialize(), pthread_atfork(BeforeFork, AfterFork, AfterFork));
-    static std::atomic<pid_t> process{getpid()};
-    const pid_t self = getpid();
+    static std::atomic<pid_t> process{OwnProcess()};
+    const pid_t self = OwnProcess();
     if (registered == 0 && process.exchange(self) != self) LeaveRecordsOfParent(self);
 }
 
@@ -169,7 +169,7 @@ int SqliteConnection::Prepare(const std::string& sql, Statement& statement) {
 
 void SqliteConnection::Finalize::operator()(sqlite3_stmt* statement) const noexcept {
     const NoCancellation shield;
-    if (process == getpid()) sqlite3_finalize(statement);
+    if (process == OwnProcess()) sqlite3_finalize(statement);
 }
 
 }  // namespace quorbel

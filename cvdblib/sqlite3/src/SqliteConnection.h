@@ -74,7 +74,7 @@ public:
     std::int64_t LastRowId() const;
 
     struct Finalize {
-        pid_t process = getpid();  // in another one the statement is abandoned
+        pid_t process = OwnProcess();  // in another one the statement is abandoned
         void operator()(sqlite3_stmt* statement) const noexcept;
     };
     using Statement = std::unique_ptr<sqlite3_stmt, Finalize>;
