@@ -126,9 +126,11 @@ Text TextTable(std::string_view id, std::string_view title, std::string_view not
     Text text =
         "<h2 id=\"" + Text(id) + "\">" + Text(title) + "</h2>\n<p>" + Text(note) +
         "</p>\n<div class=\"scroll\"><table class=\"stack\"><thead><tr><th scope=\"col\">Text</th><th "
-        "scope=\"col\">What it means</th></tr></thead>\n<tbody>\n";
+        "scope=\"col\">What it means</th></tr></thead>\n<tbody data-texts=\"" +
+        Text(id) + "\">\n";
     for (const TextMeaning& row : rows) {
-        text += "<tr><th scope=\"row\">" + EscapeXml(row.text) + "</th>" + Cell(EscapeXml(row.meaning)) +
+        text += Text("<tr data-sent=\"") + (row.sent == Sent::No ? "no" : "perhaps") +
+                "\"><th scope=\"row\">" + EscapeXml(row.text) + "</th>" + Cell(EscapeXml(row.meaning)) +
                 "</tr>\n";
     }
     return text + "</tbody></table></div>\n";
@@ -163,7 +165,9 @@ std::string ServicePage(PageForms forms) {
                FaultMeanings()) +
            TextTable(
                "failures", "Failures that look like answers",
-               "A message that could not be delivered is answered by a response that ends with one of these texts.",
+               "A message that could not be delivered is answered by a response that ends with one of these texts. With "
+               "szURL2 they are those of the second attempt, and the first one may have sent it: query before you send "
+               "it again.",
                FailureMeanings()) +
            "</main>\n<footer class=\"quiet\"><p>Made with the service from its own tables.</p></footer>\n" +
            (withForms ? "<script>" + Text(PageScript()) + "</script>\n" : Text()) + "</body>\n</html>\n";

@@ -9,18 +9,14 @@ const namespaces = {
 // The service on the host that this page came from.
 const service = new URL(new URL(document.body.dataset.endpoint, location.href).pathname, location.href).href;
 
-// What the transport says when a message could not be delivered, and what that means.
-const nothingSent = [
-  "Couldn't connect to server", "Couldn't resolve host name", "Couldn't resolve proxy name",
-  "SSL peer certificate or SSH remote key was not OK", "SSL connect error",
-  "Problem with the SSL CA cert (path? access rights?)", "URL using bad/illegal format or missing URL",
-  "Failed initialization",
-];
-const perhapsSent = [
-  "Timeout was reached", "Server returned nothing (no headers, no data)", "Failed sending data to the peer",
-  "Failure when receiving data from the peer", "Transferred a partial file", "Out of memory",
-  "Weird server reply", "Unsupported protocol",
-];
+// What the page's tables of texts tell: each text, whether the paging server may have got the command, and what to do.
+function textsOf(table) {
+  return [...document.querySelectorAll(`[data-texts=${table}] tr`)].map((row) => (
+    { text: row.cells[0].textContent, sent: row.dataset.sent, meaning: row.cells[1].textContent }));
+}
+const faults = textsOf("faults");
+const failures = textsOf("failures");
+const unknownFailure = { sent: "perhaps", meaning: "It may have been executed: query before you send it again." };
 
 const mustBeReference = /[&<>]/;
 
@@ -100,27 +96,26 @@ function outcome(kind, headline, detail) {
   return { kind, headline, detail };
 }
 
+// A failure's words stand at the end, behind what had come of an answer.
+function failureIn(text) {
+  return failures.find((failure) => text.trim().endsWith(failure.text));
+}
+
+function meaningOfFailure(text, failure, hasSecondServer) {
+  if (failure.sent === "perhaps") return outcome("unsure", "The paging server did not answer in full.", `${text}. ${failure.meaning}`);
+  if (hasSecondServer) return outcome("unsure", "The second paging server did not answer.", `${text}. Why the first one failed is not told: query before you send again.`);
+  return outcome("bad", "The paging server did not answer: nothing was sent.", `${text}. ${failure.meaning}`);
+}
+
 function meaningOfFault(text, hasSecondServer) {
-  const number = text.slice(0, 4);
-  if (number === "2004") return outcome("bad", `Refused: ${text.slice(5)}.`, "Nothing was sent to the paging server.");
-  if (number === "2030") return outcome("bad", "The request is no SOAP message the service can read.", text);
-  if (number === "2301") return outcome("bad", "The service cannot read its site or write its log.", text);
-  if (hasSecondServer || !nothingSent.some((words) => text.endsWith(words))) {
-    return outcome("unsure", "The paging server did not answer in full.", `${text}. The command may have been executed: ask before you send it again.`);
-  }
-  return outcome("bad", "The paging server did not answer: nothing was sent.", text);
+  if (text.startsWith("2012 ")) return meaningOfFailure(text, failureIn(text) ?? unknownFailure, hasSecondServer);
+  const known = faults.find((fault) => fault.text === text);
+  return outcome("bad", `Refused: ${text.slice(5)}.`, `Nothing was sent to the paging server. ${known ? known.meaning : ""}`);
 }
 
 function meaningOfReply(text, hasSecondServer) {
-  const last = text.trim();
-  if (nothingSent.some((words) => last.endsWith(words))) {
-    if (hasSecondServer) return outcome("unsure", "The second paging server did not answer.", `${text}. Why the first one failed is not told: query before you send again.`);
-    return outcome("bad", "The paging server did not answer: nothing was sent.", `${text}. It is safe to send again.`);
-  }
-  if (perhapsSent.some((words) => last.endsWith(words))) {
-    return outcome("unsure", "The paging server did not answer in full.", `${text}. It may have been executed: query before you send again.`);
-  }
-  return outcome("good", "The paging server answered.", text);
+  const failure = failureIn(text);
+  return failure ? meaningOfFailure(text, failure, hasSecondServer) : outcome("good", "The paging server answered.", text);
 }
 
 function textOf(node, name) {
