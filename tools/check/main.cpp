@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <stdexcept>
 
 #include "CVException.h"
@@ -26,11 +25,6 @@ struct Options {
     bool asJson = false;
     std::vector<std::string> urls;
 };
-
-// The site that this program is installed in.
-std::string OwnSite() {
-    return std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
-}
 
 // For good: rights are what is looked at. Without a name it is the owner of the logs.
 void BecomeUser(const std::string& name, const std::string& logs) {

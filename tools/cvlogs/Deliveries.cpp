@@ -19,9 +19,10 @@ bool Fits(const std::string& value, const std::string& pattern) {
 bool IsWanted(const DeliveryRecord& record, const DeliveryChoice& choice) {
     const Logfmt& fields = record.fields;
     const std::string server = choice.server.empty() ? "" : "*" + choice.server + "*";
-    return (!choice.failed || record.HasFailed()) && Fits(fields.Value("to"), choice.to) &&
-           Fits(fields.Value("server"), server) && Fits(fields.Value("client"), choice.client) &&
-           Fits(fields.Value("method"), choice.method) && Fits(fields.Value("id"), choice.id);
+    return (!choice.failed || record.HasFailed()) && Fits(record.Outcome(), choice.outcome) &&
+           Fits(fields.Value("to"), choice.to) && Fits(fields.Value("server"), server) &&
+           Fits(fields.Value("client"), choice.client) && Fits(fields.Value("method"), choice.method) &&
+           Fits(fields.Value("id"), choice.id);
 }
 
 // "2026-11-21 17:05:00" of the field `at`, which has a fraction and an offset behind it.

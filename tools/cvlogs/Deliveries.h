@@ -17,6 +17,7 @@ namespace quorbel {
 struct DeliveryChoice {
     EntryChoice entries;  ///< of the journal
     bool failed = false;  ///< only what was not answered, or with an HTTP status of 400 and above
+    std::string outcome;
     std::string to;
     std::string server;  ///< a part of it is enough
     std::string client;

@@ -1,4 +1,5 @@
 #include <ctime>
+#include <filesystem>
 #include <limits>
 #include <optional>
 #include <string>
@@ -53,11 +54,21 @@ Options DatabaseOptions(DatabaseChoice& choice) {
                                             "Directory of the cvlogs.ini that names the database"))};
 }
 
+/// The configuration of the site that this program is installed in; empty when there is none.
+std::string OwnConfiguration() {
+    std::error_code unknown;
+    const std::string directory = OwnSite() + "/config";
+    return std::filesystem::exists(directory + "/cvlogs.ini", unknown) ? directory : std::string();
+}
+
 Options LogOptions(LogChoice& log) {
+    log.configDirectory = OwnConfiguration();
     return {AtMostOneOf("log", {"--file", "FILE", "The log file; its archives are read with it", &log.file}),
             AtMostOneOf("log", {"--db", "FILE", "The log database", &log.database}),
-            AtMostOneOf("log", ConfigOption(log.configDirectory,
-                                            "Directory of the cvlogs.ini that says where the module logs"))};
+            AtMostOneOf("log",
+                        ConfigOption(log.configDirectory,
+                                     "Directory of the cvlogs.ini that says where the module logs (default: "
+                                     "the one of the site that this program is installed in)"))};
 }
 
 Options PrintOptions(PrintChoice& print) {
@@ -126,10 +137,11 @@ Options DeliveriesOptions(DeliveriesChoice& choice) {
            Options{
                {"--failed", "", "Only what was not answered, or with an HTTP status of 400 and above",
                 &wanted.failed},
-               {"--to", "NAME",
-                "Only to this recipient, carrier or object; \"*\" and \"?\" stand for any text "
-                "and character here and below",
-                &wanted.to},
+               {"--outcome", "WORD",
+                "Only with this outcome: answered, not-connected, unknown, refused or sending; \"*\" and "
+                "\"?\" stand for any text and character here and below",
+                &wanted.outcome},
+               {"--to", "NAME", "Only to this recipient, carrier or object", &wanted.to},
                {"--server", "TEXT", "Only through servers whose address holds this", &wanted.server},
                {"--client", "ADDRESS", "Only from this client", &wanted.client},
                {"--method", "NAME", "Only this method", &wanted.method},

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
+#include <filesystem>
 #include <map>
 
 #include "CVException.h"
@@ -122,6 +123,11 @@ std::string Reason() {
 }
 
 }  // namespace
+
+std::string OwnSite() {
+    std::error_code unknown;
+    return std::filesystem::read_symlink("/proc/self/exe", unknown).parent_path().parent_path();
+}
 
 int RunTool(const CommandLine& line, int argc, char** argv) {
     try {

@@ -66,6 +66,9 @@ struct CommandLine {
     std::function<void()> run;  ///< of a program without commands
 };
 
+/// The directory above the one that this program lies in: its site, when it is installed in one. Empty without /proc.
+std::string OwnSite();
+
 /// Parses the command line and runs what it names. --help and --version are there for every command.
 ///
 /// Gives the program's exit status: 0 done, 1 when the command threw, with the reason on standard error, 2

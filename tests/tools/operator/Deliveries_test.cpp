@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "tests/tools/operator/OperatorSite.h"
 
 using namespace quorbel;
@@ -86,10 +88,22 @@ TEST(Deliveries, ShowsWhatBecameOfEachRequest) {
     EXPECT_THAT(journal.Show({"--failed"}), HasSubstr("2004 Missing URL (Give szURL)\n"));
 }
 
+TEST(Deliveries, AreThoseOfTheSiteThatTheProgramIsInstalledIn) {
+    const JournalSite journal;
+    const std::string program = journal.site.Files() / "bin/cvlogs";
+    std::filesystem::create_directory(journal.site.Files() / "bin");
+    std::filesystem::copy_file(CVLOGS_PROGRAM, program);
+    EXPECT_THAT(Outcome(RunProgram({.program = program, .arguments = {"deliveries", "--to", "O*"}})),
+                HasSubstr("  not-connected "));
+    EXPECT_THAT(Outcome(RunProgram({.program = program, .arguments = {"query", "--module", "Other"}})),
+                HasSubstr("1 cvlogs: "));
+}
+
 TEST(Deliveries, ShowsOnlyWhatIsWanted) {
     const JournalSite journal;
     EXPECT_EQ(journal.Ids({}), "a1 a2 a3 a4 a5 ");
     EXPECT_EQ(journal.Ids({"--failed"}), "a3 a4 a5 ");
+    EXPECT_EQ(journal.Ids({"--outcome", "refused"}), "a3 ");
     EXPECT_EQ(journal.Ids({"--to", "night"}), "a1 a2 ");
     EXPECT_EQ(journal.Ids({"--to", "O*"}), "a4 ");
     EXPECT_EQ(journal.Ids({"--server", "pager1", "--client", "10.0.0.?"}), "a1 a4 ");
