@@ -1,5 +1,7 @@
 #include "process/CommandRecords.h"
 
+#include <algorithm>
+
 using namespace quorbel;
 
 MessagingParameters gMsgParameters;
@@ -25,11 +27,11 @@ std::span<const TextTriple> FilledPart(std::span<const TextTriple> slots) {
 }  // namespace
 
 std::span<const TextTriple> ActionsOf(const ExtraSlots& slots) {
-    return FilledPart(std::span(slots).subspan(kCustomFieldSlots));
+    return FilledPart(std::span(slots).subspan(std::min(slots.size(), kCustomFieldSlots)));
 }
 
 std::span<const TextTriple> PairsOf(const ExtraSlots& slots) {
-    return FilledPart(std::span(slots).first(kPairSlots));
+    return FilledPart(std::span(slots).first(std::min(slots.size(), kPairSlots)));
 }
 
 }  // namespace quorbel

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <span>
 #include <string>
@@ -22,10 +21,13 @@ inline constexpr std::size_t kMaxTemplatePairs = 1536;
 inline constexpr std::size_t kCustomFieldSlots = 4;
 inline constexpr std::size_t kResponseActionSlots = 256;
 
+inline constexpr std::size_t kExtraSlots = kCustomFieldSlots + kResponseActionSlots;
+
 /// The custom fields (name, value, nothing) and, behind them, the response actions (action, response, final) of
-/// a message; an empty slot holds no text at all.
-using ExtraSlots = std::array<TextTriple, kCustomFieldSlots + kResponseActionSlots>;
-static_assert(kCustomFieldSlots + kResponseActionSlots <= RequestItems::kMaxKept);
+/// a message, in at most kExtraSlots slots; an empty slot holds no text at all. Ends where the last filled one does:
+/// slots that no message fills would cost each of them.
+using ExtraSlots = std::vector<TextTriple>;
+static_assert(kExtraSlots <= RequestItems::kMaxKept);
 
 /// The response actions up to the first empty slot.
 std::span<const TextTriple> ActionsOf(const ExtraSlots& slots);

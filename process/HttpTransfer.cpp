@@ -3,7 +3,10 @@
 #include <curl/curl.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <csignal>
 #include <cstring>
+#include <ctime>
 #include <memory>
 
 #include "process/HttpPoster.h"
@@ -47,6 +50,47 @@ KeptHandle& HandleOfThread() {
     return kept;
 }
 
+/// Keeps a server that closes early from ending the process: SIGPIPE of this thread is thrown away during the object's
+/// lifetime. The library would see to it itself, with two system calls at each of its steps.
+class PipeSignalIgnored {
+public:
+    PipeSignalIgnored() {
+        struct sigaction now = {};
+        sigaction(SIGPIPE, nullptr, &now);
+        isSet_ = now.sa_handler != SIG_IGN && !IsPending();
+        if (isSet_) pthread_sigmask(SIG_BLOCK, &Set(), &before_);
+    }
+    ~PipeSignalIgnored() {
+        if (!isSet_) return;
+        const timespec noWait = {};
+        while (sigtimedwait(&Set(), nullptr, &noWait) < 0 && errno == EINTR) {
+        }
+        pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+    }
+    PipeSignalIgnored(const PipeSignalIgnored&) = delete;
+    PipeSignalIgnored& operator=(const PipeSignalIgnored&) = delete;
+
+private:
+    static const sigset_t& Set() {
+        static const sigset_t set = [] {
+            sigset_t only;
+            sigemptyset(&only);
+            sigaddset(&only, SIGPIPE);
+            return only;
+        }();
+        return set;
+    }
+    /// Then it is blocked already, and is somebody else's.
+    static bool IsPending() {
+        sigset_t pending;
+        sigpending(&pending);
+        return sigismember(&pending, SIGPIPE) == 1;
+    }
+
+    sigset_t before_ = {};
+    bool isSet_ = false;
+};
+
 /// One post under preparation. What cannot be set fails the post: without its bundle, for example, the library would
 /// trust the system's.
 class Transfer {
@@ -74,6 +118,7 @@ public:
     PostAttempt Perform() {
         PostAttempt attempt;
         if (code_ == CURLE_OK) {
+            const PipeSignalIgnored ignored;
             code_ = curl_easy_perform(handle_);
             Describe(attempt);
         }
@@ -116,6 +161,7 @@ void SetCommonOptions(Transfer& transfer, const std::string& url) {
     transfer.Set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_0));
     transfer.Set(CURLOPT_PROTOCOLS_STR, kProtocols);
     transfer.Set(CURLOPT_TIMEOUT, kTimeoutSeconds);
+    transfer.Set(CURLOPT_NOSIGNAL, 1L);
     transfer.Set(CURLOPT_FRESH_CONNECT, 1L);
     transfer.Set(CURLOPT_FORBID_REUSE, 1L);
     transfer.Set(CURLOPT_SSL_SESSIONID_CACHE, 0L);

@@ -4,7 +4,9 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <string>
+#include <type_traits>
 
 #include "process/CVCSoapProcess.h"
 #include "process/DeliveryJournal.h"
@@ -32,6 +34,14 @@ constexpr char kConfigDirectory[] = "../../config";  // relative to the director
 constexpr char kDirectoryFile[] = "dir";
 constexpr char kLogFile[] = "soap_log.txt";
 constexpr char kSource[] = "CVsoap";
+
+/// The same as assigning an empty record, which costs several walks over all of it.
+template <typename Record>
+void BeginAnew(Record& record) {
+    static_assert(std::is_nothrow_default_constructible_v<Record>);
+    std::destroy_at(&record);
+    std::construct_at(&record);
+}
 
 /// The place for process-wide start-up, and for its counterpart at the end.
 bool StartUp() {
@@ -131,13 +141,13 @@ void ResetRun() {
     BeginAnswer();
     CopyText(g_szCommand, "");
     currentMethodCode = kNoMethod;
-    gArguments = {};
+    BeginAnew(gArguments);
     g_tDept = {};
     g_tUser = {};
     g_tAdminInfo = {};
     g_tUserGroup = {};
-    gParameters = {};
-    gMsgParameters = {};
+    BeginAnew(gParameters);
+    BeginAnew(gMsgParameters);
     soapProcess.Reset();
 }
 

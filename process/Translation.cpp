@@ -113,24 +113,29 @@ void SetFlag(MessagingParameters& parameters, const RequestRecord& record, Slot 
     if (IsTrue(record, slot)) parameters.Set(slot, text);
 }
 
+TextTriple& SlotAt(ExtraSlots& slots, std::size_t index) {
+    if (slots.size() <= index) slots.resize(index + 1);
+    return slots[index];
+}
+
 /// Response actions are kept as (action, response, final) up to the first without a response.
 void FillResponseActions(ExtraSlots& slots, const RequestItems& actions) {
     const std::size_t count = std::min(actions.count, kResponseActionSlots);
     for (std::size_t i = 0; i < count; ++i) {
         const auto& [response, action, final] = actions.items[i];
         if (TextOf(response).empty()) return;
-        slots[kCustomFieldSlots + i] = {action, response, final};
+        SlotAt(slots, kCustomFieldSlots + i) = {action, response, final};
     }
 }
 
 /// Custom fields are kept up to the first without a name. Kept for compatibility: from the fifth on they
 /// overwrite response actions.
 void FillCustomFields(ExtraSlots& slots, const RequestItems& fields) {
-    const std::size_t count = std::min(fields.count, slots.size());
+    const std::size_t count = std::min(fields.count, kExtraSlots);
     for (std::size_t i = 0; i < count; ++i) {
         const auto& [name, value, nothing] = fields.items[i];
         if (TextOf(name).empty()) return;
-        slots[i] = {name, value, nullptr};
+        SlotAt(slots, i) = {name, value, nullptr};
     }
 }
 

@@ -31,7 +31,9 @@ std::size_t UrlField() {
 
 void FieldCapture::Open(const Method& method) {
     const int owner = method.flagsOf == 0 ? method.code : method.flagsOf;
-    own_ = &groups_[static_cast<std::size_t>(owner - kFirstMethodCode)];
+    auto& group = groups_[static_cast<std::size_t>(owner - kFirstMethodCode)];
+    if (!group) group = std::make_unique<Group>();
+    own_ = group.get();
     own_->fields = method.fields;
     const std::size_t whole =
         Find(method.fields, [](const Field& field) { return field.onData == OnData::Append; });

@@ -3,6 +3,7 @@
 #include <array>
 #include <bitset>
 #include <cstdint>
+#include <memory>
 
 #include "soap/Methods.h"
 #include "soap/RequestRecord.h"
@@ -73,7 +74,7 @@ private:
     OpenItems responseActions_{record_.responseActions};
     OpenItems customFields_{record_.customFields};
     Group common_{.fields = CommonFields()};
-    std::array<Group, kMethodCount> groups_;
+    std::array<std::unique_ptr<Group>, kMethodCount> groups_;  ///< made when such a method starts
     Group* own_ = nullptr;
     SharedText piece_;
     Count count_;

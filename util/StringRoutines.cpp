@@ -16,10 +16,6 @@ namespace {
 
 constexpr std::string_view kLineBlanks = " \t\r\n";
 
-char Fold(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 }  // namespace
 
 namespace quorbel {
@@ -82,11 +78,6 @@ namespace quorbel {
 bool EqualNoCase(std::string_view left, std::string_view right) {
     return std::equal(left.begin(), left.end(), right.begin(), right.end(),
                       [](char a, char b) { return Fold(a) == Fold(b); });
-}
-
-bool EndsWithNoCase(std::string_view name, std::string_view key) {
-    if (key.empty() || name.size() < key.size()) return false;
-    return EqualNoCase(name.substr(name.size() - key.size()), key);
 }
 
 bool HoldsPrintable(std::string_view text) {
