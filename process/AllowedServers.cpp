@@ -41,7 +41,7 @@ bool HidesSegments(const std::string& path) {
 /// What a line of the file permits; nothing for a line that is no address of a paging server.
 std::optional<ServerAddress> ReadLine(std::string_view line) {
     if (line.find('\0') != line.npos) return {};
-    auto prefix = ReadServerAddress(std::string(line), Scheme::Needed);
+    auto prefix = ReadServerAddress(line, Scheme::Needed);
     if (!prefix || !prefix->isPlain || HidesSegments(prefix->path)) return {};
     if (std::ranges::find(kSchemes, prefix->scheme) == std::end(kSchemes)) return {};
     while (prefix->path.ends_with('/')) prefix->path.pop_back();
@@ -110,7 +110,7 @@ AllowedServers AllowedServers::FromFile(const std::string& path) {
     return servers;
 }
 
-std::string AllowedServers::Refusal(const std::string& url) const {
+std::string AllowedServers::Refusal(std::string_view url) const {
     if (!hasFile_) return {};
     if (!problem_.empty()) return problem_;
     const auto address = ReadServerAddress(url);

@@ -20,10 +20,10 @@ public:
     /// The file at `path`. Does not throw for one that cannot be read: nothing is permitted then.
     static AllowedServers FromFile(const std::string& path);
 
-    bool Permits(const std::string& url) const { return Refusal(url).empty(); }
+    bool Permits(std::string_view url) const { return Refusal(url).empty(); }
     /// Why the address is not permitted, for the log: its scheme, host and port, or what is wrong with the file. Empty
     /// when it is permitted.
-    std::string Refusal(const std::string& url) const;
+    std::string Refusal(std::string_view url) const;
     /// What is wrong with the file, such as "line 3 is no address"; nothing is permitted then. Empty when all is well.
     const std::string& Problem() const { return problem_; }
     bool HasFile() const { return hasFile_; }

@@ -46,5 +46,5 @@ void CVCCommandProcess::RunMessaging() {
 
 void CVCCommandProcess::SendCommand(std::string_view recipient) {
     CommandParameters command = BuildMessageCommand(*parameters_, recipient);
-    Send(command, std::string((*parameters_)[Slot::Url]), std::string((*parameters_)[Slot::Url2]));
+    Send(command, (*parameters_)[Slot::Url], (*parameters_)[Slot::Url2]);
 }

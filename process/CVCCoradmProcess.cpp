@@ -18,7 +18,7 @@ int CVCCoradmProcess::SendCommand(std::size_t member) {
     const AdministrationParameters& parameters = *request_.parameters;
     PrepareCommand(member);
     const std::string_view url2 = failoverUrl_.empty() ? parameters[Slot::Url2] : failoverUrl_;
-    const int result = Send(command_, std::string(parameters[Slot::Url]), std::string(url2));
+    const int result = Send(command_, parameters[Slot::Url], url2);
     FinishCommand();
     return result;
 }

@@ -48,7 +48,7 @@ void CVCProcess::PrepareCommand(std::size_t) {}
 
 void CVCProcess::FinishCommand() {}
 
-int CVCProcess::Send(CommandParameters& command, const std::string& url, const std::string& url2,
+int CVCProcess::Send(CommandParameters& command, std::string_view url, std::string_view url2,
                      std::string* outputCopy) {
     TextBuffer reply;
     PostReport report;

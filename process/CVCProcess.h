@@ -27,7 +27,7 @@ public:
     /// first, as code "2012". Gives the poster's result and, when asked, a copy of the output: the reply,
     /// followed by the transport's error text after a failure. A command that lacks a line that it needs is not
     /// posted and fails as out of memory.
-    virtual int Send(quorbel::CommandParameters& command, const std::string& url, const std::string& url2,
+    virtual int Send(quorbel::CommandParameters& command, std::string_view url, std::string_view url2,
                      std::string* outputCopy = nullptr);
     /// Shows the formatted text (at most 2047 bytes) under `code`; nothing for a null or empty format.
     [[gnu::format(printf, 3, 4)]] virtual void ReportError(const char* code, const char* format, ...);

@@ -24,8 +24,8 @@ struct Delivery {
     std::chrono::system_clock::time_point at;
     std::string id;  ///< by which one request is followed through all logs
     std::string method;
-    std::string to;   ///< the recipient, carrier or object
-    std::string job;  ///< the job that the request names
+    std::string to;   ///< the recipient, carrier or object, or its beginning
+    std::string job;  ///< the job that the request names, likewise
     std::string cut;  ///< elements of whose text earlier pieces were lost, separated by commas
     Outcome outcome = Outcome::Refused;
     std::string server;  ///< scheme, host and port; never user information

@@ -19,6 +19,7 @@ namespace {
 
 constexpr char kModule[] = "Deliveries";
 constexpr std::size_t kLongestId = 64;
+constexpr std::size_t kLongestName = 200;  ///< bytes of a recipient or a job that an entry tells
 
 std::string Environment(const char* name) {
     const char* value = std::getenv(name);
@@ -52,7 +53,7 @@ constexpr Slot kObjects[] = {Slot::Recipient, Slot::Carrier,       Slot::ObjectN
 
 std::string ObjectOf(const RequestRecord& record) {
     for (const Slot slot : kObjects) {
-        if (!record[slot].empty()) return std::string(record[slot]);
+        if (!record[slot].empty()) return std::string(record[slot].substr(0, kLongestName));
     }
     return {};
 }
@@ -75,7 +76,7 @@ std::string CutElements(const RequestRecord& record) {
 }
 
 std::string ServerOf(std::string_view url) {
-    const auto address = ReadServerAddress(std::string(url));
+    const auto address = ReadServerAddress(url);
     return address ? address->Server() : "";
 }
 
@@ -126,7 +127,7 @@ DeliveryJournal::DeliveryJournal(CVsysEventLogInterface* log, const RequestRecor
         delivery_.id = RequestId();
         delivery_.method = g_szCommand;
         delivery_.to = ObjectOf(record);
-        delivery_.job = record[Slot::JobId];
+        delivery_.job = record[Slot::JobId].substr(0, kLongestName);
         delivery_.cut = CutElements(record);
         delivery_.client = Environment("REMOTE_ADDR");
         delivery_.user = Environment("REMOTE_USER");

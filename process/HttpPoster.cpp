@@ -83,8 +83,8 @@ int PostForReply(TextBuffer& reply, std::size_t size, CommandParameters& command
     return did.Last().code;
 }
 
-int PostCommand(char* output, std::size_t size, CommandParameters& command, const std::string& url,
-                const std::string& url2, const std::string& caFile, PostReport* report) {
+int PostCommand(char* output, std::size_t size, CommandParameters& command, std::string_view url,
+                std::string_view url2, const std::string& caFile, PostReport* report) {
     TextBuffer reply;
     const int code = PostForReply(reply, size, command, {url, url2, caFile}, report);
     if (code != kNoAddress && size > 0) output[reply.Text().copy(output, size - 1)] = '\0';

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "process/CommandParameters.h"
 #include "process/HttpTransfer.h"
@@ -35,10 +36,11 @@ int PostUrlencoded(const PostTarget& target, std::span<const std::string> lines,
 int PostMultipart(const PostTarget& target, std::span<std::string> lines, const std::string& attachment,
                   const std::string& attachmentField, TextBuffer* reply);
 
+/// The addresses are borrowed.
 struct PostAddresses {
-    std::string url;
-    std::string url2;    ///< may be empty
-    std::string caFile;  ///< as in PostTarget
+    std::string_view url;
+    std::string_view url2;  ///< may be empty
+    std::string caFile;     ///< as in PostTarget
 };
 
 /// What became of a command.
@@ -58,7 +60,7 @@ int PostForReply(TextBuffer& reply, std::size_t size, CommandParameters& command
 
 /// The same with the reply in `output`: `size` bytes, zero-terminated, cut to fit; left alone when `size` is 0 or `url`
 /// is empty.
-int PostCommand(char* output, std::size_t size, CommandParameters& command, const std::string& url,
-                const std::string& url2, const std::string& caFile, PostReport* report = nullptr);
+int PostCommand(char* output, std::size_t size, CommandParameters& command, std::string_view url,
+                std::string_view url2, const std::string& caFile, PostReport* report = nullptr);
 
 }  // namespace quorbel

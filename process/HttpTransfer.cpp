@@ -128,17 +128,15 @@ public:
 
 private:
     void Describe(PostAttempt& attempt) const {
-        long request = 0;
-        curl_off_t uploaded = 0;
+        long request = 0;  // bytes of the head, which goes out first
         curl_off_t received = 0;
         curl_off_t microseconds = 0;
         curl_easy_getinfo(handle_, CURLINFO_RESPONSE_CODE, &attempt.httpStatus);
         curl_easy_getinfo(handle_, CURLINFO_REQUEST_SIZE, &request);
-        curl_easy_getinfo(handle_, CURLINFO_SIZE_UPLOAD_T, &uploaded);
         curl_easy_getinfo(handle_, CURLINFO_SIZE_DOWNLOAD_T, &received);
         curl_easy_getinfo(handle_, CURLINFO_TOTAL_TIME_T, &microseconds);
         attempt.received = received;
-        attempt.isAnythingSent = request > 0 || uploaded > 0;
+        attempt.isAnythingSent = request > 0;
         attempt.duration = std::chrono::milliseconds(microseconds / 1000);
     }
 
@@ -153,8 +151,13 @@ void TrustOnly(Transfer& transfer, const std::string& caFile) {
     transfer.Set(CURLOPT_CA_CACHE_TIMEOUT, kForEver);
 }
 
-void SetCommonOptions(Transfer& transfer, const std::string& url) {
-    transfer.Set(CURLOPT_URL, url.c_str());
+void SetUrl(Transfer& transfer, std::string_view url) {
+    if (url.size() > kLongestUrl) return transfer.Fail(CURLE_BAD_FUNCTION_ARGUMENT);
+    transfer.Set(CURLOPT_URL, TransportUrl(url).c_str());
+}
+
+void SetCommonOptions(Transfer& transfer, std::string_view url) {
+    SetUrl(transfer, url);
     transfer.Set(CURLOPT_VERBOSE, 0L);
     transfer.Set(CURLOPT_USERAGENT, kUserAgent);
     transfer.Set(CURLOPT_SSL_VERIFYPEER, 1L);
@@ -235,16 +238,17 @@ void PrepareTransfers() {
     HandleOfThread().For(kDefaultCaFile);
 }
 
-std::string TransportUrl(std::string url) {
-    std::replace(url.begin(), url.end(), '\\', '/');
-    return url;
+std::string TransportUrl(std::string_view url) {
+    std::string turned(url);
+    std::replace(turned.begin(), turned.end(), '\\', '/');
+    return turned;
 }
 
 PostAttempt TransferBody(const PostTarget& target, const char* body, const PostResult& result) {
     if (target.url.empty()) return {.code = CURLE_URL_MALFORMAT};
     const std::string caFile = target.caFile.empty() ? kDefaultCaFile : target.caFile;
     Transfer transfer(caFile);
-    SetCommonOptions(transfer, TransportUrl(target.url));
+    SetCommonOptions(transfer, target.url);
     TrustOnly(transfer, caFile);
     transfer.Set(CURLOPT_POST, 1L);
     transfer.Set(CURLOPT_POSTFIELDS, body);
@@ -259,7 +263,7 @@ PostAttempt TransferForm(const PostTarget& target, std::span<std::string> lines,
     AddParts(form, lines);
     form.AddFile(fileField.c_str(), file.c_str());
     Transfer transfer(target.caFile);
-    SetCommonOptions(transfer, TransportUrl(target.url));
+    SetCommonOptions(transfer, target.url);
     if (!target.caFile.empty()) TrustOnly(transfer, target.caFile);
     form.PostWith(transfer);
     return PerformInto(transfer, result);

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "util/TextBuffer.h"
 
@@ -28,7 +30,8 @@ struct PostAttempt {
 };
 
 struct PostTarget {
-    std::string url;     ///< posted to as TransportUrl gives it; empty gives the code of a malformed URL
+    std::string_view
+        url;  ///< borrowed; posted to as TransportUrl gives it; empty gives the code of a malformed URL
     std::string caFile;  ///< the certificate bundle
 };
 
@@ -38,8 +41,11 @@ struct PostResult {
     TextBuffer* headers = nullptr;
 };
 
+/// What the transport library takes at most, in bytes; a longer address is refused before anything is made of it.
+inline constexpr std::size_t kLongestUrl = 8000000;
+
 /// The address that the transport library is given: backslashes are posted as slashes.
-std::string TransportUrl(std::string url);
+std::string TransportUrl(std::string_view url);
 
 /// Posts a form body that is encoded already. An empty name of the bundle stands for ../config/ca-bundle.crt.
 PostAttempt TransferBody(const PostTarget& target, const char* body, const PostResult& result);

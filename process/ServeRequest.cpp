@@ -1,5 +1,6 @@
 #include "process/ServeRequest.h"
 
+#include <malloc.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -34,6 +35,9 @@ constexpr char kConfigDirectory[] = "../../config";  // relative to the director
 constexpr char kDirectoryFile[] = "dir";
 constexpr char kLogFile[] = "soap_log.txt";
 constexpr char kSource[] = "CVsoap";
+/// Memory of this size goes back to the system when it is freed; else each large value that a request holds for a moment
+/// would count until the end.
+constexpr int kReturnedAtOnce = 1 << 20;
 
 /// The same as assigning an empty record, which costs several walks over all of it.
 template <typename Record>
@@ -45,7 +49,7 @@ void BeginAnew(Record& record) {
 
 /// The place for process-wide start-up, and for its counterpart at the end.
 bool StartUp() {
-    return true;
+    return mallopt(M_MMAP_THRESHOLD, kReturnedAtOnce) == 1;
 }
 void ShutDown() {}
 

@@ -37,7 +37,8 @@ std::string LowerCase(std::string text) {
 
 }  // namespace
 
-std::optional<ServerAddress> ReadServerAddress(const std::string& url, Scheme scheme) {
+std::optional<ServerAddress> ReadServerAddress(std::string_view url, Scheme scheme) {
+    if (url.size() > kLongestUrl) return {};
     const std::unique_ptr<CURLU, FreeUrl> parser(curl_url());
     if (!parser) throw std::bad_alloc();
     // A transfer reads its address with these flags.

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace quorbel {
 
@@ -14,8 +15,10 @@ struct ServerAddress {
     std::string path;      ///< begins with a slash; dot segments resolved
     bool isPlain = false;  ///< holds nothing but these: no user, query or fragment
 
-    /// scheme://host:port, fit for a log: without user, password and path.
-    std::string Server() const { return scheme + "://" + host + ":" + port; }
+    /// scheme://host:port, fit for a log: without user, password and path, and of an endless host only its beginning.
+    std::string Server() const { return scheme + "://" + host.substr(0, kLongestHost) + ":" + port; }
+
+    static constexpr std::size_t kLongestHost = 255;  ///< no name that can be looked up is longer
 };
 
 /// How the reader takes an address without a scheme.
@@ -25,6 +28,6 @@ enum class Scheme {
 };
 
 /// Nothing for what the transport would refuse as malformed. Throws std::bad_alloc.
-std::optional<ServerAddress> ReadServerAddress(const std::string& url, Scheme scheme = Scheme::Guessed);
+std::optional<ServerAddress> ReadServerAddress(std::string_view url, Scheme scheme = Scheme::Guessed);
 
 }  // namespace quorbel

@@ -154,14 +154,14 @@ void Post(RunMode mode, DeliveryJournal& journal) {
 }
 
 /// Why an address is not permitted. One of white space alone names no server: nothing can be posted there.
-std::string RefusalOfAddress(const std::string& url) {
+std::string RefusalOfAddress(std::string_view url) {
     return url.find_first_not_of(" \t\r\n") == url.npos ? "" : SiteServers().Refusal(url);
 }
 
 /// True when the operator permits both addresses; refuses the request otherwise.
-bool ArePermitted(const std::string& url, const std::string& url2, DeliveryJournal& journal) {
-    std::string refusal = RefusalOfAddress(url);
-    if (refusal.empty()) refusal = RefusalOfAddress(url2);
+bool ArePermitted(const StartArguments& addresses, DeliveryJournal& journal) {
+    std::string refusal = RefusalOfAddress(TextOf(addresses.url));
+    if (refusal.empty()) refusal = RefusalOfAddress(TextOf(addresses.url2));
     if (refusal.empty()) return true;
     Refuse(kNotPermitted, journal, refusal);
     return false;
@@ -177,15 +177,15 @@ void FillAdministrationRecords(const RequestRecord& record) {
 
 /// Keeps the addresses for the run. Why they cannot be posted to, as the text of a fault; null when they can.
 const char* TakeAddresses(const SlotTexts& texts) {
-    gArguments.url = texts[Slot::Url];
-    gArguments.url2 = texts[Slot::Url2];
-    return HoldsPrintable(gArguments.url) ? nullptr : "Missing URL";
+    gArguments.url = texts.At(Slot::Url);
+    gArguments.url2 = texts.At(Slot::Url2);
+    return HoldsPrintable(TextOf(gArguments.url)) ? nullptr : "Missing URL";
 }
 
 void RunAdministration(DeliveryJournal& journal) {
     if (const char* reason = TakeAddresses(gParameters); reason != nullptr) {
         Refuse(reason, journal);
-    } else if (ArePermitted(gArguments.url, gArguments.url2, journal)) {
+    } else if (ArePermitted(gArguments, journal)) {
         soapProcess.SetEventLog(CVsysEventLogInterface::GetInstance(__LINE__, kSource));
         Post(RunMode::Administration, journal);
     }
@@ -198,7 +198,7 @@ void RunMessaging(const RequestRecord& record, DeliveryJournal& journal) {
     if (reason == nullptr) reason = RefusalOf(gMsgParameters);
     if (reason != nullptr) {
         Refuse(reason, journal);
-    } else if (ArePermitted(gArguments.url, gArguments.url2, journal)) {
+    } else if (ArePermitted(gArguments, journal)) {
         Post(RunMode::Messaging, journal);
     }
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <string>
+#include "soap/RequestRecord.h"
 
 // What one run of the program shares across its layers. Each is written in one place; pure functions
 // take what they need as arguments.
@@ -24,8 +24,8 @@ namespace quorbel {
 /// What the program was started with: the directory of its logs and the server addresses of the request.
 struct StartArguments {
     char logDirectory[256];
-    std::string url;
-    std::string url2;
+    SharedText url;  ///< null for none
+    SharedText url2;
 };
 
 }  // namespace quorbel

@@ -82,6 +82,14 @@ TEST(HttpPoster, TellsTheLastFailure) {
     EXPECT_EQ(Post(Command({"a=1"}), "").code, -1);
 }
 
+TEST(HttpPoster, RefusesAnAddressThatTheTransportDoesNotTake) {
+    constexpr char kRefused[] = "A libcurl function was given a bad argument";
+    std::string url = DeadUrl() + "/";
+    url.resize(8000000, 'x');
+    EXPECT_NE(Post(Command({"a=1"}), url).output, kRefused);
+    EXPECT_EQ(Post(Command({"a=1"}), url + "x").output, kRefused);
+}
+
 TEST(HttpPoster, ReportsWhatHappenedAtEachAddress) {
     LoopbackServer good({.body = "fine", .status = 500});
     LoopbackServer cut({.body = "half", .missing = 100});

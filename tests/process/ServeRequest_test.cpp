@@ -14,7 +14,7 @@ TEST(ServeRequest, NothingOfARunReachesTheNext) {
     CopyText(g_szCommand, "AddUser");
     CopyText(g_tAdminInfo.password, "secret");
     CopyText(g_tUser.password, "secret");
-    gArguments.url = "http://secret/";
+    gArguments.url = std::make_shared<TextBuffer>("http://secret/");
     gMsgParameters.Set(Slot::Url, DeadUrl());
     gMsgParameters.commandCode = kConfirm;
     testing::internal::CaptureStdout();
@@ -24,7 +24,8 @@ TEST(ServeRequest, NothingOfARunReachesTheNext) {
 
     ResetRun();
     EXPECT_STREQ(g_szCommand, "");
-    EXPECT_EQ(std::string(g_tAdminInfo.password) + g_tUser.password + gArguments.url, "");
+    EXPECT_EQ(std::string(g_tAdminInfo.password) + g_tUser.password, "");
+    EXPECT_EQ(gArguments.url, nullptr);
     EXPECT_FALSE(gMsgParameters.Has(Slot::Url));
     EXPECT_EQ(soapProcess.ResultText() + soapProcess.ResultLine(), "");
     testing::internal::CaptureStdout();

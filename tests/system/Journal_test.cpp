@@ -72,6 +72,24 @@ TEST(Journal, StaysOneLineWhateverIsSent) {
     EXPECT_THAT(journal, Not(HasSubstr("two words"))) << "an id that is no word is replaced";
 }
 
+TEST(Journal, TellsOnlyTheBeginningOfARecipientAndOfAJob) {
+    const LoopbackServer server({.body = "OK\r\n"});
+    const FrontEnd frontEnd;
+    const std::string longName(201, 'n');
+    frontEnd.Serve(Envelope(server.Url(), "<szRecipientName>" + longName + "</szRecipientName><szJobID>" +
+                                              longName + "</szJobID>"));
+    const std::string told = longName.substr(1);
+    EXPECT_THAT(frontEnd.Journal(), HasSubstr(" to=" + told + " job=" + told + " server="));
+}
+
+TEST(Journal, OfAHealthCheckIsEmpty) {
+    const FrontEnd frontEnd;
+    const ProgramResult result = frontEnd.Serve("", {"REQUEST_METHOD=GET", "-CONTENT_LENGTH"});
+    EXPECT_THAT(BodyOf(result), HasSubstr("2004 Invalid command"));
+    EXPECT_EQ(frontEnd.Journal(), "");
+    EXPECT_THAT(frontEnd.Log(), HasSubstr("[ERROR] Invalid command"));
+}
+
 TEST(Journal, IsNotKeptWithoutItsSection) {
     const LoopbackServer server({.body = "OK\r\n"});
     const FrontEnd frontEnd;

@@ -202,6 +202,29 @@ TEST_F(ReleaseProgram, SendsNoPageInPartWhenMemoryEnds) {
     EXPECT_TRUE(sent) << "the largest limit is enough";
 }
 
+/// bench/memory has all shapes.
+TEST_F(ReleaseProgram, TakesThreeTimesTheRequestAtMost) {
+    const LoopbackServer server;
+    const std::string ini =
+        ReplaceAll(ReadFile(frontEnd.Site() / "config/cvlogs.ini"), "level=info", "level=debug");
+    frontEnd.Site().Write("config/cvlogs.ini", ini);
+    const std::string longText(16 << 20, 'x');
+    const std::string oneServer(7900000, '\\');
+    const struct {
+        std::string url, fields;
+    } cases[] = {
+        {server.Url() + longText, ""},
+        {DeadUrl() + "/" + oneServer, "<szURL2>" + server.Url() + oneServer + "</szURL2>"},
+        {server.Url(), "<szRecipientName>" + longText + "</szRecipientName>"},
+    };
+    for (const auto& c : cases) {
+        const auto result =
+            frontEnd.ServeWith(program, Message(c.url, c.fields + "<szMessage>m</szMessage>"));
+        EXPECT_EQ(result.exitStatus, 0);
+        EXPECT_LT(result.peakMemoryKiB, (3 * 16 + 20) * 1024) << c.url.substr(0, 40);
+    }
+}
+
 TEST_F(ReleaseProgram, TouchesLittleMemory) {
     LoopbackServer server;
     const auto result = frontEnd.ServeWith(program, Message(server.Url(), "<szMessage>m</szMessage>"));
