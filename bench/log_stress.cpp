@@ -2,17 +2,20 @@
 // over forks. Every entry that was acknowledged must stand exactly once in the log, whole and on a line or row of its
 // own. An entry that was not acknowledged may be there or not.
 //
-// Usage: log_stress [ENTRIES]. Prints one line for each form and exits with 1 when an entry was lost, torn, glued or
-// doubled. Needs a user who may mount a small file system, or runs out of room by a limit on file sizes instead.
+// Usage: log_stress [ENTRIES [FORM]]. Each form goes on until so many entries were acknowledged, but for those lost to kills.
+// Prints one line for each and exits with 1 when an entry was lost, torn, glued or doubled. The full disk is a small
+// file system that grows whenever it has been full for a while: it needs a user who may mount one.
 
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/mman.h>
 #include <sys/mount.h>
-#include <sys/resource.h>
+#include <sys/statvfs.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -23,6 +26,7 @@
 #include <random>
 #include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "cvdblib/sqlite3/src/CVSQLite3Database.h"
@@ -37,6 +41,7 @@ namespace {
 
 constexpr int kProcesses = 32;
 constexpr int kStarts = 8;  // programs that one process is in turn
+constexpr int kMostTries = 9'000'000;
 
 struct Form {
     const char* name;
@@ -68,15 +73,26 @@ std::string EntryText(int process, int number) {
     return text + tail;
 }
 
+using Counter = std::atomic<long>;
+
+/// One that every process of a form counts in.
+Counter& NewSharedCounter() {
+    void* const page =
+        mmap(nullptr, sizeof(Counter), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    if (page == MAP_FAILED) std::abort();
+    return *new (page) Counter(0);
+}
+
 /// One process: starts the log again and again and notes beside it what was acknowledged, one write for each.
 class Process {
 public:
-    Process(const std::string& site, const std::string& notes, const Form& form, int number, int entries)
-        : site_(site), notes_(notes), form_(form), number_(number), entries_(entries) {}
+    Process(const std::string& site, const std::string& notes, const Form& form, int number, int entries,
+            Counter& refused)
+        : site_(site), notes_(notes), form_(form), number_(number), entries_(entries), refused_(refused) {}
 
     void Run() {
         std::unique_ptr<CVsysEventLogInterface> log;
-        for (int entry = 0; entry < entries_; ++entry) {
+        for (int entry = 0; acknowledged_ < entries_ && entry < kMostTries; ++entry) {
             if (entry % std::max(entries_ / kStarts, 1) == 0) {
                 if (log && form_.forks) ForkAndLog(*log, entry);
                 log.reset();
@@ -90,13 +106,17 @@ private:
     void ForkAndLog(CVsysEventLogInterface& log, int entry) {
         const pid_t child = fork();
         const int self = child == 0 ? number_ + kProcesses : number_;
-        for (int i = 0; i < 10; ++i) WriteOne(log, self, entries_ + entry + i);
+        for (int i = 0; i < 10; ++i) WriteOne(log, self, kMostTries + entry + i);
         if (child == 0) _exit(0);
         waitpid(child, nullptr, 0);
     }
 
     void WriteOne(CVsysEventLogInterface& log, int process, int entry) {
-        if (log.Info(nullptr, "%s", EntryText(process, entry).c_str()) != 1) return;
+        if (log.Info(nullptr, "%s", EntryText(process, entry).c_str()) != 1) {
+            ++refused_;
+            return;
+        }
+        ++acknowledged_;
         char note[32];
         const int length = std::snprintf(note, sizeof note, "%05d %07d\n", process, entry);
         const int file = open(notes_.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
@@ -109,6 +129,8 @@ private:
     const Form& form_;
     const int number_;
     const int entries_;
+    Counter& refused_;
+    int acknowledged_ = 0;
 };
 
 /// Kills one process after another, two hundred in all; each is followed by one with a number of its own.
@@ -167,11 +189,12 @@ std::multiset<std::string> EntriesOfDatabase(const std::string& path) {
 
 struct Verdict {
     long acknowledged = 0;
+    long refused = 0;
     long lost = 0;
     long doubled = 0;
     long torn = 0;  // or glued
 
-    bool IsClean() const { return lost + doubled + torn == 0; }
+    bool IsClean() const { return acknowledged > 0 && lost + doubled + torn == 0; }
 };
 
 /// Half an entry at the end of a killed program stands on a line of its own and was never acknowledged.
@@ -200,30 +223,37 @@ Verdict Compare(const std::string& notes, const std::multiset<std::string>& foun
     return verdict;
 }
 
-/// A file system of a few megabytes, or a limit on the size of files where none may be mounted.
-class SmallDisk {
+/// A file system that is full again and again: it gets another megabyte a tenth of a second later.
+class FullDisk {
 public:
-    SmallDisk(const std::string& directory, bool wanted) : directory_(directory) {
-        mounted_ = wanted && mount("tmpfs", directory.c_str(), "tmpfs", 0, "size=24m") == 0;
+    explicit FullDisk(const std::string& directory) : directory_(directory) {
+        mounted_ = mount("tmpfs", directory.c_str(), "tmpfs", 0, "size=1m") == 0;
+        if (mounted_) growing_ = std::jthread([this](const std::stop_token& stop) { Grow(stop); });
     }
-    ~SmallDisk() {
+    ~FullDisk() {
+        growing_ = {};
         if (mounted_) umount2(directory_.c_str(), MNT_DETACH);
     }
-    SmallDisk(const SmallDisk&) = delete;
-    SmallDisk& operator=(const SmallDisk&) = delete;
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
 
     bool IsMounted() const { return mounted_; }
 
 private:
+    void Grow(const std::stop_token& stop) {
+        constexpr fsblkcnt_t kHardlyAny = 16;
+        for (int megabytes = 1; !stop.stop_requested(); usleep(100'000)) {
+            struct statvfs status;
+            if (statvfs(directory_.c_str(), &status) != 0 || status.f_bavail > kHardlyAny) continue;
+            const std::string size = "size=" + std::to_string(++megabytes) + "m";
+            mount(nullptr, directory_.c_str(), nullptr, MS_REMOUNT, size.c_str());
+        }
+    }
+
     const std::string directory_;
     bool mounted_ = false;
+    std::jthread growing_;
 };
-
-void LimitFileSize() {
-    signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit{12 << 20, 12 << 20};
-    setrlimit(RLIMIT_FSIZE, &limit);
-}
 
 Verdict RunForm(const Form& form, const std::string& directory, int entries) {
     const std::string site = directory + "/config";
@@ -231,20 +261,23 @@ Verdict RunForm(const Form& form, const std::string& directory, int entries) {
     const std::string notes = directory + "/notes";
     fs::create_directories(site);
     fs::create_directories(logs);
-    const SmallDisk disk(logs, form.fullDisk);
-    // The section comes by the first start; what holds for all modules is there. A disk that is to fill keeps more.
+    std::unique_ptr<FullDisk> disk;
+    if (form.fullDisk) disk = std::make_unique<FullDisk>(logs);
+    if (disk && !disk->IsMounted()) return {};
+    Counter& refused = NewSharedCounter();
+    // The section comes by the first start; what holds for all modules is there.
     std::ofstream(site + "/cvlogs.ini")
         << "[main]\nnumFiles=" << 100000
         << "\nbytesPerFiles=100000\nautoAppend=1\n[Stress]\nwriter=" << form.writer << "\nfilePath=" << logs
         << "/l.txt\ndbfilename=" << logs << "/l.sdb\n";
-    RunAll(form, [&](int process) {
-        if (form.fullDisk && !disk.IsMounted()) LimitFileSize();
-        Process(site, notes, form, process, entries / kProcesses).Run();
-    });
+    RunAll(form,
+           [&](int process) { Process(site, notes, form, process, entries / kProcesses, refused).Run(); });
     long strange = 0;
     const bool isFile = std::string(form.writer) == "file";
     const auto found = isFile ? EntriesOfFiles(logs, strange) : EntriesOfDatabase(logs + "/l.sdb");
-    return Compare(notes, found, strange, form.kills);
+    Verdict verdict = Compare(notes, found, strange, form.kills);
+    verdict.refused = refused;
+    return verdict;
 }
 
 /// Modules that start for the first time together; each section must be there afterwards.
@@ -271,15 +304,16 @@ int main(int argc, char* argv[]) {
     std::string directory = (fs::temp_directory_path() / "quorbel-log-stress-XXXXXX").string();
     if (mkdtemp(directory.data()) == nullptr) return 1;
     bool clean = true;
-    std::printf("%-22s %12s %6s %8s %14s %8s\n", "form", "acknowledged", "lost", "doubled", "torn or glued",
-                "seconds");
+    std::printf("%-22s %12s %8s %6s %8s %14s %8s\n", "form", "acknowledged", "refused", "lost", "doubled",
+                "torn or glued", "seconds");
     for (const Form& form : kForms) {
+        if (argc > 2 && std::string_view(argv[2]) != form.name) continue;
         const auto begin = std::chrono::steady_clock::now();
         const std::string own = directory + "/" + std::to_string(&form - kForms);
         const Verdict verdict = RunForm(form, own, entries);
         const std::chrono::duration<double> spent = std::chrono::steady_clock::now() - begin;
-        std::printf("%-22s %12ld %6ld %8ld %14ld %8.1f\n", form.name, verdict.acknowledged, verdict.lost,
-                    verdict.doubled, verdict.torn, spent.count());
+        std::printf("%-22s %12ld %8ld %6ld %8ld %14ld %8.1f\n", form.name, verdict.acknowledged,
+                    verdict.refused, verdict.lost, verdict.doubled, verdict.torn, spent.count());
         std::fflush(stdout);
         clean = clean && verdict.IsClean();
         fs::remove_all(own);

@@ -55,7 +55,7 @@ public:
     std::size_t Done() const { return done_; }
 
     /// The worker's part: writes entries in the order of their queueing until the queue is closed and empty.
-    /// A kill of the thread takes effect between two entries. An entry whose writing throws is reported to
+    /// A kill of the thread takes effect between two entries, or while an entry waits. An entry whose writing throws is reported to
     /// the system log and left out.
     void Serve();
     /// Waits until a worker is in Serve.
@@ -69,7 +69,7 @@ private:
     };
 
     Batch TakeAll();
-    void Write(SharedWriter& writer, const Queued& entry) const;
+    bool Write(SharedWriter& writer, const Queued& entry) const;
 
     ProcessMark process_;
     const std::string module_;
@@ -131,20 +131,21 @@ void LogQueue::Serve() {
         const NoCancellation untilWritten;
         const Batch batch = TakeAll();
         for (const Queued& entry : batch.entries) {
-            if (CVconThread::KillRequested()) return;
-            Write(*batch.writer, entry);
+            const bool written = !CVconThread::KillRequested() && Write(*batch.writer, entry);
+            if (!written && CVconThread::KillRequested()) return;
             ++done_;
         }
         if (batch.last) return;
     }
 }
 
-void LogQueue::Write(SharedWriter& writer, const Queued& entry) const {
+bool LogQueue::Write(SharedWriter& writer, const Queued& entry) const {
     const char* const userText = entry.userText.empty() ? nullptr : entry.userText.c_str();
     try {
-        writer.Write(module_, entry.level, entry.message, entry.extra, userText, entry.time);
+        return writer.Write(module_, entry.level, entry.message, entry.extra, userText, entry.time) != 0;
     } catch (...) {
         ReportCaughtException("CVsysEventLogMultiThreaded::DoWork", module_, "Unknown error");
+        return false;
     }
 }
 

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <utility>
 
+#include "CVconThread.h"
 #include "cvdblib/sqlite3/src/CVSQLite3Database.h"
 #include "syslib/CVDBProcessorFatalException.h"
 #include "syslib/LogLevel.h"
@@ -129,7 +130,7 @@ bool CVsysEventLogSQLiteWriter::IsStillThere() const {
 // SQLite's own waits grow to a tenth of a second, in which a hundred others come and go.
 bool CVsysEventLogSQLiteWriter::WaitWhileBusy(int asked) {
     const auto now = std::chrono::steady_clock::now();
-    if (now >= deadline_) return false;
+    if (now >= deadline_ || CVconThread::KillRequested()) return false;
     const auto longest = std::chrono::microseconds(200) * std::min(asked + 1, 10);
     WaitForLog(longest / 2 + std::chrono::microseconds(now.time_since_epoch().count() % longest.count()),
                identity_);

@@ -11,6 +11,8 @@
 #include <memory>
 #include <thread>
 
+#include "CVconThread.h"
+#include "NoCancellation.h"
 #include "cvdblib/sqlite3/src/CVDBexception.h"
 #include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
 #include "cvdblib/sqlite3/src/SqliteConnection.h"
@@ -235,4 +237,44 @@ TEST(CVSQLite3Database, SurvivesForksWhileThreadsUseIt) {
     }
     stop = true;
     busy.join();
+}
+
+namespace {
+
+/// Would wait for minutes, also where it cannot be ended.
+class PatientBody : public CVconDelegate {
+public:
+    explicit PatientBody(const std::string& path) : path_(path) {}
+
+    void DoWork(pthread_t) override {
+        const NoCancellation asInADestructor;
+        CVSQLite3Database database(path_);
+        began = database.BeginImmediateTransaction("", kTryForMinutes);
+        code = database.GetLastErrorCode();
+    }
+
+    std::atomic<bool> began{false};
+    std::atomic<int> code{0};
+
+private:
+    const std::string path_;
+};
+
+}  // namespace
+
+TEST(CVSQLite3Database, GivesUpABusyDatabaseWhenItsThreadIsKilled) {
+    TempDir dir;
+    CVSQLite3Database holder(dir / "x.sdb", {"t", "a"});
+    ASSERT_TRUE(holder.BeginImmediateTransaction("", kTryOnce));
+    CVSQLite3ResultSet limit;
+    ASSERT_TRUE(holder.ExecuteSelectQuery("PRAGMA busy_timeout;", limit));
+    EXPECT_STREQ(limit.GetCell(0, 0), "60000");
+    PatientBody body(dir / "x.sdb");
+    CVconThread thread(&body);
+    thread.Create();
+    std::this_thread::sleep_for(milliseconds(50));
+    thread.Kill();
+    ASSERT_TRUE(thread.WaitForEnd(std::chrono::seconds(20)));
+    EXPECT_FALSE(body.began);
+    EXPECT_EQ(body.code & 0xFF, SQLITE_BUSY);
 }

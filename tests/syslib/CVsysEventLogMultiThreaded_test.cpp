@@ -68,6 +68,10 @@ public:
             record_.stuck = true;
             record_.letGo.Wait();
         }
+        if (message == "waits") {
+            while (!CVconThread::KillRequested()) std::this_thread::sleep_for(1ms);
+            return 0;
+        }
         if (message == "slow") std::this_thread::sleep_for(5ms);
         const std::lock_guard guard(record_.mutex);
         record_.times.push_back(time);
@@ -204,6 +208,16 @@ TEST(CVsysEventLogMultiThreaded, LeavesAWorkerThatIsStuckForGoodBehind) {
     record.letGo.Signal();
     EXPECT_TRUE(Eventually([&] { return record.deleted.load(); })) << "the worker has not ended";
     EXPECT_THAT(record.Messages(), ElementsAre(HasSubstr("stuck")));
+}
+
+TEST(CVsysEventLogMultiThreaded, CountsTheEntryThatItsKilledWorkerGivesUp) {
+    Record record;
+    const auto log = LogTo(record, kHurried);
+    log->Start();
+    for (const char* message : {"written", "waits", "lost"}) Queue(*log, message);
+    EXPECT_TRUE(log->Stop());
+    EXPECT_EQ(log->DroppedEntries(), 2u);
+    EXPECT_EQ(record.Messages().size(), 1u);
 }
 
 TEST(CVsysEventLogMultiThreaded, WaitsForAWorkerThatGetsOn) {

@@ -9,6 +9,7 @@
 
 #include "CVconThread.h"
 #include "LockFile.h"
+#include "cvdblib/sqlite3/src/CVSQLite3Database.h"
 #include "syslib/CVsysEventLogInterface.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/TempDir.h"
@@ -141,6 +142,24 @@ TEST(LogThreads, AreKilledBetweenTwoEntriesOfAnyWriter) {
         }
         EXPECT_EQ(log->Info(nullptr, "after"), 1) << writer << ": something was left locked";
     }
+}
+
+TEST(LogThreads, GiveUpTheDatabaseThatTheyWaitForWhenTheyAreKilled) {
+    const TempDir dir;
+    dir.Write("cvlogs.ini", "[Waits]\nwriter=sqlite\ndbfilename=" + dir.Path() + "/l.sdb\n");
+    const auto log = CVsysEventLogInterface::Create("Waits", LogThreading::Single, dir.Path());
+    ASSERT_EQ(log->Info(nullptr, "before"), 1);
+    CVSQLite3Database holder(dir / "l.sdb");
+    ASSERT_TRUE(holder.BeginImmediateTransaction("", kTryOnce));
+    EndlessLogger logger(*log);
+    CVconThread thread(&logger);
+    thread.Create();
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    thread.Kill();
+    ASSERT_TRUE(thread.WaitForEnd(std::chrono::seconds(20)));
+    EXPECT_EQ(logger.entries, 0);
+    ASSERT_TRUE(holder.RollbackTransaction("", kTryOnce));
+    EXPECT_EQ(log->Info(nullptr, "after"), 1);
 }
 
 TEST(LogThreads, AskWhetherTheLogIsReadyWhileItIsBusy) {

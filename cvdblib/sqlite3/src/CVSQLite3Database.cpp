@@ -11,6 +11,7 @@
 #include <thread>
 #include <utility>
 
+#include "CVconThread.h"
 #include "PathRoutines.h"
 #include "cvdblib/sqlite3/src/CVDBexception.h"
 #include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
@@ -115,7 +116,7 @@ bool CVSQLite3Database::RetryWhileBusy(int (SqliteConnection::*attempt)()) {
     for (int left = kAttempts;;) {
         const int code = (*connection_.*attempt)();
         if (code == SQLITE_OK) ForgetError();
-        if (!CountsAsBusy(code) || --left == 0) return code == SQLITE_OK;
+        if (!CountsAsBusy(code) || --left == 0 || CVconThread::KillRequested()) return code == SQLITE_OK;
         sleep_(kPause);
     }
 }
@@ -338,7 +339,7 @@ bool CVSQLite3Database::RepeatWhileBusy(Statement statement, const std::string& 
                 throw;
             }
         }
-        if (!retry.retry) break;
+        if (!retry.retry || CVconThread::KillRequested()) break;
         sleep_(retry.wait);
     }
     ReopenAfter(error);

@@ -58,7 +58,8 @@ bool IsWritableDatabase(const std::string& path);
 /// A child process may go on using the object: at the first call it opens a connection of its own, without a
 /// transaction and without what was set on the other one, and leaves the parent's alone.
 ///
-/// A path that cannot be opened takes the constructor and Open 25 s, see IsReadableDatabase.
+/// A path that cannot be opened takes the constructor and Open 25 s, see IsReadableDatabase. A thread whose end
+/// was asked for (CVconThread::Kill) waits no longer, here or for a busy database.
 class CVSQLite3Database {
 public:
     using Sleep = std::function<void(std::chrono::milliseconds)>;
