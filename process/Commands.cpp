@@ -46,7 +46,8 @@ CommandParameters CommandHead(std::string_view word) {
     return command;
 }
 
-/// A line is split at its first "=", so a name is what stands in front of it; the server may not mind blanks.
+/// A line is split at its first "=", so a name is what stands in front of it. Blanks around it are passed over, in case
+/// a server does the same.
 std::string LineNameOf(std::string_view field) {
     return TrimChars(field.substr(0, field.find('=')), " \t\r\n");
 }

@@ -24,8 +24,8 @@ public:
 
     int Descriptor() const { return descriptor_; }
     bool IsOwn() const { return lock_ != nullptr; }
-    /// Lets nobody in any more, who is in the queue stays there; nothing for a socket that was handed over. The path
-    /// is free for another instance then.
+    /// Takes no new connections; those in the queue stay there, and the path is free for another instance. Does nothing
+    /// for a socket that was handed over.
     void Shut();
 
 private:

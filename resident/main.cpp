@@ -1,5 +1,5 @@
-// The resident program: serves the requests that a web server passes on by SCGI, with the same road for each as the
-// CGI program's.
+// The resident program: serves the requests that a web server passes on by SCGI, each in the same way as the CGI
+// program.
 
 #include <CLI/CLI.hpp>
 

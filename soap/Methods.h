@@ -147,7 +147,7 @@ struct Method {
 
 inline constexpr int kFirstMethodCode = 128;
 inline constexpr int kLastMethodCode = 155;
-inline constexpr int kNoMethod = 156;  ///< the current code of a run that parsed no method
+inline constexpr int kNoMethod = kLastMethodCode + 1;  ///< the current code of a run that parsed no method
 inline constexpr std::size_t kMethodCount = kLastMethodCode - kFirstMethodCode + 1;
 
 /// No method has more fields; the room for its capture flags.

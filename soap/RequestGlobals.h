@@ -9,7 +9,7 @@
 /// Written by the envelope parser; read by translation and the response writer.
 extern char g_szCommand[256];
 
-/// The current method's code, 128 to 155, or 156 for none. Written by the envelope parser.
+/// The current method's code, or kNoMethod for none. Written by the envelope parser.
 extern int currentMethodCode;
 
 /// This machine's name, for the fault actor. Written by the program entry.

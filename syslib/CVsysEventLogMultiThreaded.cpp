@@ -172,7 +172,7 @@ CVsysEventLogMultiThreaded::CVsysEventLogMultiThreaded(std::string module, std::
 CVsysEventLogMultiThreaded::~CVsysEventLogMultiThreaded() {
     CVsysEventLogMultiThreaded::Stop();
     if (!queue_->IsForeign()) return;
-    // The worker stays in the parent; here nobody may touch what it was at work on.
+    // The worker runs in the parent only: what it was changing at the fork may be half done here, so it is left alone.
     KeepForEver(queue_);
     KeepForEver(Writer());
 }

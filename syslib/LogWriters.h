@@ -14,8 +14,8 @@ namespace quorbel {
 /// A writer and the lock that lets one thread at a time into it. No thread can be killed inside.
 ///
 /// Held by shared_ptr: by the event log objects that use the writer and, for as long as it is at work, by the
-/// thread that writes. The writer is deleted by whoever lets go last, so a stopped log never deletes a writer
-/// under a thread that is still inside it.
+/// thread that writes. The last of them deletes the writer, so a stopped log never deletes one that a
+/// thread is still writing with.
 class SharedWriter {
 public:
     explicit SharedWriter(std::unique_ptr<CVsysEventLogWriterInterface> writer, std::string name = {});

@@ -65,6 +65,7 @@ void ForEachDelivery(const DeliveryChoice& choice, const std::function<void(cons
         if (IsWanted(record, choice)) use(record);
     }
     std::vector<const DeliveryRecord*> left;
+    left.reserve(sending.size());
     for (const auto& [id, record] : sending) left.push_back(&record);
     std::stable_sort(left.begin(), left.end(), [](auto* a, auto* b) { return a->time < b->time; });
     for (const DeliveryRecord* record : left) {

@@ -8,7 +8,7 @@
 namespace quorbel {
 
 /// The fields of one entry of the delivery journal: `key=value` with blanks between, values that are not
-/// plain in double quotes with backslash escapes. docs/log-files.md tells the keys.
+/// plain in double quotes with backslash escapes. docs/delivery-journal.md tells the keys.
 class Logfmt {
 public:
     using Field = std::pair<std::string, std::string>;

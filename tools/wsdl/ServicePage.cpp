@@ -1,5 +1,6 @@
 #include "tools/wsdl/ServicePage.h"
 
+#include <algorithm>
 #include <iterator>
 #include <vector>
 
@@ -26,6 +27,17 @@ constexpr MethodGroup kGroups[] = {
     {"Messages", 150, 155},    {"Groups", 132, 134}, {"Members of groups", 128, 131}, {"Receivers", 135, 137},
     {"Departments", 138, 140}, {"Users", 141, 144},  {"User groups", 145, 149},
 };
+
+constexpr bool EveryMethodInOneGroup() {
+    for (int code = kFirstMethodCode; code <= kLastMethodCode; ++code) {
+        const auto holdsCode = [code](const MethodGroup& group) {
+            return code >= group.firstCode && code <= group.lastCode;
+        };
+        if (std::count_if(std::begin(kGroups), std::end(kGroups), holdsCode) != 1) return false;
+    }
+    return true;
+}
+static_assert(EveryMethodInOneGroup());
 
 std::vector<const Method*> MethodsOf(const MethodGroup& group) {
     std::vector<const Method*> methods;

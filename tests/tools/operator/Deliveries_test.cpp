@@ -11,7 +11,6 @@ using namespace quorbel;
 
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::Not;
 using testing::Pair;
 
 namespace {
