@@ -160,6 +160,8 @@ TEST_F(LogDatabase, FollowsTablesThatOthersDropAndCreate) {
     EXPECT_TRUE(second.InsertAsText("SOAP", {"", kTime, 3, "and again", -1, ""}));
     EXPECT_EQ(first.Query("SOAP", {})->GetRowCount(), 2);
     EXPECT_EQ(Sql("SELECT COUNT(*) FROM metatable;"), "1");
+    second.Insert("CLI", {"", kTime, 3, "a module that is new", -1, ""});
+    EXPECT_EQ(first.Modules(), (std::vector<std::string>{"CLI", "SOAP"}));
 }
 
 TEST_F(LogDatabase, LosesNothingWhenManyProcessesMeetAModuleFirst) {

@@ -73,6 +73,17 @@ TEST(IniReaderWriter, FindsWithoutRegardToCase) {
     EXPECT_EQ(ini.Sections().size(), 2U) << "looking for a section made one";
 }
 
+// Looking for the section's end at each of them would go through 500,000 million lines.
+TEST(IniReaderWriter, ListsAMillionEntries) {
+    TempDir dir;
+    constexpr std::size_t kEntries = 1'000'000;
+    std::string content = "[a]\n";
+    for (std::size_t entry = 0; entry < kEntries; ++entry) content += "k=v\n";
+    IniReaderWriter ini(dir.Write("x.ini", content + "[b]\nk=v\n"));
+    ASSERT_TRUE(ini.load());
+    EXPECT_EQ(ini.Entries(ini.FindSection("[a]")).size(), kEntries);
+}
+
 TEST(IniReaderWriter, AddsWhatItDoesNotFind) {
     TempDir dir;
     IniReaderWriter ini(dir.Write("x.ini", "[a]\nx=1\n# of a\n[b]\n"));
