@@ -152,26 +152,6 @@ TEST(CVsysEventLogFileWriter, ClearsAwayDeadLocksAndIsNotReadyWithoutItsOwn) {
                 HasSubstr("loadWriterConfig: Can not lock '" + dir.Path() + "/l.txt.lock'"));
 }
 
-TEST(CVsysEventLogFileWriter, WritesSoonAfterALockHeldElsewhereIsFreed) {
-    const TempDir dir;
-    CVsysEventLogFileWriter writer("SOAP");
-    writer.setFilePath(dir / "l.txt");
-    int pipes[2];
-    ASSERT_EQ(pipe(pipes), 0);
-    const pid_t holder = StartChild([&] {
-        const LockFile lock(dir / "l.txt.lock");
-        if (write(pipes[1], "x", 1) != 1) throw 0;
-        usleep(50'000);
-    });
-    char held;
-    ASSERT_EQ(read(pipes[0], &held, 1), 1);
-    EXPECT_EQ(Write(writer, "late\n"), 1);
-    EXPECT_EQ(WaitForChild(holder), Child::Finished);
-    EXPECT_THAT(ReadFile(dir / "l.txt"), HasSubstr("late"));
-    close(pipes[0]);
-    close(pipes[1]);
-}
-
 // A holder that hangs must not cost a request a minute for each of its entries.
 TEST(CVsysEventLogFileWriter, WaitsAboutAMinuteOnceAndASecondFromThenOn) {
     const TempDir dir;
@@ -222,14 +202,4 @@ TEST(CVsysEventLogFileWriter, WaitsAMinuteInAllWithinOneRun) {
         if (waits("fourth", 0) != std::chrono::seconds(60)) throw 0;
     };
     EXPECT_EQ(InChildProcess(inARun), Child::Finished);
-}
-
-TEST(CVsysEventLogFileWriter, SurvivesALogThatIsMovedAway) {
-    const TempDir dir;
-    CVsysEventLogFileWriter writer("SOAP");
-    writer.setFilePath(dir / "l.txt");
-    Write(writer, "one\n");
-    std::filesystem::rename(dir / "l.txt", dir / "moved");
-    Write(writer, "two\n");
-    EXPECT_THAT(ReadFile(dir / "l.txt"), MatchesRegex(kTime + "SOAP \\[INFO\\] two\n"));
 }

@@ -103,21 +103,15 @@ TEST(CVsysEventLogInterface, TellsTheCallersErrorAndLeavesItInPlace) {
                 HasSubstr("[ERROR] Open x [System Library Error] " + std::string(strerror(ENOENT)) + "\n"));
 }
 
-TEST(CVsysEventLogInterface, CutsLongMessagesBeforeItAddsTheThreadId) {
+TEST(CVsysEventLogInterface, AddsTheThreadIdToCutAndToFinishedMessages) {
     const Site site(kTracing);
     const auto log = site.Create();
     log->SetThreadIdShown(true);
     EXPECT_EQ(log->Trace(nullptr, "%s\n", std::string(70000, 'b').c_str()), 1);
     EXPECT_THAT(site.Read("soap_log.txt"), testing::EndsWith("[TRACE] [TID:" + std::to_string(gettid()) +
                                                              "] " + std::string(2047, 'b') + "\n"));
-}
-
-TEST(CVsysEventLogInterface, ShowsTheThreadIdInFinishedMessagesToo) {
-    const Site site(kTracing);
-    const auto log = site.Create();
-    log->SetThreadIdShown(true);
     EXPECT_EQ(log->Write(LogLevel::Info, "done", -1, nullptr), 1);
-    EXPECT_THAT(site.Read("soap_log.txt"), HasSubstr("[TID:" + std::to_string(gettid()) + "] done"));
+    EXPECT_THAT(site.Read("soap_log.txt"), HasSubstr("[INFO] [TID:" + std::to_string(gettid()) + "] done"));
 }
 
 TEST(CVsysEventLogInterface, AddsItsSectionAndWritesToTheDefaultDirectory) {

@@ -1,7 +1,6 @@
 #include "syslib/LogText.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -29,15 +28,8 @@ TEST(LogText, JoinsContextMessageAndSystemError) {
     EXPECT_EQ(Build("", "id=%d", kNoSystemError, 7), "id=7") << "an empty context leaves no blank";
     EXPECT_EQ(Build("Send", "id=%d", ENOENT, 7), "Send id=7 [System Library Error] " + kNoEntry);
     EXPECT_EQ(Build("", "id=%d", ENOENT, 7), "id=7 [System Library Error] " + kNoEntry);
-}
-
-TEST(LogText, TakesPercentSignsOfTheContextAsText) {
-    EXPECT_EQ(Build("100%n", "done %s", kNoSystemError, "%s%n"), "100%n done %s%n");
-}
-
-TEST(LogText, CutsTheExpandedMessageAt2047) {
-    const std::string body(3000, 'b');
-    EXPECT_EQ(Build(nullptr, "%s\n", kNoSystemError, body.c_str()), body.substr(0, 2047));
+    EXPECT_EQ(Build("100%n", "done %s", kNoSystemError, "%s%n"), "100%n done %s%n") << "the context is text";
+    EXPECT_EQ(Build("Load", "at 50%", kNoSystemError), "Load at 50%") << "and so is what is no format";
 }
 
 TEST(LogText, DropsAConversionThatTheFormatLimitCutsInTwo) {
@@ -54,14 +46,6 @@ TEST(LogText, DropsAConversionThatTheFormatLimitCutsInTwo) {
     for (const auto& c : cases) EXPECT_EQ(Build(nullptr, c.format.c_str(), kNoSystemError, 7), c.message);
 }
 
-TEST(LogText, TakesAFormatThatCannotBeExpandedAsText) {
-    EXPECT_EQ(Build("Load", "at 50%", kNoSystemError), "Load at 50%");
-}
-
-TEST(LogText, ShowsTheKernelsThreadId) {
-    EXPECT_EQ(WithThreadId("started"), "[TID:" + std::to_string(gettid()) + "] started");
-}
-
 TEST(LogText, WritesTheMonthFirst) {
     std::tm local{};
     local.tm_year = 2024 - 1900;
@@ -76,11 +60,7 @@ TEST(LogText, WritesTheMonthFirst) {
     std::string text;
     EXPECT_EQ(FormatLogTime(seconds, &text), seconds);
     EXPECT_EQ(text, "02/01/2024 09:05:03");
-}
-
-TEST(LogText, TakesZeroForNow) {
-    const std::time_t before = std::time(nullptr);
-    EXPECT_GE(FormatLogTime(0), before);
+    EXPECT_GT(FormatLogTime(0), seconds) << "0 stands for now";
 }
 
 TEST(LogText, LetsNoMessagePassForAnotherEntry) {
