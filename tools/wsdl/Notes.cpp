@@ -7,11 +7,12 @@ namespace quorbel {
 namespace {
 
 constexpr std::string_view kServiceNote =
-    "Send the elements in the order given here and leave out what you do not use. Only szMessage keeps every "
-    "character. Of any other text that holds a line break, or a character that travels as an entity "
+    "Send the elements in the order given here and leave out what you do not use. Only szMessage is kept "
+    "whole. Of any other text that holds a line break, or a character that travels as an entity "
     "(ampersand, angle brackets, with some toolkits quotes), only the last piece arrives, unless it is sent "
     "as one CDATA section without line breaks. An element with an xsi:nil attribute counts as absent. An "
-    "empty text counts as none, an empty boolean as true.";
+    "empty text counts as none, an empty boolean as true. A letter beyond ASCII reaches the paging server as "
+    "%ff for each of its bytes.";
 
 struct MethodNote {
     std::string_view method;
@@ -63,9 +64,9 @@ constexpr std::string_view kNotPassedOn = "Accepted, but not passed on to the pa
 constexpr ElementNote kElementNotes[] = {
     {"szURL", "The paging server's address, http or https."},
     {"szURL2",
-     "A second paging server, tried once when the first cannot be reached. Keep it last: text behind it, "
+     "A second paging server, tried once when the first fails in any way. Keep it last: text behind it, "
      "white space too, takes its place."},
-    {"szMessage", "Kept whole: line breaks and every character survive."},
+    {"szMessage", "Kept whole, line breaks and special characters included."},
     {"nPriority", "As the paging server numbers its priorities."},
     {"nTimeZone", "The paging server's identifier of the time zone; a text."},
     {"nDelay", kNotPassedOn},
