@@ -3,10 +3,12 @@
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/epoll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -25,6 +27,8 @@ int Listen(int& port) {
     auto* const generic = reinterpret_cast<sockaddr*>(&address);
     socklen_t size = sizeof address;
     const int listener = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0);
+    const int seconds = 1;  // until a connection without a post is handed over all the same
+    setsockopt(listener, IPPROTO_TCP, TCP_DEFER_ACCEPT, &seconds, sizeof seconds);
     if (bind(listener, generic, size) != 0 || listen(listener, 1024) != 0) std::abort();
     getsockname(listener, generic, &size);
     port = ntohs(address.sin_port);
@@ -40,16 +44,18 @@ bool IsComplete(std::string_view post) {
     return post.size() >= end + 4 + static_cast<std::size_t>(length);
 }
 
-/// Answers a post that has arrived whole. Needs a descriptor less than the size of `posts`.
-void Read(int connection, std::vector<std::string>& posts) {
+/// Answers a post that has arrived whole; false while it has not. Needs a descriptor less than the size of `posts`.
+bool Read(int connection, std::vector<std::string>& posts) {
     char piece[16384];
     std::string& post = posts[static_cast<std::size_t>(connection)];
-    const ssize_t count = read(connection, piece, sizeof piece);
+    const ssize_t count = recv(connection, piece, sizeof piece, MSG_DONTWAIT);
+    if (count < 0 && errno == EAGAIN) return false;
     if (count > 0) post.append(piece, static_cast<std::size_t>(count));
-    if (count > 0 && !IsComplete(post)) return;
+    if (count > 0 && !IsComplete(post)) return false;
     if (count > 0 && write(connection, kAnswer.data(), kAnswer.size()) < 0) std::perror("write");
     close(connection);
     post.clear();
+    return true;
 }
 
 void Watch(int events, int descriptor) {
@@ -69,7 +75,7 @@ void Watch(int events, int descriptor) {
             if (ready[i].data.fd != listener) {
                 Read(ready[i].data.fd, posts);
             } else if (const int connection = accept(listener, nullptr, nullptr); connection >= 0) {
-                Watch(events, connection);
+                if (!Read(connection, posts)) Watch(events, connection);  // most come with their post
             }
         }
     }

@@ -9,6 +9,7 @@
 #include <string>
 #include <type_traits>
 
+#include "process/AllowedServers.h"
 #include "process/CVCSoapProcess.h"
 #include "process/DeliveryJournal.h"
 #include "process/RunLogs.h"
@@ -156,7 +157,13 @@ void ResetRun() {
 }
 
 void PrepareRuns() {
-    SetUp();
+    if (SetUp() == nullptr) return;
+    try {
+        RunJournal();
+        SiteServers();
+    } catch (...) {
+        // The run that needs them tells.
+    }
     DropLogsBeforeFork();
 }
 

@@ -9,15 +9,18 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <utility>
 
 #include "CVException.h"
 #include "process/HttpTransfer.h"
 #include "process/ServeRequest.h"
+#include "resident/Connection.h"
 #include "resident/ListeningSocket.h"
 #include "resident/Site.h"
 #include "resident/Supervisor.h"
@@ -79,6 +82,16 @@ void Complete(Options& options) {
     options.worker.pause = Milliseconds(options.bodyTimeout);
 }
 
+/// Starts this program once more, with all library functions looked up before it runs. Otherwise each worker looks up
+/// again what it is the first to call, which takes as long as a request. Goes on when that is not possible.
+void BindAtStart(char** argv) {
+    constexpr char kBindNow[] = "LD_BIND_NOW";
+    std::error_code failure;
+    const std::string program = std::filesystem::read_symlink("/proc/self/exe", failure);
+    if (failure || std::getenv(kBindNow) != nullptr || setenv(kBindNow, "1", 0) != 0) return;
+    execv(program.c_str(), argv);
+}
+
 /// Whether the request has used up what a run may wait for its logs.
 bool HasLogHung() {
     return LogWaitLeft(std::chrono::microseconds(1)).count() == 0;
@@ -115,12 +128,14 @@ int Main(CLI::App& app, int argc, char** argv) {
         throw;
     }
     Complete(options);
+    if (!options.checkOnly) BindAtStart(argv);
     const std::string socketPath = std::filesystem::absolute(options.socket).string();
     EnterSite(options.site);
     if (options.checkOnly) {
         CheckSite();
         return 0;
     }
+    DetachStandardStreams();
     ListeningSocket socket(socketPath);
     PrepareTransfers();
     PrepareRuns();
