@@ -2,7 +2,12 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <csignal>
+#include <stdexcept>
+
+#include "tests/support/ChildProcess.h"
 #include "tests/support/LoopbackServer.h"
 #include "tests/support/TempDir.h"
 
@@ -191,6 +196,26 @@ TEST(HttpPoster, CollectsWhatTheTransportDelivers) {
     testing::internal::CaptureStdout();
     EXPECT_EQ(Curl_GetCallBackResult(data, 1, 2, nullptr), 2u);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "ab");
+}
+
+TEST(HttpPoster, SurvivesABrokenPipeAndLeavesNoSignal) {
+    LoopbackServer server({.body = std::string(1 << 20, 'x')});
+    const std::vector<std::string> lines = {"a=1"};
+    const auto postIntoABrokenPipe = [&] {
+        std::signal(SIGPIPE, SIG_DFL);
+        int ends[2];
+        if (pipe(ends) != 0) throw std::runtime_error("no pipe");
+        close(ends[0]);
+        dup2(ends[1], STDOUT_FILENO);
+        PostUrlencoded({server.Url(), ""}, lines, nullptr, "", nullptr);
+        sigset_t pending;
+        sigpending(&pending);
+        if (sigismember(&pending, SIGPIPE) == 1) throw std::runtime_error("a signal is left");
+        sigprocmask(SIG_SETMASK, nullptr, &pending);
+        if (sigismember(&pending, SIGPIPE) == 1) throw std::runtime_error("the signal stays blocked");
+    };
+    EXPECT_EQ(InChildProcess(postIntoABrokenPipe), Child::Finished);
+    EXPECT_EQ(server.Posts().size(), 1u);
 }
 
 TEST(HttpPoster, RetriesARefusedConnectionInside) {
