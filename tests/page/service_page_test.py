@@ -80,6 +80,8 @@ class ServicePage(unittest.TestCase):
         dead = self.send("SendStdMessage", szURL="http://127.0.0.1:1/", szRecipientName="night", szMessage="m")
         self.assertIn("bad", dead["kind"])
         self.assertIn("The paging server did not answer: nothing was sent.", dead["text"])
+        command = self.send("QueryGroup", **administrator | {"szURL": "http://127.0.0.1:1/"}, szGroupName="night")
+        self.assertIn("The paging server did not answer: nothing was sent.", command["text"], "a fault 2012")
         unsure = self.send("SendStdMessage", szURL2="http://127.0.0.1:2/")
         self.assertIn("unsure", unsure["kind"], "why the first server failed is not told")
 

@@ -20,7 +20,7 @@ constexpr SampleValue kSampleValues[] = {
     {"szAdminName", "admin"},
     {"szAdminPassword", "secret"},
     {"szRecipientName", "oncall"},
-    {"szMessage", "Pump 4 is hot: 95 °C & rising"},
+    {"szMessage", "Pump 4 is hot: 95 degrees & rising"},
     {"szSender", "control room"},
     {"szSubject", "Alarm"},
     {"szCarrierName", "Carrier"},
