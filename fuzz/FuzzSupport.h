@@ -18,13 +18,14 @@ inline std::string Text(const std::uint8_t* data, std::size_t size) {
     return {reinterpret_cast<const char*>(data), size};
 }
 
-/// A folder in memory for the files of one fuzzer.
+/// A folder for the files of one fuzzer: in QUORBEL_FUZZ_FOLDER, which script/fuzz makes and removes, since a fuzzer that
+/// found something removes nothing; without it in memory.
 class FuzzFolder {
 public:
     FuzzFolder() {
-        char name[] = "/dev/shm/quorbel-fuzz-XXXXXX";
-        Require(mkdtemp(name) != nullptr);
-        path_ = name;
+        const char* parent = std::getenv("QUORBEL_FUZZ_FOLDER");
+        path_ = std::string(parent == nullptr ? "/dev/shm" : parent) + "/quorbel-fuzz-XXXXXX";
+        Require(mkdtemp(path_.data()) != nullptr);
     }
     ~FuzzFolder() { std::filesystem::remove_all(path_); }
     FuzzFolder(const FuzzFolder&) = delete;

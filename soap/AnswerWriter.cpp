@@ -27,14 +27,12 @@ void WriteResponse(std::string_view reply) {
     if (answer == Answer::Fault) return;
     answer = Answer::Response;
     MakeResponse(Write, g_szCommand, reply);
-    std::fflush(stdout);
 }
 
 void WriteFault(std::string_view code, std::string_view text) {
     if (answer != Answer::None) return;
     answer = Answer::Fault;
     MakeFault(Write, code, text, m_szHostName);
-    std::fflush(stdout);
 }
 
 void WriteFault(std::string_view text) {

@@ -7,6 +7,9 @@ namespace quorbel {
 // Writes the answer to standard output, which the web server relays to the client. Nothing else of the
 // program may write there. A client never gets a second document behind a fault, nor a fault behind a response: such
 // a call writes nothing.
+//
+// Nothing is flushed here: the end of an answer leaves with the end of the run, behind its entry in the delivery journal.
+// A program that is killed in between answers nothing whole that the journal does not know.
 
 /// The CGI header and the empty line behind it. From here on everything written is the HTTP body.
 void WriteHeader();
