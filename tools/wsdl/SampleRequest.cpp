@@ -61,7 +61,8 @@ std::string SampleRequest(const Method& method) {
         const SampleValue* const sample = SampleOf(rule.element);
         if (sample == nullptr || IsLeftOut(method, rule.element)) continue;
         const std::string element(rule.element);
-        body += "<" + element + ">" + EscapeXml(sample->value) + "</" + element + ">";
+        body.append("<").append(element).append(">").append(EscapeXml(sample->value));
+        body.append("</").append(element).append(">");
     }
     return std::string("<?xml version=\"1.0\" encoding=\"utf-8\"?><soap:Envelope xmlns:soap=\"") +
            kSoapEnvelopeNamespace + "\"><soap:Body><" + name + " xmlns=\"" + kServiceNamespace + "\">" +
