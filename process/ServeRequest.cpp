@@ -157,10 +157,11 @@ void ResetRun() {
 }
 
 void PrepareRuns() {
-    if (SetUp() == nullptr) return;
     try {
-        RunJournal();
-        SiteServers();
+        if (SetUp() != nullptr) {
+            RunJournal();
+            SiteServers();
+        }
     } catch (...) {
         // The run that needs them tells.
     }

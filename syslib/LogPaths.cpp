@@ -86,8 +86,9 @@ std::string WhyNotWritable(const std::string& path) {
 
 std::string WhyRefused(const std::string& path) {
     if (IsDirectory(path)) return path + ": is a directory";
-    const bool refused = Allows(path, F_OK) && !Allows(path, R_OK | W_OK);
-    return refused ? path + ": " + GetSystemErrorText() : "";
+    if (Allows(path, R_OK | W_OK)) return "";
+    const std::string reason = GetSystemErrorText();
+    return Allows(path, F_OK) ? path + ": " + reason : "";
 }
 
 }  // namespace quorbel

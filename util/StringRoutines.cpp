@@ -16,6 +16,10 @@ namespace {
 
 constexpr std::string_view kLineBlanks = " \t\r\n";
 
+char Fold(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
 }  // namespace
 
 namespace quorbel {

@@ -35,19 +35,15 @@ int CompareNoCase(const char* left, const char* right, std::size_t count);
 
 namespace quorbel {
 
-/// The small letter of a capital one of ASCII, any other character as it is.
-constexpr char Fold(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 /// True when both texts are the same but for letter case.
 bool EqualNoCase(std::string_view left, std::string_view right);
 
 /// True when neither is empty and `name` ends with `key`, letter case aside. This is how namespace prefixes
-/// of element names are passed over. Every element is compared with every name there is, so the last letter decides
-/// most of it.
+/// of element names are passed over. Every element is compared with every name there is, so the last letter, but for
+/// the bit in which a small one differs from a capital, decides most of it.
 inline bool EndsWithNoCase(std::string_view name, std::string_view key) {
-    return !key.empty() && name.size() >= key.size() && Fold(name.back()) == Fold(key.back()) &&
+    constexpr int kCaseBit = 0x20;
+    return !key.empty() && name.size() >= key.size() && ((name.back() ^ key.back()) & ~kCaseBit) == 0 &&
            EqualNoCase(name.substr(name.size() - key.size()), key);
 }
 
