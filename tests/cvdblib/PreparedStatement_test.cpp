@@ -4,10 +4,12 @@
 
 #include <chrono>
 #include <limits>
+#include <memory>
 
 #include "cvdblib/sqlite3/src/CVDBexception.h"
 #include "cvdblib/sqlite3/src/CVSQLite3Database.h"
 #include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/TempDir.h"
 
 using namespace quorbel;
@@ -56,4 +58,25 @@ TEST_F(Prepared, ReportsEachStepAndNeverHoldsTheDatabaseOpen) {
     EXPECT_TRUE(database_.Close());
     EXPECT_EQ(pauses_, 0);
     EXPECT_EQ(textOf(insert), "database is not open");
+}
+
+TEST_F(Prepared, IsOfNoUseInAChildAndHarmsNothingThere) {
+    auto insert = std::make_unique<PreparedStatement>(database_, kInsert);
+    insert->BindText(1, "a").Run();
+    EXPECT_EQ(InChildProcess([&] {
+                  try {
+                      insert->Run();
+                  } catch (const CVDBexception& thrown) {
+                      if (thrown.GetSystemMessage() != "statement of another process") throw 1;
+                      insert.reset();
+                      PreparedStatement(database_, kInsert).BindText(1, "b").Run();
+                      return;
+                  }
+                  throw 2;
+              }),
+              Child::Finished);
+    insert->BindText(1, "c").Run();
+    CVSQLite3ResultSet result;
+    ASSERT_TRUE(database_.ExecuteSelectQuery("SELECT * FROM t;", result));
+    EXPECT_EQ(result.GetRowCount(), 3);
 }
