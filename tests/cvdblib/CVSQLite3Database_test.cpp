@@ -223,7 +223,7 @@ TEST(CVSQLite3Database, LeavesATransactionOverAForkToTheParent) {
 
 TEST(CVSQLite3Database, SurvivesForksWhileThreadsUseIt) {
     TempDir dir;
-    CVSQLite3Database(dir / "x.sdb", {"t", "a"});
+    const CVSQLite3Database creator(dir / "x.sdb", {"t", "a"});
     std::atomic<bool> stop{false};
     std::thread busy([&] {
         while (!stop) RowsOf(dir / "x.sdb");

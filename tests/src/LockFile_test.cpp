@@ -212,8 +212,8 @@ TEST(RemoveDeadLockFiles, NeverLetsTwoProcessesIn) {
     const auto clean = [&] {
         for (int round = 0; round < 1'000'000; ++round) RemoveDeadLockFiles(dir.Path());
     };
-    std::vector<pid_t> children;
-    for (int child = 0; child < kProcesses; ++child) children.push_back(StartChild(work));
+    std::vector<pid_t> children(kProcesses);
+    for (pid_t& child : children) child = StartChild(work);
     const pid_t cleaner = StartChild(clean);
     for (const pid_t child : children) EXPECT_EQ(WaitForChild(child), Child::Finished);
     kill(cleaner, SIGKILL);

@@ -17,7 +17,6 @@ using namespace quorbel;
 
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::MatchesRegex;
 
 namespace {
@@ -37,7 +36,7 @@ TEST(CVsysEventLogFileWriter, WritesTimeModuleTagAndMessage) {
     ASSERT_TRUE(writer.setProperty("FILEPATH", dir / "soap_log.txt"));
     EXPECT_EQ(Write(writer, "100%n done\n"), 1);
     EXPECT_EQ(Write(writer, "no level\n", "SOAP", LogLevel::None), 1);
-    EXPECT_EQ(writer.DoWork("SOAP", 7, "old\n", -1, nullptr, 86400 * 365), 1);
+    EXPECT_EQ(writer.DoWork("SOAP", 7, "old\n", -1, nullptr, 86400L * 365), 1);
     EXPECT_THAT(ReadFile(dir / "soap_log.txt"),
                 MatchesRegex(kTime + "SOAP \\[INFO\\] 100%n done\n" + kTime + "SOAP  no level\n" +
                              "[0-9/]{6}197[01] [0-9:]{8} SOAP \\[FATAL\\] old\n"));

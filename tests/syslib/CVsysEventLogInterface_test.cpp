@@ -15,7 +15,6 @@ using namespace quorbel;
 
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::MatchesRegex;
 
 namespace {

@@ -114,6 +114,7 @@ TEST(CVsysEventLogMultiThreaded, WritesWhatEightThreadsQueuedBeforeAStop) {
     const auto log = LogTo(record);
     ASSERT_TRUE(log->Start());
     std::vector<std::thread> callers;
+    callers.reserve(kThreads);
     for (int caller = 0; caller < kThreads; ++caller) {
         callers.emplace_back([&log, caller] {
             for (int i = 0; i < kEntries; ++i)

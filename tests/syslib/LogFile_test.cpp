@@ -18,7 +18,6 @@ using namespace quorbel;
 
 namespace fs = std::filesystem;
 
-using testing::HasSubstr;
 using testing::MatchesRegex;
 
 namespace {

@@ -34,7 +34,7 @@ std::optional<LogSettings> Load(const TempDir& dir) {
 // "file 3: key=value key=value", in the order in which the writer gets them.
 std::string Rendered(const LogSettings& settings) {
     std::string text = settings.writer + " " + std::to_string(static_cast<unsigned>(settings.level)) + ":";
-    for (const auto& [key, value] : settings.properties) text += " " + key + "=" + value;
+    for (const auto& [key, value] : settings.properties) text.append(" ").append(key).append("=").append(value);
     return text;
 }
 
@@ -196,6 +196,7 @@ TEST(LogSettingsOfAModule, LosesNothingWhenManyProcessesStartForTheFirstTime) {
             Require(Rendered(settings.value()).starts_with("file 3: writer=file"));
         };
         std::vector<pid_t> children;
+        children.reserve(kProcesses);
         for (int i = 0; i < kProcesses; ++i) children.push_back(StartChild([&, i] { start(i); }));
         for (const pid_t child : children) EXPECT_EQ(WaitForChild(child), Child::Finished) << "refused";
         chmod(dir.Path().c_str(), 0755);

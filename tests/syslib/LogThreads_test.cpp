@@ -23,6 +23,7 @@ constexpr int kEntries = 50;
 
 void RunThreads(const std::function<void(int thread)>& body) {
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (int thread = 0; thread < kThreads; ++thread) threads.emplace_back(body, thread);
     for (auto& thread : threads) thread.join();
 }
@@ -86,7 +87,7 @@ TEST(LogThreads, WriteToOneFileThroughLogsOfTheirOwnThatComeAndGo) {
         }
     });
     const auto messages = MessagesOf(dir);
-    EXPECT_EQ(messages.size(), std::size_t{kThreads * kEntries});
+    EXPECT_EQ(messages.size(), std::size_t{kThreads} * kEntries);
     EXPECT_EQ(std::set(messages.begin(), messages.end()).size(), messages.size());
 }
 
