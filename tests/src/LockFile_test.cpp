@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "CVException.h"
+#include "ProcessMark.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/TempDir.h"
 
@@ -119,6 +120,14 @@ TEST(LockFile, IsNotHeldByAChildOfItsHolder) {
         << "the child's end dropped the parent's lock";
     held.reset();
     EXPECT_EQ(WaitForChild(pid), Child::Finished);
+}
+
+TEST(ProcessMark, KnowsAChildWhateverCallMadeIt) {
+    const ProcessMark mark;
+    const pid_t child = _Fork();  // calls no handlers
+    if (child == 0) _exit(mark.IsOurs() || OwnProcess() != getpid() ? 1 : 0);
+    EXPECT_EQ(WaitForChild(child), Child::Finished);
+    EXPECT_TRUE(mark.IsOurs());
 }
 
 TEST(LockFile, KeepsTheLockThatAChildTookForItself) {
