@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "syslib/SocketTrace.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/SystemLogRecorder.h"
 #include "tests/support/TempDir.h"
@@ -111,6 +112,17 @@ TEST(CVsysEventLogInterface, AddsTheThreadIdToCutAndToFinishedMessages) {
                                                              "] " + std::string(2047, 'b') + "\n"));
     EXPECT_EQ(log->Write(LogLevel::Info, "done", -1, nullptr), 1);
     EXPECT_THAT(site.Read("soap_log.txt"), HasSubstr("[INFO] [TID:" + std::to_string(gettid()) + "] done"));
+}
+
+TEST(CVsysEventLogInterface, TakesTheBytesOfASocketAtLevelTraceOnly) {
+    const Site site(kTracing);
+    const auto log = site.Create();
+    const auto trace = TraceTo(*log);
+    trace("<= %s", "QUIT %n\r\n");
+    log->SetThreshold(LogLevel::Debug);
+    trace("=> %s", "hidden");
+    EXPECT_THAT(site.Read("soap_log.txt"),
+                MatchesRegex("[^\n]+ SOAP \\[TRACE\\] CVioSocket <= QUIT %n<CR><LF>\n"));
 }
 
 TEST(CVsysEventLogInterface, AddsItsSectionAndWritesToTheDefaultDirectory) {
