@@ -47,30 +47,31 @@ class Tree:
     def builds(self):
         return subprocess.run(self._build_command(), capture_output=True).returncode == 0
 
-    def killers(self):
-        """The test programs that fail."""
-        return [test for test in TESTS if not self._passes(test)]
+    def killer(self):
+        """The first test program that fails; empty when all pass."""
+        return next((test for test in TESTS if not self._passes(test)), "")
 
     def _passes(self, test):
         try:
-            done = subprocess.run([self.build / "bin" / test, "--gtest_brief=1"], cwd=self.build, timeout=PATIENCE,
-                                  stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+            done = subprocess.run([self.build / "bin" / test, "--gtest_brief=1", "--gtest_fail_fast"],
+                                  cwd=self.build, timeout=PATIENCE, stdin=subprocess.DEVNULL,
+                                  stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         except subprocess.TimeoutExpired:
             return False
         return done.returncode == 0
 
 
 def tried(tree, mutant):
-    """The test programs that notice the mutant; None when it does not build."""
+    """The first test program that notices the mutant, empty when none does; None when it does not build."""
     lines = tree.read()[mutant.file]
     tree.write(mutant.file, lines[:mutant.line] + [mutant.after] + lines[mutant.line + 1:])
-    killers = tree.killers() if tree.builds() else None
+    killer = tree.killer() if tree.builds() else None
     tree.write(mutant.file, lines)
-    return killers
+    return killer
 
 
-def report(mutant, killers):
-    verdict = "killed by " + ", ".join(killers) if killers else "SURVIVED"
+def report(mutant, killer):
+    verdict = f"killed by {killer}" if killer else "SURVIVED"
     print(f"{mutant.file}:{mutant.line + 1} ({mutant.kind}): {verdict}\n  - {mutant.before.strip()}\n"
           f"  + {mutant.after.strip()}", flush=True)
 
@@ -87,17 +88,17 @@ def parse_options():
 def main():
     options = parse_options()
     tree = Tree(options.tree.resolve(), options.directory)
-    if failing := tree.killers():
-        sys.exit(f"script/mutants: fails without any mutant: {', '.join(failing)}")
+    if failing := tree.killer():
+        sys.exit(f"script/mutants: fails without any mutant: {failing}")
     results = []
     for mutant in draw(random.Random(options.seed), tree.read()):
-        killers = tried(tree, mutant)
-        if killers is not None:
-            report(mutant, killers)
-            results.append(killers)
+        killer = tried(tree, mutant)
+        if killer is not None:
+            report(mutant, killer)
+            results.append(killer)
         if len(results) == options.count:
             break
-    by_system = sum("system_test" in killers for killers in results)
+    by_system = results.count("system_test")
     print(f"{len(results)} mutants: {sum(map(bool, results))} killed, {by_system} of them by system_test "
           f"(seed {options.seed})")
 
