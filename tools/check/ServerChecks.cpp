@@ -1,5 +1,4 @@
 #include <curl/curl.h>
-#include <unistd.h>
 
 #include <memory>
 #include <stdexcept>
@@ -13,17 +12,12 @@ namespace {
 
 constexpr long kSeconds = 10;
 
-AllowedServers AllowedBy(const Site& site) {
-    const std::string path = site.config + "/servers";
-    return access(path.c_str(), F_OK) == 0 ? AllowedServers::FromFile(path) : AllowedServers();
-}
-
 Finding CheckAllowed(const AllowedServers& allowed) {
     if (!allowed.HasFile())
         return {State::Ok, "servers", "requests may name any address: there is no config/servers"};
     if (allowed.Problem().empty())
         return {State::Ok, "servers", "requests may name those of config/servers only"};
-    return {State::Critical, "servers", "config/servers: " + allowed.Problem() + ": nothing is posted"};
+    return {State::Critical, "servers", allowed.Problem() + ": nothing is posted"};
 }
 
 struct EndTransfer {
@@ -54,7 +48,7 @@ Finding CheckServer(const Site& site, const std::string& url) {
 }  // namespace
 
 Findings CheckServers(const Site& site, const std::vector<std::string>& urls) {
-    const AllowedServers allowed = AllowedBy(site);
+    const AllowedServers allowed = AllowedServers::FromFile(site.config + "/servers");
     Findings findings = {CheckAllowed(allowed)};
     for (const auto& url : urls) {
         if (allowed.Permits(url)) {

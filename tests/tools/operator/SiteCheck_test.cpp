@@ -138,6 +138,7 @@ TEST(SiteCheck, TellsTheWorstFirst) {
         {[](auto root) { fs::remove(root + "/config/ca-bundle.crt"); }, 1, "posts over https fail"},
         {[](auto root) { std::ofstream(root + "/config/servers") << "no address\n"; }, 2,
          "CRITICAL servers: "},
+        {[](auto root) { fs::create_symlink("nowhere", root + "/config/servers"); }, 2, "CRITICAL servers: "},
         {[](auto root) { fs::resize_file(root + "/config/ca-bundle.crt", 0); }, 1, "holds 0 authorities"},
     };
     for (const auto& c : cases) {
