@@ -13,7 +13,6 @@
 #include <ctime>
 
 #include "process/Commands.h"
-#include "process/HttpForm.h"
 #include "process/HttpPoster.h"
 #include "process/Translation.h"
 #include "soap/CVsoapParser.h"

@@ -8,11 +8,8 @@ set(dev_public_headers
   cvdblib/sqlite3/src/CVSQLite3ResultSet.h
   cvdblib/sqlite3/src/MessageConstants.h
   cvdblib/sqlite3/src/PreparedStatement.h
-  process/CVCCommandProcess.h
-  process/CVCCoradmProcess.h
   process/CVCProcess.h
   process/CVCSoapProcess.h
-  process/CommandParameters.h
   process/CommandRecords.h
   process/HttpPoster.h
   process/HttpTransfer.h

@@ -7,10 +7,10 @@
 
 #include "fuzz/FuzzSupport.h"
 #include "process/Commands.h"
-#include "process/HttpForm.h"
+#include "process/HttpPoster.h"
 #include "process/Translation.h"
+#include "soap/CVsoap.h"
 #include "soap/CVsoapParser.h"
-#include "soap/RequestGlobals.h"
 #include "syslib/CVLogInterface.h"
 
 using namespace quorbel;

@@ -1,9 +1,11 @@
 #include "process/CVCProcess.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 
 #include "cvdblib/sqlite3/src/CVMessageManager.h"
+#include "process/Commands.h"
 #include "process/HttpPoster.h"
 #include "syslib/CVLogInterface.h"
 #include "util/BoundedText.h"
@@ -93,4 +95,75 @@ void CVCProcess::ReportError(const char* code, const char* format, ...) {
     va_end(arguments);
     const bool isCut = wanted >= static_cast<int>(sizeof text);
     ShowResult(isCut ? WithoutIncompleteEnd(text) : std::string_view(text), code);
+}
+
+namespace {
+
+constexpr char kNoJobId[] = "99999999";
+
+int Width(std::string_view text) {
+    return static_cast<int>(std::min<std::size_t>(text.size(), 1024));
+}
+
+}  // namespace
+
+const char* CVCCommandProcess::FormatResultLine(std::string_view text, std::string_view code) {
+    const std::string_view given = (*parameters_)[Slot::JobId];
+    const std::string_view jobId = given.empty() ? kNoJobId : given;
+    std::snprintf(resultLine_, sizeof resultLine_, "%.*s %.*s \"%.*s\"\n", Width(code), code.data(),
+                  Width(jobId), jobId.data(), Width(text), text.data());
+    return resultLine_;
+}
+
+void CVCCommandProcess::ShowResult(std::string_view text, std::string_view code) {
+    std::printf("%s", FormatResultLine(text, code));
+}
+
+void CVCCommandProcess::ShowReply(std::string_view text) {
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    std::putchar('\n');
+}
+
+void CVCCommandProcess::RunMessaging() {
+    const auto& recipients = parameters_->recipients;
+    if (IsSingleCommand(parameters_->commandCode)) {
+        SendCommand(recipients.empty() ? std::string_view() : recipients.front());
+        return;
+    }
+    const std::size_t count = std::min(recipients.size(), kMaxRecipients);
+    for (std::size_t i = 0; i < count && !recipients[i].empty(); ++i) SendCommand(recipients[i]);
+}
+
+void CVCCommandProcess::SendCommand(std::string_view recipient) {
+    CommandParameters command = BuildMessageCommand(*parameters_, recipient);
+    Send(command, (*parameters_)[Slot::Url], (*parameters_)[Slot::Url2]);
+}
+
+void CVCCoradmProcess::PrepareCommand(std::size_t member) {
+    command_ = BuildAdministrationCommand(request_, member);
+}
+
+void CVCCoradmProcess::FinishCommand() {
+    command_ = {};
+}
+
+int CVCCoradmProcess::SendCommand(std::size_t member) {
+    const AdministrationParameters& parameters = *request_.parameters;
+    PrepareCommand(member);
+    const std::string_view url2 = failoverUrl_.empty() ? parameters[Slot::Url2] : failoverUrl_;
+    const int result = Send(command_, parameters[Slot::Url], url2);
+    FinishCommand();
+    return result;
+}
+
+void CVCCoradmProcess::RunAdministration() {
+    const AdministrationParameters& parameters = *request_.parameters;
+    if (parameters.allMembers == 1 || !IsMembershipWord(parameters[Slot::CommandWord])) {
+        SendCommand(0);
+        return;
+    }
+    const std::size_t count = std::min(parameters.memberNames.size(), kMaxMembers);
+    for (std::size_t i = 0; i < count && !parameters.memberNames[i].empty(); ++i) {
+        if (SendCommand(i) != 0) return;
+    }
 }

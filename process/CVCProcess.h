@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "process/CommandParameters.h"
+#include "process/CommandRecords.h"
 #include "process/HttpPoster.h"
 
 class CVLogInterface;
@@ -53,4 +53,56 @@ private:
     CVLogInterface* log_ = nullptr;
     std::optional<quorbel::PostReport> lastPost_;
     std::string lastOutput_;
+};
+
+/// Sends messages, message queries and confirmations. Alone it prints outcomes to standard output.
+class CVCCommandProcess : public virtual CVCProcess {
+public:
+    /// `parameters` is borrowed: it is read at each run and must outlive the object.
+    explicit CVCCommandProcess(const quorbel::MessagingParameters* parameters) : parameters_(parameters) {}
+
+    /// Prints the result line: the code, the job id ("99999999" without one) and the text in quotes.
+    void ShowResult(std::string_view text, std::string_view code) override;
+    void ShowReply(std::string_view text) override;
+
+    /// The last result line; empty while nothing failed.
+    const char* ResultLine() const { return resultLine_; }
+
+    /// Builds and sends the request's command, or one command for each recipient up to the first empty one.
+    void RunMessaging();
+
+protected:
+    /// Rewrites the result line (at most 1023 bytes) and returns it.
+    const char* FormatResultLine(std::string_view text, std::string_view code);
+    void ForgetResult() { resultLine_[0] = '\0'; }
+
+private:
+    void SendCommand(std::string_view recipient);
+
+    char resultLine_[1024] = {};
+    const quorbel::MessagingParameters* parameters_;
+};
+
+/// Sends administration requests.
+class CVCCoradmProcess : public virtual CVCProcess {
+public:
+    /// The request's records are read at each run and must outlive the object.
+    explicit CVCCoradmProcess(const quorbel::AdministrationRequest& request) : request_(request) {}
+
+    /// Replaces the request's second address for every send while it is not empty.
+    void SetFailoverUrl(const std::string& url) { failoverUrl_ = url; }
+
+    void PrepareCommand(std::size_t member) override;
+    void FinishCommand() override;
+
+    /// Builds and sends the request's command; a membership word sends one for each member up to the first
+    /// empty name, and stops at the first that fails.
+    void RunAdministration();
+
+private:
+    int SendCommand(std::size_t member);
+
+    quorbel::AdministrationRequest request_;
+    std::string failoverUrl_;
+    quorbel::CommandParameters command_;
 };

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "process/CVCCommandProcess.h"
-#include "process/CVCCoradmProcess.h"
+#include "process/CVCProcess.h"
 
 namespace quorbel {
 

@@ -1,4 +1,4 @@
-#include "process/CommandTable.h"
+#include "process/Commands.h"
 
 #include <algorithm>
 #include <climits>
@@ -18,30 +18,22 @@ using Source = CommandSource;
 
 // Values that no slot gives.
 
-template <auto Field>
-std::string Parameter(const Source& s) {
-    return s.administration->parameters->*Field;
+template <auto Record, auto Field>
+std::string FieldOf(const Source& s) {
+    return s.administration->*Record->*Field;
 }
 template <auto Field>
-std::string Admin(const Source& s) {
-    return s.administration->admin->*Field;
-}
+constexpr auto Parameter = FieldOf<&AdministrationRequest::parameters, Field>;
 template <auto Field>
-std::string Department(const Source& s) {
-    return s.administration->department->*Field;
-}
+constexpr auto Admin = FieldOf<&AdministrationRequest::admin, Field>;
 template <auto Field>
-std::string User(const Source& s) {
-    return s.administration->user->*Field;
-}
+constexpr auto Department = FieldOf<&AdministrationRequest::department, Field>;
 template <auto Field>
-std::string UserGroup(const Source& s) {
-    return s.administration->userGroup->*Field;
-}
+constexpr auto User = FieldOf<&AdministrationRequest::user, Field>;
 template <auto Field>
-std::string Schedule(const Source& s) {
-    return s.administration->schedule->*Field;
-}
+constexpr auto UserGroup = FieldOf<&AdministrationRequest::userGroup, Field>;
+template <auto Field>
+constexpr auto Schedule = FieldOf<&AdministrationRequest::schedule, Field>;
 template <auto Field>
 std::string Message(const Source& s) {
     return s.message->*Field;
@@ -129,13 +121,16 @@ constexpr Line kDepartmentLines[] = {
     {"newname", Department<&DepartmentInfo::newName>},
 };
 
+bool AuthenticatesBy(const AdministrationRequest& request, const char* kind) {
+    return EqualNoCase(request.user->authentication, kind);
+}
 template <auto Field>
 std::string IfSql(const Source& s) {
-    return EqualNoCase(s.administration->user->authentication, "sql") ? User<Field>(s) : "";
+    return AuthenticatesBy(*s.administration, "sql") ? User<Field>(s) : "";
 }
 template <auto Field>
 std::string IfNt(const Source& s) {
-    return EqualNoCase(s.administration->user->authentication, "nt") ? User<Field>(s) : "";
+    return AuthenticatesBy(*s.administration, "nt") ? User<Field>(s) : "";
 }
 
 constexpr Line kUserLines[] = {
@@ -269,10 +264,6 @@ bool IsSet(const char* field) {
 
 bool HasMember(const Request& r) {
     return !r.parameters->memberNames.empty() && HoldsPrintable(r.parameters->memberNames.front());
-}
-
-bool AuthenticatesBy(const Request& r, const char* kind) {
-    return EqualNoCase(r.user->authentication, kind);
 }
 
 constexpr Check kGroupName = {
@@ -490,8 +481,7 @@ std::span<const Line> CredentialLines() {
 }
 
 const Command* CommandOf(std::string_view word) {
-    const auto* row = std::find_if(std::begin(kCommands), std::end(kCommands),
-                                   [word](const Command& command) { return command.word == word; });
+    const auto* row = std::ranges::find(kCommands, word, &Command::word);
     return row == std::end(kCommands) ? nullptr : row;
 }
 

@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <string>
 
-#include "process/CommandTable.h"
-#include "process/HttpForm.h"
+#include "process/HttpPoster.h"
 #include "soap/Methods.h"
 #include "util/StringRoutines.h"
 

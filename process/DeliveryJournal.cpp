@@ -4,9 +4,9 @@
 #include <cstdlib>
 #include <random>
 
-#include "process/ServerAddress.h"
+#include "process/AllowedServers.h"
+#include "soap/CVsoap.h"
 #include "soap/Methods.h"
-#include "soap/RequestGlobals.h"
 #include "syslib/CVsysEventLogInterface.h"
 #include "syslib/IniReaderWriter.h"
 #include "syslib/LogPaths.h"

@@ -2,15 +2,34 @@
 
 #include <cstddef>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
-#include "process/CommandParameters.h"
+#include "process/CommandRecords.h"
 #include "process/HttpTransfer.h"
 #include "util/TextBuffer.h"
 
+namespace quorbel {
+
+/// The capacity for the names and the values of a form body.
+inline constexpr std::size_t kFieldCapacity = 10000;
+
+/// Encodes a name or a value for a form body, as it would fit into a field of `capacity` bytes: encoding
+/// stops without notice where fewer than five bytes remain. Letters, digits and "/_." travel unchanged, any
+/// other byte as "%" and two lower-case hexadecimal digits, a byte above ASCII as "%ff"
+/// (kept for compatibility).
+std::string EncodeFormText(std::string_view text, std::size_t capacity);
+
+/// The form body of a command's lines, each split at its first "=". Empty lines are skipped, but one that is
+/// not the first still leaves its separator to the next. Throws std::bad_alloc.
+TextBuffer BuildFormBody(std::span<const std::string> lines);
+
+}  // namespace quorbel
+
 // Posts one command to a paging server over HTTP or HTTPS and collects the reply. Nothing but std::bad_alloc
-// is thrown, nothing is logged; results are the transport library's codes. Only http and https addresses are followed, never a redirect, and an HTTP error status is a reply like any other.
+// is thrown, nothing is logged; results are the transport library's codes. Only http and https addresses are followed,
+// never a redirect, and an HTTP error status is a reply like any other.
 
 /// The transport's callback for reply bytes and headers. Appends `count` bytes to the TextBuffer `user`, or
 /// writes them to standard output without one; `size` is ignored, it is always 1. Returns `count`, also when

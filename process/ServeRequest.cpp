@@ -6,21 +6,22 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <string>
 #include <type_traits>
 
 #include "process/AllowedServers.h"
 #include "process/CVCSoapProcess.h"
 #include "process/DeliveryJournal.h"
-#include "process/RunLogs.h"
 #include "process/Translation.h"
 #include "soap/AnswerWriter.h"
 #include "soap/CVsoap.h"
 #include "soap/CVsoapParser.h"
 #include "soap/Methods.h"
-#include "soap/RequestGlobals.h"
 #include "soap/RequestRecord.h"
 #include "syslib/CVsysEventLogInterface.h"
+#include "syslib/CVsysEventLogModNames.h"
+#include "syslib/LogPaths.h"
 #include "util/BoundedText.h"
 #include "util/FileStamp.h"
 #include "util/SpoolDirectories.h"
@@ -29,6 +30,78 @@
 namespace quorbel {
 
 namespace {
+
+// The logs that a run writes. They are kept from one run to the next, which costs a look at the status of cvlogs.ini and
+// of the log file; they are set up again as soon as that configuration or the log directory is another one, or the file
+// can no longer be written. A database is opened anew for each run, so their pointers are fetched again for each run.
+// Logs in files may be carried over a fork.
+
+using LogPointer = std::unique_ptr<CVsysEventLogInterface>;
+
+struct Logs {
+    std::string configDirectory;
+    std::string logDirectory;
+    FileStamp configuration;
+    LogPointer run;
+    LogPointer journal;
+    std::optional<bool> hasJournal;  ///< a section for it
+};
+
+// Never deleted: entries may still come while the process ends.
+Logs& OfProcess() {
+    static auto* const logs = new Logs;
+    return *logs;
+}
+
+/// A database may have been replaced, which its open connection would not see.
+bool MayBeKept(const LogPointer& log) {
+    if (!log || !log->IsReady()) return false;
+    const WriterDescription writer = log->Describe();
+    return writer.kind == WriterDescription::Kind::File && WhyNotWritable(writer.path).empty();
+}
+
+bool IsOfNow(const Logs& logs, const FileStamp& configuration, const std::string& logDirectory) {
+    return logs.configuration.IsReliable() && logs.configuration == configuration &&
+           logs.logDirectory == logDirectory;
+}
+
+/// The log of module "SOAP"; null when it cannot be used. Throws std::bad_alloc.
+CVsysEventLogInterface* RunLog(const std::string& configDirectory, const std::string& logDirectory) {
+    Logs& logs = OfProcess();
+    const FileStamp configuration(LogConfigPath(configDirectory));
+    if (!IsOfNow(logs, configuration, logDirectory)) {
+        logs = {};
+        logs.configDirectory = configDirectory;
+        logs.logDirectory = logDirectory;
+        logs.configuration = configuration;
+        CVsysEventLogInterface::SetDefaultLogDirectory(logDirectory);
+    }
+    if (!MayBeKept(logs.run)) {
+        logs.run.reset();  // before its place is taken
+        logs.run = CVsysEventLogInterface::Create(CVsysEventLogModNames[kSoapModule], LogThreading::Single,
+                                                  configDirectory);
+    }
+    return logs.run && logs.run->IsReady() ? logs.run.get() : nullptr;
+}
+
+/// The delivery journal, for the directories that RunLog was called with; null when the site keeps none or it cannot be
+/// opened. Throws std::bad_alloc.
+CVsysEventLogInterface* RunJournal() {
+    Logs& logs = OfProcess();
+    if (!logs.hasJournal) logs.hasJournal = HasDeliveryLog(logs.configDirectory);
+    if (!*logs.hasJournal) return nullptr;
+    if (!MayBeKept(logs.journal)) {
+        logs.journal.reset();
+        logs.journal = OpenDeliveryLog(logs.configDirectory);
+    }
+    return logs.journal && logs.journal->IsReady() ? logs.journal.get() : nullptr;
+}
+
+/// Deletes those that must not be carried over a fork.
+void DropLogsBeforeFork() {
+    Logs& logs = OfProcess();
+    if (!MayBeKept(logs.run) || (logs.journal && !MayBeKept(logs.journal))) logs = {};
+}
 
 constexpr int kServed = 0;
 constexpr int kNotServed = -1;

@@ -11,7 +11,7 @@ namespace quorbel {
 int ServeRequest(const char* programPath);
 
 /// Forgets everything that one run leaves for the next: the answer, the method, the command records, the
-/// addresses and passwords of the request, and the result. The logs stay, see RunLogs.h.
+/// addresses and passwords of the request, and the result. The logs stay.
 void ResetRun();
 
 /// Reads the site's configuration and sets its logs up as the first run of a process does, for a process that only its

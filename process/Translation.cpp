@@ -5,11 +5,10 @@
 
 #include "process/AllowedServers.h"
 #include "process/CVCSoapProcess.h"
-#include "process/CommandTable.h"
 #include "process/Commands.h"
 #include "soap/AnswerWriter.h"
+#include "soap/CVsoap.h"
 #include "soap/Methods.h"
-#include "soap/RequestGlobals.h"
 #include "syslib/CVsysEventLogInterface.h"
 #include "util/BoundedText.h"
 #include "util/StringRoutines.h"

@@ -2,8 +2,8 @@
 
 #include <cstdio>
 
+#include "soap/CVsoap.h"
 #include "soap/Envelopes.h"
-#include "soap/RequestGlobals.h"
 
 namespace quorbel {
 

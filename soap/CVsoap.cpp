@@ -6,7 +6,16 @@
 #include <cerrno>
 #include <climits>
 
+#include "soap/Methods.h"
 #include "syslib/CVLogInterface.h"
+
+using namespace quorbel;
+
+char g_szCommand[256];
+int currentMethodCode = kNoMethod;
+char m_szHostName[256];
+char m_szPath[1024];
+StartArguments gArguments;
 
 namespace quorbel {
 

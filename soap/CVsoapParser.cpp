@@ -1,15 +1,16 @@
 #include "soap/CVsoapParser.h"
 
 #include <expat.h>
+#include <malloc.h>
 
 #include <climits>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 
+#include "soap/CVsoap.h"
 #include "soap/FieldCapture.h"
 #include "soap/Methods.h"
-#include "soap/ParserMemory.h"
-#include "soap/RequestGlobals.h"
 #include "syslib/CVLogInterface.h"
 #include "util/BoundedText.h"
 #include "util/StringRoutines.h"
@@ -17,6 +18,44 @@
 namespace quorbel {
 
 namespace {
+
+// Memory for the XML parser, up to a limit: it keeps something for every open element and for every name that it
+// has seen, so a small document can make it ask for a multiple of its own size. What is freed may be taken again.
+
+/// What the parser may still take.
+thread_local std::size_t left = 0;
+
+/// What an allocation really takes, its header included.
+std::size_t CostOf(void* memory) {
+    return memory == nullptr ? 0 : malloc_usable_size(memory) + sizeof(std::size_t);
+}
+
+void Charge(void* memory) {
+    const std::size_t cost = CostOf(memory);
+    left -= cost < left ? cost : left;
+}
+
+void* TakeParserMemory(std::size_t size) noexcept {
+    if (size > left) return nullptr;
+    void* memory = std::malloc(size);
+    Charge(memory);
+    return memory;
+}
+
+void* ResizeParserMemory(void* memory, std::size_t size) noexcept {
+    const std::size_t before = CostOf(memory);
+    if (size > left + before) return nullptr;
+    void* resized = std::realloc(memory, size);
+    if (resized == nullptr) return nullptr;
+    left += before;
+    Charge(resized);
+    return resized;
+}
+
+void FreeParserMemory(void* memory) noexcept {
+    left += CostOf(memory);
+    std::free(memory);
+}
 
 struct FreeParser {
     void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
@@ -154,7 +193,7 @@ void XMLCALL HandleDoctype(void* userData, const XML_Char*, const XML_Char*, con
 ParserHandle MakeParser(std::size_t length) {
     static constexpr XML_Memory_Handling_Suite kMemory = {TakeParserMemory, ResizeParserMemory,
                                                           FreeParserMemory};
-    LimitParserMemory(kMemoryForAny + kMemoryForByte * length);
+    left = kMemoryForAny + kMemoryForByte * length;
     return ParserHandle(XML_ParserCreate_MM(nullptr, &kMemory, nullptr));
 }
 

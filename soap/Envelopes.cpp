@@ -4,7 +4,6 @@
 
 #include <array>
 
-#include "soap/ServiceNames.h"
 #include "util/BoundedText.h"
 
 namespace quorbel {

@@ -12,7 +12,7 @@
 #include "CVioSocket.h"
 #include "LockFile.h"
 #include "cvdblib/sqlite3/src/CVMessageManager.h"
-#include "process/CVCCommandProcess.h"
+#include "process/CVCProcess.h"
 #include "syslib/CVsysEventLogInterface.h"
 #include "syslib/IniReaderWriter.h"
 #include "syslib/SocketTrace.h"

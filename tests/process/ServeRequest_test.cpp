@@ -4,7 +4,7 @@
 
 #include "process/CVCSoapProcess.h"
 #include "soap/AnswerWriter.h"
-#include "soap/RequestGlobals.h"
+#include "soap/CVsoap.h"
 #include "tests/support/LoopbackServer.h"
 #include "util/BoundedText.h"
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "soap/RequestGlobals.h"
+#include "soap/CVsoap.h"
 #include "util/BoundedText.h"
 
 using namespace quorbel;

@@ -3,8 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "soap/CVsoap.h"
 #include "soap/Methods.h"
-#include "soap/RequestGlobals.h"
 #include "tests/support/RecordingLog.h"
 #include "util/BoundedText.h"
 

@@ -6,7 +6,7 @@
 #include <filesystem>
 
 #include "soap/CVsoapParser.h"
-#include "soap/ServiceNames.h"
+#include "soap/Envelopes.h"
 #include "tests/support/RecordingLog.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/XmlTree.h"

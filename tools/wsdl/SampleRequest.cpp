@@ -1,7 +1,6 @@
 #include <algorithm>
 
 #include "soap/Envelopes.h"
-#include "soap/ServiceNames.h"
 #include "tools/wsdl/RequestElements.h"
 #include "tools/wsdl/ServicePage.h"
 

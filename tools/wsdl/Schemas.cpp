@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "soap/ServiceNames.h"
+#include "soap/Envelopes.h"
 #include "tools/wsdl/Notes.h"
 #include "tools/wsdl/RequestElements.h"
 

@@ -1,6 +1,6 @@
 #include "tools/wsdl/ServiceDescription.h"
 
-#include "soap/ServiceNames.h"
+#include "soap/Envelopes.h"
 #include "tools/wsdl/Notes.h"
 #include "tools/wsdl/Schemas.h"
 

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "soap/Envelopes.h"
-#include "soap/ServiceNames.h"
 #include "tools/wsdl/MethodForm.h"
 #include "tools/wsdl/Notes.h"
 #include "tools/wsdl/PageTexts.h"

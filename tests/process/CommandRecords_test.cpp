@@ -1,4 +1,4 @@
-#include "process/CommandParameters.h"
+#include "process/CommandRecords.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
