@@ -34,7 +34,8 @@ std::optional<LogSettings> Load(const TempDir& dir) {
 // "file 3: key=value key=value", in the order in which the writer gets them.
 std::string Rendered(const LogSettings& settings) {
     std::string text = settings.writer + " " + std::to_string(static_cast<unsigned>(settings.level)) + ":";
-    for (const auto& [key, value] : settings.properties) text.append(" ").append(key).append("=").append(value);
+    for (const auto& [key, value] : settings.properties)
+        text.append(" ").append(key).append("=").append(value);
     return text;
 }
 
