@@ -20,10 +20,9 @@ constexpr struct {
     const char* word;
     std::int64_t seconds;
 } kUnits[] = {
-    {"s", 1},         {"sec", 1},          {"second", 1},        {"seconds", 1},  {"m", 60},
-    {"min", 60},      {"mins", 60},        {"minute", 60},       {"minutes", 60}, {"h", 3600},
-    {"hour", 3600},   {"hours", 3600},     {"d", 86400},         {"day", 86400},  {"days", 86400},
-    {"w", 7 * 86400}, {"week", 7 * 86400}, {"weeks", 7 * 86400},
+    {"s", 1},     {"sec", 1},     {"second", 1},   {"seconds", 1}, {"m", 60},        {"min", 60},
+    {"mins", 60}, {"minute", 60}, {"minutes", 60}, {"h", 3600},    {"hour", 3600},   {"hours", 3600},
+    {"d", 86400}, {"day", 86400}, {"days", 86400}, {"w", 604800},  {"week", 604800}, {"weeks", 604800},
 };
 
 constexpr struct {

@@ -84,6 +84,7 @@ std::deque<KeptEntry> LastEntries(WantedEntries& entries, std::int64_t most) {
 
 std::vector<const LogEntry*> Sorted(const std::deque<KeptEntry>& kept, const QueryChoice& choice) {
     std::vector<const LogEntry*> sorted;
+    sorted.reserve(kept.size());
     for (const auto& entry : kept) sorted.push_back(&entry.Get());
     if (choice.newest) std::reverse(sorted.begin(), sorted.end());
     std::stable_sort(sorted.begin(), sorted.end(), [&](const LogEntry* a, const LogEntry* b) {

@@ -26,6 +26,10 @@ std::string FaultOf(const std::string& line, int number, std::map<std::int32_t, 
     }
 }
 
+std::string At(const std::string& path, int number) {
+    return path + ":" + std::to_string(number) + ": ";
+}
+
 }  // namespace
 
 std::string FindConstantsFault(const std::string& path) {
@@ -36,7 +40,7 @@ std::string FindConstantsFault(const std::string& path) {
     std::string line;
     for (int number = 1; ReadWholeLine(file, line); ++number) {
         const std::string fault = FaultOf(line, number, lines);
-        if (!fault.empty()) return path + ":" + std::to_string(number) + ": " + fault;
+        if (!fault.empty()) return At(path, number) + fault;
     }
     return {};
 }

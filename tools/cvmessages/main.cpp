@@ -26,7 +26,7 @@ struct Choice {
 
 // Looking must not create a catalogue, and the database would spend 25 s on a path that cannot be read.
 std::string ReadableCatalogue(const Choice& choice) {
-    const std::string path = CVMessageManager::GetDBFilePath(choice.configDirectory);
+    std::string path = CVMessageManager::GetDBFilePath(choice.configDirectory);
     if (IsReadableDatabase(path)) return path;
     const bool readable = access(path.c_str(), R_OK) == 0;
     throw std::runtime_error("no catalogue at " + path + ": " +
@@ -34,7 +34,7 @@ std::string ReadableCatalogue(const Choice& choice) {
 }
 
 void Load(const Choice& choice) {
-    const std::string path = CVMessageManager::GetDBFilePath(choice.configDirectory);
+    std::string path = CVMessageManager::GetDBFilePath(choice.configDirectory);
     // Before the load, which creates a catalogue where there is none, even when it fails.
     const std::string fault = FindConstantsFault(choice.file);
     if (!fault.empty()) throw std::runtime_error(fault + "; the catalogue is as it was");
