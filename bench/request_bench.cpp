@@ -11,15 +11,21 @@
 
 #include <cstdlib>
 #include <ctime>
+#include <filesystem>
+#include <fstream>
 
 #include "process/Commands.h"
+#include "process/DeliveryJournal.h"
 #include "process/HttpPoster.h"
 #include "process/Translation.h"
+#include "soap/CVsoap.h"
 #include "soap/CVsoapParser.h"
 #include "soap/Envelopes.h"
 #include "soap/Methods.h"
 #include "syslib/CVLogInterface.h"
+#include "syslib/CVsysEventLogInterface.h"
 #include "tests/support/LoopbackServer.h"
+#include "util/BoundedText.h"
 
 using namespace quorbel;
 
@@ -166,6 +172,53 @@ void WorstShape(benchmark::State& state) {
     state.SetLabel(shape.name);
 }
 BENCHMARK(WorstShape)->DenseRange(0, std::ssize(kShapes) - 1)->Unit(benchmark::kMillisecond);
+
+/// A directory with logs in it, removed at the end.
+class LogDirectory {
+public:
+    LogDirectory() {
+        char name[] = "/tmp/quorbel-bench-XXXXXX";
+        if (mkdtemp(name) == nullptr) std::abort();
+        path_ = name;
+        std::ofstream(path_ + "/cvlogs.ini")
+            << "[main]\nlevel=info\nbytesPerFiles=10000000\n[SOAP]\n[Deliveries]\n";
+        CVsysEventLogInterface::SetDefaultLogDirectory(path_);
+    }
+    ~LogDirectory() { std::filesystem::remove_all(path_); }
+    LogDirectory(const LogDirectory&) = delete;
+    LogDirectory& operator=(const LogDirectory&) = delete;
+    const std::string& Path() const { return path_; }
+
+private:
+    std::string path_;
+};
+
+/// What the delivery journal adds to a request, to be held against LogEntry and PostOnLoopback.
+void JournalEntry(benchmark::State& state) {
+    const LogDirectory directory;
+    const auto log = OpenDeliveryLog(directory.Path());
+    RequestRecord record;
+    record.Set(Slot::Url, "http://pager1.example:8080/cgi/cmd");
+    record.Set(Slot::Recipient, "night");
+    CopyText(g_szCommand, "SendStdMessage");
+    const PostReport post{.primary = {.httpStatus = 200, .received = 34, .isAnythingSent = true},
+                          .secondary = std::nullopt};
+    for (auto _ : state) {
+        DeliveryJournal journal(log.get(), record);
+        journal.Sending();
+        journal.Posted(post, "OK job 100001.1 queued for night");
+    }
+}
+BENCHMARK(JournalEntry)->Unit(benchmark::kMicrosecond)->UseRealTime();
+
+/// One entry of the same length in the front end's own log.
+void LogEntry(benchmark::State& state) {
+    const LogDirectory directory;
+    const auto log = CVsysEventLogInterface::Create("SOAP", LogThreading::Single, directory.Path());
+    const std::string text(200, 'x');
+    for (auto _ : state) log->Info(nullptr, "%s\n", text.c_str());
+}
+BENCHMARK(LogEntry)->Unit(benchmark::kMicrosecond)->UseRealTime();
 
 /// The program started and ended: without REQUEST_METHOD it stops behind its set-up (here: a site that is not
 /// there).

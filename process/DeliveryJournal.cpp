@@ -1,8 +1,8 @@
 #include "process/DeliveryJournal.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
-#include <random>
 
 #include "process/AllowedServers.h"
 #include "soap/CVsoap.h"
@@ -28,8 +28,7 @@ std::string Environment(const char* name) {
 
 std::string RandomId() {
     static constexpr char kHex[] = "0123456789abcdef";
-    std::random_device random;
-    unsigned bits = random();
+    std::uint32_t bits = arc4random();
     std::string id;
     for (int digit = 0; digit < 8; ++digit, bits >>= 4) id += kHex[bits & 0x0F];
     return id;

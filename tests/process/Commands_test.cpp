@@ -126,6 +126,23 @@ TEST(MessageCommands, RecipientLineIsNamedByTheCode) {
         EXPECT_THAT(BuildMessageCommand(WithCode(c.code), "kim").lines, testing::Contains(c.line));
 }
 
+TEST(MessageCommands, NoCustomFieldIsALineOfTheCommandItself) {
+    const struct {
+        const char* name;
+        bool isRefused;
+    } cases[] = {
+        {"CMD", true},           {"subcmd", true}, {"ModId", true},  {"adminUserName", true},
+        {"adminpassword", true}, {"cmdx", false},  {"mycmd", false}, {"admin", false},
+    };
+    for (const auto& c : cases) {
+        auto parameters = WithCode(kStandardSend);
+        parameters.recipients = {"kim"};
+        parameters.extras = {
+            {std::make_shared<TextBuffer>(c.name), std::make_shared<TextBuffer>("x"), nullptr}};
+        EXPECT_EQ(RefusalOf(parameters) != nullptr, c.isRefused) << c.name;
+    }
+}
+
 TEST(MessageCommands, FormsAddTheirLinesInFrontOfTheRecipient) {
     auto parameters = WithCode(kStandardSend);
     parameters.form = kVoiceForm;
