@@ -155,9 +155,9 @@ int Main(CLI::App& app, int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app{"Serves SOAP requests that a web server passes on by SCGI, without a start for each.",
-                 kName};
     try {
+        CLI::App app{"Serves SOAP requests that a web server passes on by SCGI, without a start for each.",
+                     kName};
         return Main(app, argc, argv);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s: %s\n", kName, error.what());
