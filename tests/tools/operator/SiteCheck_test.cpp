@@ -158,8 +158,8 @@ TEST(SiteCheck, TellsOfServersThatCannotBeReached) {
     https.replace(0, 4, "https");
     const auto result = whole.Check({"--json", DeadUrl(), https});
     EXPECT_EQ(result.exitStatus, 2);
-    EXPECT_THAT(result.output,
-                HasSubstr("{\"state\":\"CRITICAL\",\"point\":\"server\",\"text\":\"" + DeadUrl()));
+    EXPECT_THAT(result.output, HasSubstr("{\"state\":\"CRITICAL\",\"point\":\"server\",\"text\":\"" +
+                                         DeadUrl() + ": Socket Connect Failed: Connection refused"));
     EXPECT_THAT(result.output, HasSubstr(https + ": ")) << "no handshake";
     whole.site.Files().Write("config/servers", "http://pager.example\n");
     EXPECT_THAT(whole.Check({server.Url()}).output,
