@@ -1,19 +1,14 @@
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "CVException.h"
+#include "PathRoutines.h"
 #include "cvdblib/sqlite3/src/CVMessageManager.h"
 #include "cvdblib/sqlite3/src/CVSQLite3Database.h"
 #include "tools/cvlogs/Commands.h"
@@ -201,23 +196,13 @@ std::string ReportTitle(const EntryChoice& entries) {
     return title;
 }
 
-/// Replaces the file as a whole: who reads it meanwhile never sees half of it. A link stays one.
-void ReplaceFile(const std::string& path, const std::string& text) {
-    const std::string real = std::filesystem::weakly_canonical(path);
-    const std::string unfinished = real + "." + std::to_string(getpid()) + ".new";
-    std::ofstream file(unfinished, std::ios::binary);
-    const bool isWritten = static_cast<bool>((file << text).flush());
-    file.close();
-    if (isWritten && file && std::rename(unfinished.c_str(), real.c_str()) == 0) return;
-    const std::string reason = std::strerror(errno);
-    std::remove(unfinished.c_str());
-    throw std::runtime_error("cannot write " + path + ": " + reason);
-}
-
 void WriteReport(const DeliveriesChoice& choice) {
     DeliveryReport report;
     ForEachDelivery(choice.wanted, [&](const DeliveryRecord& record) { report.Add(record); });
-    ReplaceFile(choice.html, report.Page(ReportTitle(choice.wanted.entries), LocalTime(std::time(nullptr))));
+    const std::string page = report.Page(ReportTitle(choice.wanted.entries), LocalTime(std::time(nullptr)));
+    if (!ReplaceFile(choice.html, page)) {
+        throw std::runtime_error("cannot write " + choice.html + ": " + GetSystemErrorText());
+    }
 }
 
 }  // namespace

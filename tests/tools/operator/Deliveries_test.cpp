@@ -112,6 +112,23 @@ TEST(Deliveries, ShowsOnlyWhatIsWanted) {
     EXPECT_EQ(journal.Show({"--since", "2026-11-21 17:05:01"}), "1 cvlogs: no such deliveries\n");
 }
 
+TEST(Deliveries, LeavesTheOldReportWhenTheNewOneCannotBeWrittenWhole) {
+    const JournalSite journal;
+    const std::string report = journal.site.Files().Write("web/report.html", "the old one");
+    // No file may be longer than a block; without the signal a write fails, with it the program is killed in it.
+    for (const char* atTheLimit : {"trap '' XFSZ", ":"}) {
+        const auto result = RunProgram(
+            {.program = "/bin/sh",
+             .arguments = {"-c", std::string(atTheLimit) +
+                                     "; ulimit -f 1; exec " CVLOGS_PROGRAM " deliveries --config-dir " +
+                                     journal.site.Config() + " --html " + report}});
+        EXPECT_NE(result.exitStatus, 0) << atTheLimit;
+        EXPECT_EQ(ReadFile(report), "the old one") << atTheLimit;
+    }
+    EXPECT_EQ(journal.Show({"--html", report}), "0 ");
+    EXPECT_THAT(ReadFile(report), HasSubstr("</html>"));
+}
+
 TEST(Deliveries, SumsUpByServerOutcomeAndMethod) {
     const JournalSite journal;
     EXPECT_THAT(journal.Show({"--summary"}),
