@@ -2,7 +2,6 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -12,6 +11,7 @@
 #include "cvdblib/sqlite3/src/CVMessageManager.h"
 #include "cvdblib/sqlite3/src/CVSQLite3Database.h"
 #include "tools/check/Finding.h"
+#include "util/BoundedText.h"
 
 namespace quorbel {
 
@@ -57,7 +57,7 @@ Finding CheckDescription(const Site& site) {
 Findings CheckResident() {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
-    std::strcpy(address.sun_path, kResidentSocket);
+    CopyText(address.sun_path, kResidentSocket);
     if (access(kResidentSocket, F_OK) != 0) return {};  // not installed
     const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     const bool answers = connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;

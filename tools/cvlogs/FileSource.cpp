@@ -11,7 +11,7 @@ namespace quorbel {
 namespace {
 
 constexpr std::size_t kBlock = 1 << 20;
-constexpr std::int64_t kMegabyte = 1000 * 1000;
+constexpr std::int64_t kMegabyte = 1000000;
 // No program writes so long an entry: what has no beginning for so long is no log.
 constexpr std::size_t kLongestEntry = 16 * kBlock;
 
