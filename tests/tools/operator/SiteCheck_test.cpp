@@ -17,7 +17,6 @@ using namespace quorbel;
 
 namespace fs = std::filesystem;
 using testing::HasSubstr;
-using testing::Not;
 
 namespace {
 
