@@ -25,7 +25,7 @@ std::string Raw(std::string url, CURLUPart part) {
     }
     char* text = nullptr;
     if (curl_url_get(parser.get(), part, &text, CURLU_DEFAULT_PORT) != CURLUE_OK) return {};
-    const std::string owned = text;
+    std::string owned = text;
     curl_free(text);
     return owned;
 }
@@ -51,7 +51,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string input = Text(data, size);
     const std::size_t end = std::min(input.find('\0'), input.size());
     const std::string list = input.substr(0, end);
-    const std::string url = input.substr(std::min(end + 1, input.size())).c_str();
+    const std::string rest = input.substr(std::min(end + 1, input.size()));
+    const std::string url = rest.substr(0, rest.find('\0'));  // no request holds such a byte
     const AllowedServers servers(list);
     if (servers.Permits(url)) Require(servers.Problem().empty() && !Raw(url, CURLUPART_HOST).empty());
     if (fixed.Permits(url)) Require(IsOneOfTheFixed(url));
