@@ -7,7 +7,6 @@
 #include "process/CVCSoapProcess.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/LoopbackServer.h"
-#include "tests/support/RecordingLog.h"
 #include "tests/support/TempDir.h"
 
 using namespace quorbel;
@@ -49,31 +48,6 @@ AdministrationRequest Members(AdministrationParameters& parameters, std::vector<
 
 }  // namespace
 
-TEST(CVCProcess, ShowsAndLogsTheReply) {
-    LoopbackServer server({.body = "50%% done"});
-    ShowingProcess process;
-    RecordingLog log;
-    process.SetEventLog(&log);
-    CommandParameters command;
-    std::string copy;
-    EXPECT_EQ(process.Send(command, server.Url(), "", &copy), 0);
-    EXPECT_EQ(copy, "50%% done");
-    EXPECT_THAT(process.shown, ElementsAre("50%% done"));
-    EXPECT_THAT(log.entries, ElementsAre("3 50%% done\n"));
-}
-
-TEST(CVCProcess, ReportsAFailureWithTheOutputAsItsFormat) {
-    LoopbackServer server({.body = "50%% of %s", .missing = 10});
-    ShowingProcess process;
-    RecordingLog log;
-    process.SetEventLog(&log);
-    CommandParameters command;
-    EXPECT_EQ(process.Send(command, server.Url(), ""), 18);
-    EXPECT_THAT(process.shown, ElementsAre("2012: 50% of (null)Transferred a partial file",
-                                           "50%% of %sTransferred a partial file"));
-    EXPECT_THAT(log.entries, ElementsAre("5 Send process aborted.\n"));
-}
-
 TEST(CVCProcess, FailureWithoutTextIsReportedFromTheCatalogueIfThereIsOne) {
     TempDir dir;
     const auto shownWithout = [](const std::string& directory) {
@@ -99,20 +73,6 @@ TEST(CVCProcess, FailureWithoutTextIsReportedFromTheCatalogueIfThereIsOne) {
               Child::Finished);
 }
 
-TEST(CVCSoapProcess, FailedMessageIsAResponseAndKeepsItsResultLine) {
-    MessagingParameters parameters;
-    parameters.commandCode = kConfirm;
-    parameters.Set(Slot::Url, DeadUrl());
-    CVCSoapProcess process(&parameters, {});
-    EXPECT_EQ(process.ResultText(), "");
-    testing::internal::CaptureStdout();
-    process.Run(RunMode::Messaging);
-    EXPECT_THAT(testing::internal::GetCapturedStdout(),
-                testing::HasSubstr(">Couldn&apos;t connect to server<"));
-    EXPECT_EQ(process.ResultText(), "Couldn't connect to server");
-    EXPECT_STREQ(process.ResultLine(), "2012 99999999 \"Couldn't connect to server\"\n");
-}
-
 TEST(CVCSoapProcess, MessageWithoutRoomForItsTextIsNotPosted) {
     LoopbackServer server;
     MessagingParameters parameters;
@@ -129,15 +89,6 @@ TEST(CVCSoapProcess, MessageWithoutRoomForItsTextIsNotPosted) {
     EXPECT_THAT(testing::internal::GetCapturedStdout(), testing::HasSubstr(">Out of memory<"));
     EXPECT_STREQ(process.ResultLine(), "2012 99999999 \"Out of memory\"\n");
     EXPECT_THAT(server.Bodies(), IsEmpty());
-}
-
-TEST(CVCProcess, ReportedPartialReplyIsCutBetweenCharacters) {
-    LoopbackServer server({.body = std::string(2046, 'x') + "\xC3\xA9tail", .missing = 10});
-    ShowingProcess process;
-    CommandParameters command;
-    process.Send(command, server.Url(), "");
-    ASSERT_EQ(process.shown.size(), 2u);
-    EXPECT_EQ(process.shown[0], "2012: " + std::string(2046, 'x'));
 }
 
 TEST(CVCProcess, ReportsAreCutBetweenCharacters) {

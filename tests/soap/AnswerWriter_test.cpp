@@ -35,11 +35,3 @@ TEST_F(AnswerWriterTest, NothingFollowsAFault) {
     EXPECT_EQ(Written([] { WriteResponse("OK"); }), "");
     EXPECT_EQ(Written([] { WriteFault("2012", "again"); }), "");
 }
-
-TEST_F(AnswerWriterTest, ResponsesFollowEachOther) {
-    const auto both = Written([] {
-        WriteResponse("one");
-        WriteResponse("two");
-    });
-    EXPECT_LT(both.find("<SendStdMessageResult>one<"), both.find("<SendStdMessageResult>two<"));
-}

@@ -1,18 +1,14 @@
 #include "soap/CVsoapParser.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "soap/CVsoap.h"
-#include "soap/Methods.h"
 #include "tests/support/RecordingLog.h"
 #include "util/BoundedText.h"
 
 using namespace quorbel;
 
 namespace {
-
-using testing::ElementsAre;
 
 class EnvelopeParserTest : public testing::Test {
 protected:
@@ -33,24 +29,6 @@ protected:
 };
 
 }  // namespace
-
-TEST_F(EnvelopeParserTest, KnowsEveryMethodInAnySpellingThatEndsWithItsName) {
-    for (const Method& method : Methods()) {
-        for (const std::string prefix : {"", "My", "ns1.", "X-"}) {
-            RequestRecord fresh;
-            std::string name = prefix + std::string(method.name);
-            if (prefix == "X-") {
-                for (char& c : name) c = static_cast<char>(std::toupper(c));
-            }
-            ASSERT_EQ(ParseEnvelope(("<" + name + "/>").c_str(), fresh, log), 1) << name;
-            EXPECT_EQ(currentMethodCode, method.code) << name;
-            EXPECT_EQ(g_szCommand, method.name);
-            EXPECT_EQ(fresh[Slot::CommandWord], method.commandWord);
-            const bool member = method.endRecords == EndRecords::MemberKind;
-            EXPECT_EQ(fresh[member ? Slot::MemberKind : Slot::MessagingAction], method.endWord);
-        }
-    }
-}
 
 TEST_F(EnvelopeParserTest, DeliversUtf8WhateverTheDocumentsEncoding) {
     Parse(
