@@ -100,6 +100,7 @@ TEST(CVconEvent, LosesNoWakeUpBetweenABusyWorkerAndItsCallers) {
     CVconEvent event;
     std::atomic<int> waiting{0};
     std::vector<std::thread> callers;
+    callers.reserve(kCallers);
     for (int i = 0; i < kCallers; ++i) {
         callers.emplace_back([&] {
             for (int call = 0; call < kCalls; ++call) {

@@ -78,7 +78,8 @@ TEST(CVioSocket, CarriesAndTracesBytesBothWays) {
 
 TEST(CVioSocket, WritesMoreThanThePeerTakesAtOnce) {
     Pair pair;
-    const std::string much(20'000'000, 'm');
+    std::string much;
+    much.resize(20'000'000, 'm');
     std::size_t received = 0;
     std::thread reader([&] {
         std::string buffer(1 << 20, '\0');
@@ -131,10 +132,11 @@ TEST(CVioSocket, NamesThePeerOfAFailure) {
 TEST(CVioSocket, GivesUpWhenItsTimeIsOver) {
     Pair pair;
     char c;
+    std::string much;
+    much.resize(50'000'000, 'm');
     const std::string timedOut = "|" + pair.listener.GetAddress() + "|" + Text(ETIMEDOUT);
     EXPECT_EQ(Thrown([&] { pair.client.Read(&c, 1, kShort); }), "Socket Read Failed" + timedOut);
-    EXPECT_EQ(Thrown([&] { pair.client.Write(std::string(50'000'000, 'm'), kShort); }),
-              "Socket Write Failed" + timedOut);
+    EXPECT_EQ(Thrown([&] { pair.client.Write(much, kShort); }), "Socket Write Failed" + timedOut);
     EXPECT_EQ(Thrown([&] { pair.listener.Accept(kShort); }), "Socket Accept Failed" + timedOut);
 }
 

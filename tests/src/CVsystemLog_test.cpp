@@ -65,7 +65,7 @@ TEST(CVsystemLog, NamesTheProgramWhenThereIsNoIdentity) {
 }
 
 TEST(CVsystemLog, KeepsTheIdentitiesOfThreadsApart) {
-    const auto report = [](std::string identity) {
+    const auto report = [](const std::string& identity) {
         for (int i = 0; i < 200; ++i) CVsystemLog::WriteInfo("S", identity.c_str(), "m");
     };
     std::thread other(report, "other");

@@ -23,7 +23,7 @@ TempDir::~TempDir() {
 }
 
 std::string TempDir::Write(const std::string& name, const std::string& content) const {
-    const std::string path = *this / name;
+    std::string path = *this / name;
     fs::create_directories(fs::path(path).parent_path());
     std::ofstream(path, std::ios::binary) << content;
     return path;

@@ -55,12 +55,14 @@ TEST_F(SQLiteWriter, StoresAnEntryUnderModuleAndSubModule) {
         {"SOAP.a.b", 9, -1, nullptr, "log_soap|a.b|5|0|it's|-1|"},
         {"CLI.", 0U - 1, -1, "", "log_cli||5|0|it's|-1|"},
     };
+    const auto newestOf = [](const std::string& table) {
+        return "SELECT '" + table + "',module,timestamp,level,message,line,srcfile FROM " + table +
+               " ORDER BY id DESC;";
+    };
     for (const auto& c : cases) {
         ASSERT_EQ(writer_.DoWork(c.module, c.level, "it's", c.extra, c.userText, 5), 1) << c.module;
         const std::string table = std::string(c.row).substr(0, std::string(c.row).find('|'));
-        EXPECT_EQ(Row("SELECT '" + table + "',module,timestamp,level,message,line,srcfile FROM " + table +
-                      " ORDER BY id DESC;"),
-                  c.row);
+        EXPECT_EQ(Row(newestOf(table)), c.row);
     }
     EXPECT_EQ(writer_.DoWork(".Send", 3, "no module", -1, nullptr, 5), 0);
     EXPECT_TRUE(TakeSystemLog().empty());
@@ -132,8 +134,8 @@ TEST_F(SQLiteWriter, LosesNothingWhenItIsCarriedOverAFork) {
         }
     };
     ASSERT_EQ(writer_("SOAP", 3, "entry", -1, nullptr, 5), 1);
-    std::vector<pid_t> children;
-    for (int child = 0; child < 4; ++child) children.push_back(StartChild(writeAll));
+    std::vector<pid_t> children(4);
+    for (pid_t& child : children) child = StartChild(writeAll);
     writeAll();
     for (const pid_t child : children) EXPECT_EQ(WaitForChild(child), Child::Finished);
     writeAll();
