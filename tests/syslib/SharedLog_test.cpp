@@ -58,6 +58,7 @@ TEST(SharedLog, HoldsEachEntryOfEveryProgramThatEndedExactlyOnce) {
     int start[2];
     ASSERT_EQ(pipe(start), 0);
     std::vector<pid_t> children;
+    children.reserve(kProcesses);
     for (int process = 0; process < kProcesses; ++process) {
         children.push_back(StartChild([&, process] {
             char go;
@@ -74,6 +75,7 @@ TEST(SharedLog, HoldsEachEntryOfEveryProgramThatEndedExactlyOnce) {
     }
 
     std::vector<bool> ended;
+    ended.reserve(children.size());
     for (const pid_t child : children) ended.push_back(WaitForChild(child) == Child::Finished);
     std::map<std::string, int> lines = LinesOf(dir);
     EXPECT_GT(dir.Names().size(), 10U) << "there were no archives";

@@ -183,7 +183,9 @@ TEST_F(ReleaseProgram, RefusesALengthThatNoMemoryHolds) {
 }
 
 TEST_F(ReleaseProgram, SendsNoPageInPartWhenMemoryEnds) {
-    const std::string message = "<szMessage>" + std::string(12000000, 'm') + "</szMessage>";
+    std::string text;
+    text.resize(12000000, 'm');
+    const std::string message = "<szMessage>" + text + "</szMessage>";
     bool sent = false;
     for (int megabytes = 100; megabytes < 300; megabytes += 20) {
         SCOPED_TRACE(megabytes);

@@ -29,6 +29,7 @@ constexpr char kHandOver[] = "exec 3<&0 0</dev/null; LISTEN_PID=$$ LISTEN_FDS=1 
 pid_t Start(std::vector<std::string> words, int listening, const std::string& messages) {
     if (listening >= 0) words.insert(words.begin(), {"/bin/sh", "-c", kHandOver, "sh"});
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string& word : words) arguments.push_back(word.data());
     arguments.push_back(nullptr);
     posix_spawn_file_actions_t actions;

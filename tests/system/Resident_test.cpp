@@ -148,6 +148,7 @@ TEST(Resident, AThousandConnectionsAtOnceAreServedInTurn) {
     fs::remove(frontEnd.Site() / "config/cvlogs.ini");
     const ResidentProgram resident(frontEnd.Site().Path(), {"--workers=4", "--spare=2"});
     std::vector<ScgiClient> clients;
+    clients.reserve(1000);
     for (int i = 0; i < 1000; ++i) clients.emplace_back(resident.Socket());
     for (int i = 0; i < 1000; ++i) {
         const std::string request = Message(UrlWithNumber(server, i), "oncall");
@@ -181,6 +182,7 @@ TEST(Resident, AKilledWorkerCostsTheRequestInItAndNoOther) {
     std::mutex mutex;
     std::set<std::string> failed;
     std::vector<std::thread> clients;
+    clients.reserve(kClients);
     for (int client = 0; client < kClients; ++client) {
         clients.emplace_back([&, client] {
             for (int i = 0; i < kRequestsEach; ++i) {
@@ -199,7 +201,7 @@ TEST(Resident, AKilledWorkerCostsTheRequestInItAndNoOther) {
     std::set<std::string> targets;
     for (const auto& post : server.Posts())
         EXPECT_TRUE(targets.insert(post.target).second) << "posted twice: " << post.target;
-    EXPECT_GE(targets.size() + failed.size(), std::size_t{kClients * kRequestsEach});
+    EXPECT_GE(targets.size() + failed.size(), std::size_t{kClients} * kRequestsEach);
     EXPECT_GT(failed.size(), 0u) << "no worker was killed in a request";
     const std::string messages = resident.Messages();
     // A worker may die between taking a connection and reading whose it is.
