@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <mutex>
 #include <optional>
 #include <string_view>
@@ -87,8 +88,9 @@ std::string WhyNotWritable(const std::string& path) {
 std::string WhyRefused(const std::string& path) {
     if (IsDirectory(path)) return path + ": is a directory";
     if (Allows(path, R_OK | W_OK)) return "";
+    const bool isMissing = errno == ENOENT;  // another program may be archiving it, and make it anew at once
     const std::string reason = GetSystemErrorText();
-    return Allows(path, F_OK) ? path + ": " + reason : "";
+    return !isMissing && Allows(path, F_OK) ? path + ": " + reason : "";
 }
 
 }  // namespace quorbel
