@@ -8,7 +8,8 @@
 namespace quorbel {
 
 /// getpid() without a system call: an entry of a log asks for it half a dozen times. The number is kept on a
-/// page that the kernel wipes in every child, whichever call made the child.
+/// page that the kernel wipes in every child with a memory of its own. One that shares its parent's, as behind vfork,
+/// must not ask.
 pid_t OwnProcess();
 
 /// Tells an object that it was carried over a fork: what the threads of the parent held stays held in the

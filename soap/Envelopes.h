@@ -6,7 +6,7 @@
 
 namespace quorbel {
 
-// The names by which clients know the service. Operators choose the two namespaces of their own at build time
+// The names of the service in its documents. Operators choose the two namespaces of their own at build time
 // (-DQUORBEL_ERROR_NAMESPACE=..., -DQUORBEL_NAMESPACE=...); the service description carries the same values.
 
 #ifndef QUORBEL_ERROR_NAMESPACE

@@ -60,7 +60,7 @@ TEST(LogText, WritesTheMonthFirst) {
     std::string text;
     EXPECT_EQ(FormatLogTime(seconds, &text), seconds);
     EXPECT_EQ(text, "02/01/2024 09:05:03");
-    EXPECT_GT(FormatLogTime(0), seconds) << "0 stands for now";
+    EXPECT_GT(FormatLogTime(0), seconds) << "0 means the present time";
 }
 
 TEST(LogText, LetsNoMessagePassForAnotherEntry) {
