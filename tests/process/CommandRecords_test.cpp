@@ -33,18 +33,14 @@ TEST(CommandParameters, SetsALineWithoutMovingTheCount) {
     EXPECT_THAT(command.lines, ElementsAre("a=1", "b=2", "c=3"));
 }
 
-TEST(CommandParameters, HoldsNoMoreThanTheServerTakes) {
-    CommandParameters command;
-    for (int i = 0; i < 2000; ++i) command.AddNumber("n", i);
-    EXPECT_EQ(command.lines.size(), 1024u);
-    EXPECT_EQ(command.lines.back(), "n=1023");
-}
-
-TEST(CommandParameters, AddsBothLinesOfAPairOrNone) {
+TEST(CommandParameters, HoldsNoMoreThanTheServerTakesAndNoHalfPair) {
     CommandParameters command;
     for (int i = 0; i < 1023; ++i) command.AddNumber("n", i);
     command.AddParameterPair("param", "floor", "value", "3");
     EXPECT_EQ(command.count, 1023u);
+    for (int i = 1023; i < 2000; ++i) command.AddNumber("n", i);
+    EXPECT_EQ(command.lines.size(), 1024u);
+    EXPECT_EQ(command.lines.back(), "n=1023");
 }
 
 TEST(CommandParameters, PostsNoMoreThanItsLines) {

@@ -114,32 +114,26 @@ TEST(MessageCommands, ProgramsAskForTheLastMessageAndReject) {
 }
 
 TEST(MessageCommands, RecipientLineIsNamedByTheCode) {
-    const struct {
-        int code;
-        const char* line;
-    } cases[] = {
+    const std::pair<int, const char*> cases[] = {
         {512, "rcv_name=kim"},  {513, "grp_name=kim"},     {514, "casc_name=kim"},
         {515, "duty_name=kim"}, {516, "carrier_name=kim"}, {519, "rota_name=kim"},
         {520, "foll_name=kim"}, {523, "name=kim"},         {0, "name=kim"},
     };
-    for (const auto& c : cases)
-        EXPECT_THAT(BuildMessageCommand(WithCode(c.code), "kim").lines, testing::Contains(c.line));
+    for (const auto& [code, line] : cases)
+        EXPECT_THAT(BuildMessageCommand(WithCode(code), "kim").lines, testing::Contains(line));
 }
 
 TEST(MessageCommands, NoCustomFieldIsALineOfTheCommandItself) {
-    const struct {
-        const char* name;
-        bool isRefused;
-    } cases[] = {
+    const std::pair<const char*, bool> cases[] = {
         {"CMD", true},           {"subcmd", true}, {"ModId", true},  {"adminUserName", true},
         {"adminpassword", true}, {"cmdx", false},  {"mycmd", false}, {"admin", false},
     };
-    for (const auto& c : cases) {
+    for (const auto& [name, isRefused] : cases) {
         auto parameters = WithCode(kStandardSend);
         parameters.recipients = {"kim"};
         parameters.extras = {
-            {std::make_shared<TextBuffer>(c.name), std::make_shared<TextBuffer>("x"), nullptr}};
-        EXPECT_EQ(RefusalOf(parameters) != nullptr, c.isRefused) << c.name;
+            {std::make_shared<TextBuffer>(name), std::make_shared<TextBuffer>("x"), nullptr}};
+        EXPECT_EQ(RefusalOf(parameters) != nullptr, isRefused) << name;
     }
 }
 

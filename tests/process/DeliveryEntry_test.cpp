@@ -52,17 +52,6 @@ TEST_F(DeliveryEntryTest, TellsAnAnsweredRequestInOneLine) {
     EXPECT_TRUE(DeliveryEntry(Answered()).starts_with("at=2026-11-21T11:35:00.123-03:30 ")) << "west of UTC";
 }
 
-TEST_F(DeliveryEntryTest, TellsARefusalWithoutServerAndTimes) {
-    Delivery refused;
-    refused.id = "x";
-    refused.method = "AddGroup";
-    refused.fault = "2004 Missing URL";
-    refused.cut = "szGroupName,szDescription";
-    EXPECT_EQ(DeliveryEntry(refused),
-              "at=1970-01-01T05:30:00.000+05:30 id=x method=AddGroup outcome=refused "
-              "cut=szGroupName,szDescription fault=\"2004 Missing URL\"");
-}
-
 TEST_F(DeliveryEntryTest, KeepsEveryValueOnOneLineOfValidText) {
     const struct {
         std::string text, value;
@@ -95,23 +84,11 @@ TEST_F(DeliveryEntryTest, TellsOnlyTheBeginningOfTheReply) {
     EXPECT_TRUE(DeliveryEntry(delivery).ends_with("reply=\"" + std::string(199, 'a') + "\\xc3\""));
 }
 
-TEST_F(DeliveryEntryTest, RaisesTheLevelWithTheTrouble) {
-    const struct {
-        Outcome outcome;
-        bool viaSecondary;
-        long status;
-        LogLevel level;
-    } cases[] = {
-        {Outcome::Answered, false, 399, LogLevel::Info},    {Outcome::Answered, false, 400, LogLevel::Warn},
-        {Outcome::Answered, true, 200, LogLevel::Warn},     {Outcome::Refused, false, 0, LogLevel::Warn},
-        {Outcome::NotConnected, false, 0, LogLevel::Error}, {Outcome::Unknown, false, 0, LogLevel::Error},
-        {Outcome::Sending, false, 0, LogLevel::Debug},
-    };
-    for (const auto& c : cases) {
-        Delivery delivery;
-        delivery.outcome = c.outcome;
-        delivery.viaSecondary = c.viaSecondary;
-        delivery.httpStatus = c.status;
-        EXPECT_EQ(LevelOf(delivery), c.level) << static_cast<int>(c.outcome) << " " << c.status;
-    }
+// The system cases hold the levels of the other outcomes.
+TEST_F(DeliveryEntryTest, RaisesTheLevelForAServersErrorPage) {
+    Delivery delivery = Answered();
+    delivery.httpStatus = 399;
+    EXPECT_EQ(LevelOf(delivery), LogLevel::Info);
+    delivery.httpStatus = 400;
+    EXPECT_EQ(LevelOf(delivery), LogLevel::Warn);
 }

@@ -31,5 +31,9 @@ TEST(ServeRequest, NothingOfARunReachesTheNext) {
     testing::internal::CaptureStdout();
     WriteFault("2004", "of this run");
     EXPECT_NE(testing::internal::GetCapturedStdout(), "");
+    testing::internal::CaptureStdout();
+    WriteResponse("OK");
+    WriteFault("2012", "again");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "") << "a second document";
     ResetRun();
 }

@@ -7,15 +7,13 @@
 using namespace quorbel;
 
 TEST(Translation, BooleansAreFalseOnlyByTheirFirstLetters) {
-    const struct {
-        const char* text;
-        bool value;
-    } cases[] = {{"true", true}, {"FALSE", false}, {"falsehood", false}, {"0x", false}, {"0", false},
-                 {"", true},     {"no", true},     {" false", true},     {"fal", true}, {"1", true}};
-    for (const auto& c : cases) {
+    const std::pair<const char*, bool> cases[] = {
+        {"true", true}, {"FALSE", false}, {"falsehood", false}, {"0x", false}, {"0", false},
+        {"", true},     {"no", true},     {" false", true},     {"fal", true}, {"1", true}};
+    for (const auto& [text, value] : cases) {
         RequestRecord record;
-        record.Set(Slot::TimeStamp, c.text);
-        EXPECT_EQ(IsTrue(record, Slot::TimeStamp), c.value) << "'" << c.text << "'";
+        record.Set(Slot::TimeStamp, text);
+        EXPECT_EQ(IsTrue(record, Slot::TimeStamp), value) << "'" << text << "'";
     }
     EXPECT_FALSE(IsTrue(RequestRecord{}, Slot::TimeStamp));
 }

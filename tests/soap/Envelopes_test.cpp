@@ -8,25 +8,10 @@ using namespace quorbel;
 
 namespace {
 
-const std::string kOpening =
-    "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
-    "<soap:Envelope xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
-    "xmlns:xsd=\"http://www.w3.org/2001/XMLSchema\" "
-    "xmlns:soap=\"http://schemas.xmlsoap.org/soap/envelope/\">\n"
-    "  <soap:Body>\n";
-
-std::string TextAnswer(const std::string& text) {
-    return kOpening +
-           "    <AddGroupResponse xmlns=\"http://quorbel.example/soap\">\n        <AddGroupResult>" + text +
-           "</AddGroupResult>\n    </AddGroupResponse>\n </soap:Body>\n</soap:Envelope>";
-}
-
-std::string QueryAnswer(const std::string& content) {
-    return kOpening +
-           "    <QueryGroupResponse xmlns=\"http://quorbel.example/soap\">\n      <QueryGroupResult>\n"
-           "        <szResponseMessage>" +
-           content +
-           "       </QueryGroupResult>\n     </QueryGroupResponse>\n  </soap:Body>\n</soap:Envelope>";
+/// What stands between two texts of a response; the system cases hold its frame.
+std::string Between(const std::string& from, const std::string& to, const std::string& response) {
+    const std::size_t start = response.find(from) + from.size();
+    return response.substr(start, response.rfind(to) - start);
 }
 
 /// The list that follows the message; empty items mean that none of the reply's lines became one.
@@ -39,26 +24,21 @@ std::string List(const std::vector<std::string>& items) {
 }  // namespace
 
 TEST(Envelopes, CarriesTheReplyAsOneText) {
-    const struct {
-        const char* reply;
-        const char* text;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"OK\n", "OK"},          // one line feed goes
         {"OK\r\n", "OK\r"},      // the carriage return stays
         {"a\nb\n\n", "a\nb\n"},  // no more than one goes
         {"<1 & 2>", "&lt;1 &amp; 2&gt;"},
         {"", ""},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(ResponseDocument("AddGroup", c.reply), TextAnswer(c.text)) << c.reply;
+    for (const auto& [reply, text] : cases)
+        EXPECT_EQ(Between("<AddGroupResult>", "</AddGroupResult>", ResponseDocument("AddGroup", reply)), text)
+            << reply;
 }
 
 TEST(Envelopes, SplitsAQueryReplyIntoMessageAndItems) {
     const std::string end = "</szResponseMessage>\n";
-    const struct {
-        std::string reply;
-        std::string content;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"OK\r\nline1\r\n\r\nline2\r\n", "OK" + end + List({"line1", "line2"})},
         {"OK\r\nlast <line>", "OK" + end + List({"last &lt;line&gt;"})},  // without a line feed: not cut
         {"only", "only" + end},
@@ -72,8 +52,11 @@ TEST(Envelopes, SplitsAQueryReplyIntoMessageAndItems) {
         {"caf\xC3\xA9\nt\xC3\xA9\n", "caf" + end + List({"t"})},  // cut inside a character: all of it goes
         {"", end},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(ResponseDocument("QueryGroup", c.reply), QueryAnswer(c.content)) << c.reply;
+    for (const auto& [reply, content] : cases)
+        EXPECT_EQ(Between("<szResponseMessage>", "       </QueryGroupResult>",
+                          ResponseDocument("QueryGroup", reply)),
+                  content)
+            << reply;
 }
 
 TEST(Envelopes, LooksForQueryInTheExactSpelling) {
@@ -87,10 +70,7 @@ TEST(Envelopes, WriteReservedCharactersAsEntities) {
 }
 
 TEST(Envelopes, KeepValidTextAndReplaceAllElse) {
-    const struct {
-        std::string text;
-        std::string escaped;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"", ""},
         {"caf\xC3\xA9 \t\r\n\x7F", "caf\xC3\xA9 \t\r\n\x7F"},
         {"\xEF\xBF\xBD \xEE\x80\x80 \xF4\x8F\xBF\xBF", "\xEF\xBF\xBD \xEE\x80\x80 \xF4\x8F\xBF\xBF"},
@@ -104,15 +84,10 @@ TEST(Envelopes, KeepValidTextAndReplaceAllElse) {
         {"\xE2\x82", "\xEF\xBF\xBD\xEF\xBF\xBD"},                                  // cut
         {"\xF4\x90\x80\x80", "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"},  // beyond U+10FFFF
     };
-    for (const auto& c : cases) EXPECT_EQ(EscapeXml(c.text), c.escaped) << c.text;
+    for (const auto& [text, escaped] : cases) EXPECT_EQ(EscapeXml(text), escaped) << text;
 }
 
 TEST(Envelopes, EscapeTheHostName) {
     EXPECT_NE(FaultDocument("2004", "x", "a<b").find("<faultactor>http://a&lt;b/quorbel.wsdl<"),
               std::string::npos);
-}
-
-TEST(Envelopes, HandOnALongTextWhole) {
-    const std::string text(100'000, 'x');
-    EXPECT_EQ(EscapeXml("<" + text + ">"), "&lt;" + text + "&gt;");
 }
