@@ -116,13 +116,11 @@ TEST_F(Catalogue, AnswersNothingOnAFileThatIsNoCatalogue) {
 TEST_F(Catalogue, LiesWhereTheFirstCallSays) {
     const std::string fixed = "/usr/local/corvane/config/messages.sdb";
     EXPECT_EQ(CVMessageManager::GetDBFilePath("/other"), dir_ / "messages.sdb");
-    const struct {
-        const char* directory;
-        std::string path;
-    } cases[] = {{"", fixed}, {"/a", "/a/messages.sdb"}, {"/a/", "/a/messages.sdb"}};
-    for (const auto& c : cases) {
+    const std::pair<const char*, std::string> cases[] = {
+        {"", fixed}, {"/a", "/a/messages.sdb"}, {"/a/", "/a/messages.sdb"}};
+    for (const auto& [directory, path] : cases) {
         CVMessageManager::Release();
-        EXPECT_EQ(CVMessageManager::GetDBFilePath(c.directory), c.path);
+        EXPECT_EQ(CVMessageManager::GetDBFilePath(directory), path);
     }
     CVMessageManager::Release();
     CVMessageManager::PreferDirectory(dir_.Path());

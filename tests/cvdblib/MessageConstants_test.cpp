@@ -4,9 +4,6 @@
 
 #include <stdexcept>
 
-#include "CVioFile.h"
-#include "tests/support/TempDir.h"
-
 using namespace quorbel;
 
 TEST(MessageConstants, ReadsALine) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "tests/support/ScgiClient.h"
 
 using namespace quorbel;
@@ -11,6 +13,12 @@ namespace {
 
 std::string Netstring(const std::string& content) {
     return std::to_string(content.size()) + ":" + content + ",";
+}
+
+/// With a zero byte for each "|".
+std::string Zeroed(std::string text) {
+    std::replace(text.begin(), text.end(), '|', '\0');
+    return text;
 }
 
 /// Hands over `pieceSize` bytes at most at a time; what is left over stays in `text`.
@@ -24,10 +32,7 @@ ScgiHeader Read(std::string& text, std::size_t pieceSize = 65536) {
     return header;
 }
 
-const std::string kShortest =
-    "CONTENT_LENGTH\0"
-    "0\0SCGI\0"
-    "1\0"s;
+const std::string kShortest = Zeroed("CONTENT_LENGTH|0|SCGI|1|");
 
 }  // namespace
 
@@ -50,10 +55,7 @@ TEST(Scgi, TakesItsHeaderAndNothingOfTheBodyHoweverItArrives) {
 TEST(Scgi, EndsAtTheFirstThingThatIsNoHeader) {
     const std::string largest =
         kShortest + "X\0"s + std::string(ScgiHeader::kLimit - kShortest.size() - 3, 'x') + '\0';
-    const struct {
-        const char* what;
-        std::string text;
-    } cases[] = {
+    const std::pair<const char*, std::string> cases[] = {
         {"no number", "x" + Netstring(kShortest)},
         {"a sign", "+" + Netstring(kShortest)},
         {"no length", ":" + kShortest},
@@ -62,22 +64,17 @@ TEST(Scgi, EndsAtTheFirstThingThatIsNoHeader) {
         {"more than the limit", Netstring(largest + "Y\0\0"s)},
         {"shorter than any header", "23:" + std::string(40, 'x')},
         {"no comma", "24:" + kShortest + ";"},
-        {"another variable first", Netstring("SCGI\0"
-                                             "1\0CONTENT_LENGTH\0"
-                                             "0\0"s)},
-        {"no SCGI", Netstring("CONTENT_LENGTH\0"
-                              "0\0REQUEST_METHOD\0POST\0"s)},
-        {"another version", Netstring("CONTENT_LENGTH\0"
-                                      "0\0SCGI\0"
-                                      "2\0"s)},
+        {"another variable first", Netstring(Zeroed("SCGI|1|CONTENT_LENGTH|0|"))},
+        {"no SCGI", Netstring(Zeroed("CONTENT_LENGTH|0|REQUEST_METHOD|POST|"))},
+        {"another version", Netstring(Zeroed("CONTENT_LENGTH|0|SCGI|2|"))},
         {"a name without a value", Netstring(kShortest + "X\0"s)},
         {"a value without an end", Netstring(kShortest + "X\0y"s)},
     };
-    for (const auto& c : cases) {
-        std::string text = c.text;
+    for (const auto& [what, bytes] : cases) {
+        std::string text = bytes;
         const ScgiHeader header = Read(text);
-        EXPECT_EQ(header.Status(), ScgiHeader::State::Bad) << c.what;
-        EXPECT_EQ(header.Wanted(), 0u) << c.what;
+        EXPECT_EQ(header.Status(), ScgiHeader::State::Bad) << what;
+        EXPECT_EQ(header.Wanted(), 0u) << what;
     }
     std::string text = Netstring(largest);
     EXPECT_EQ(Read(text, 4096).Status(), ScgiHeader::State::Complete);

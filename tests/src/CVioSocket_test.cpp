@@ -11,7 +11,6 @@
 #include "CVException.h"
 #include "CVconThread.h"
 #include "NoCancellation.h"
-#include "tests/support/Eventually.h"
 
 using namespace quorbel;
 

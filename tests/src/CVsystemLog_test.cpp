@@ -40,20 +40,17 @@ TEST(CVsystemLog, WritesOneDaemonEntryWithTheProcessId) {
 }
 
 TEST(CVsystemLog, InterpretsNoConversionButTheTwoThatTakeNoArgument) {
-    const struct {
-        const char* message;
-        std::string text;
-    } cases[] = {
+    const std::pair<const char*, std::string> cases[] = {
         {"%n%s%s%*d", "%n%s%s%*d"},
         {"50%% of 10%", "50% of 10%"},
         {"why: %m", std::string("why: ") + std::strerror(ENOSPC)},
         {"%%m", "%m"},
     };
-    for (const auto& c : cases) {
+    for (const auto& [message, text] : cases) {
         errno = ENOSPC;
-        CVsystemLog::WriteError("S", "I", "%s", c.message);
+        CVsystemLog::WriteError("S", "I", "%s", message);
         EXPECT_EQ(errno, ENOSPC);
-        EXPECT_EQ(OnlyText(), "I-ERROR S: " + c.text);
+        EXPECT_EQ(OnlyText(), "I-ERROR S: " + text);
     }
 }
 

@@ -10,13 +10,14 @@
 #include <filesystem>
 #include <memory>
 #include <numeric>
-#include <stdexcept>
 #include <thread>
 #include <vector>
 
 #include "CVException.h"
 #include "ProcessMark.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/LockHolder.h"
+#include "tests/support/RunTogether.h"
 #include "tests/support/TempDir.h"
 
 using namespace quorbel;
@@ -29,35 +30,6 @@ namespace {
 void TakeOnce(const std::string& path) {
     const LockFile lock(path, {.attempts = 1, .pause = 0ms, .sleep = nullptr});
 }
-
-/// A process that holds the lock from construction until it is told to end.
-class Holder {
-public:
-    explicit Holder(const std::string& path) {
-        int ready[2];
-        if (pipe(ready) != 0) throw std::runtime_error("no pipe");
-        child_ = StartChild([&] {
-            const LockFile lock(path);
-            close(ready[1]);
-            for (;;) pause();
-        });
-        close(ready[1]);
-        char none;
-        while (read(ready[0], &none, 1) > 0) {
-        }
-        close(ready[0]);
-    }
-    ~Holder() { End(); }
-    void End() {
-        if (child_ == 0) return;
-        kill(child_, SIGKILL);
-        WaitForChild(child_);
-        child_ = 0;
-    }
-
-private:
-    pid_t child_ = 0;
-};
 
 }  // namespace
 
@@ -89,7 +61,7 @@ TEST(LockFile, KeepsOutThreadsThatSpellThePathOtherwise) {
 
 TEST(LockFile, GivesUpWhenAllPausesAreOver) {
     TempDir dir;
-    const Holder holder(dir / "a.lock");
+    const LockHolder holder(dir / "a.lock");
     std::vector<std::chrono::microseconds> waits;
     const LockRetry minute = {
         .attempts = 2000, .pause = 30ms, .sleep = [&](auto wait) { waits.push_back(wait); }};
@@ -112,7 +84,7 @@ TEST(LockFile, IsNotHeldByAChildOfItsHolder) {
     const auto child = [&] {
         if (held->IsHeld()) throw 1;
         held.reset();
-        Holder other(path);  // waits until the parent has freed it
+        LockHolder other(path);  // waits until the parent has freed it
         held = std::make_unique<LockFile>(dir / "b.lock");
     };
     const pid_t pid = StartChild(child);
@@ -189,7 +161,7 @@ TEST(LockFile, LetsOtherUsersOfTheGroupIn) {
 
 TEST(RemoveDeadLockFiles, LeavesLocksThatAreHeldAndAllElse) {
     TempDir dir;
-    const Holder holder(dir / "held.lock");
+    const LockHolder holder(dir / "held.lock");
     const LockFile ours(dir / "ours.lock");
     TakeOnce(dir / "used.lock");  // and will be again
     dir.Write("dead.lock", "");
@@ -210,7 +182,7 @@ TEST(RemoveDeadLockFiles, NeverLetsTwoProcessesIn) {
     constexpr int kRounds = 50;
     TempDir dir;
     const std::string counter = dir.Write("counter", "0");
-    const auto work = [&] {
+    const auto work = [&](int) {
         for (int round = 0; round < kRounds; ++round) {
             const LockFile lock(dir / "a.lock");
             const int count = std::stoi(ReadFile(counter));
@@ -221,10 +193,8 @@ TEST(RemoveDeadLockFiles, NeverLetsTwoProcessesIn) {
     const auto clean = [&] {
         for (int round = 0; round < 1'000'000; ++round) RemoveDeadLockFiles(dir.Path());
     };
-    std::vector<pid_t> children(kProcesses);
-    for (pid_t& child : children) child = StartChild(work);
     const pid_t cleaner = StartChild(clean);
-    for (const pid_t child : children) EXPECT_EQ(WaitForChild(child), Child::Finished);
+    RunTogether(kProcesses, work);
     kill(cleaner, SIGKILL);
     WaitForChild(cleaner);
     EXPECT_EQ(ReadFile(counter), std::to_string(kProcesses * kRounds));

@@ -1,6 +1,5 @@
 #include "PathRoutines.h"
 
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>

@@ -10,22 +10,28 @@
 
 namespace quorbel {
 
-/// Runs `body` (given 0, 1, ...) in that many processes, which all set off at the same moment.
-inline void RunTogether(int processes, const std::function<void(int)>& body) {
+/// Starts `body` (given 0, 1, ...) in that many processes, which all set off at the same moment.
+inline std::vector<pid_t> StartTogether(int processes, const std::function<void(int)>& body) {
     int gate[2];
-    ASSERT_EQ(pipe(gate), 0);
+    EXPECT_EQ(pipe(gate), 0);
     std::vector<pid_t> children;
     children.reserve(static_cast<std::size_t>(processes));
     for (int number = 0; number < processes; ++number) {
         children.push_back(StartChild([&, number] {
             close(gate[1]);
             char none;
-            if (read(gate[0], &none, 1) == 0) body(number);  // ends when the last writer closes
+            if (read(gate[0], &none, 1) != 0) throw number;  // ends when the last writer closes
+            body(number);
         }));
     }
     close(gate[1]);
-    for (const pid_t child : children) EXPECT_EQ(WaitForChild(child), Child::Finished);
     close(gate[0]);
+    return children;
+}
+
+/// The same; waits until all have finished.
+inline void RunTogether(int processes, const std::function<void(int)>& body) {
+    for (const pid_t child : StartTogether(processes, body)) EXPECT_EQ(WaitForChild(child), Child::Finished);
 }
 
 }  // namespace quorbel

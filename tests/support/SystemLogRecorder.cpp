@@ -27,6 +27,12 @@ std::vector<SystemLogEntry> TakeSystemLog() {
     return std::exchange(entries, {});
 }
 
+std::vector<std::string> TakeSystemLogTexts() {
+    std::vector<std::string> texts;
+    for (auto& entry : TakeSystemLog()) texts.push_back(std::move(entry.text));
+    return texts;
+}
+
 }  // namespace quorbel
 
 extern "C" void __wrap_openlog(const char* identity, int option, int facility) {

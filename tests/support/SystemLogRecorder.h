@@ -17,5 +17,7 @@ struct SystemLogEntry {
 /// The entries since the last call. A test program that links `system_log_recorder` writes none to the real
 /// log: openlog, syslog and closelog are replaced at link time.
 std::vector<SystemLogEntry> TakeSystemLog();
+/// Their texts only.
+std::vector<std::string> TakeSystemLogTexts();
 
 }  // namespace quorbel

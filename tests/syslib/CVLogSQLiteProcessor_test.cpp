@@ -52,6 +52,7 @@ protected:
 
 TEST_F(LogDatabase, MakesATableForEachModuleOnce) {
     CVLogSQLiteProcessor logs(path_, true);
+    EXPECT_EQ(Sql("PRAGMA journal_mode;"), "wal");
     EXPECT_EQ(Sql("SELECT sql FROM sqlite_master WHERE name='metatable';") + ";",
               "CREATE TABLE metatable (id INTEGER, module_name VARCHAR(50), table_name VARCHAR(50));");
     EXPECT_TRUE(logs.Insert("SOAP", {"Send", kTime, 3, "it's 100%", 12, "CVsoap"}));
@@ -65,11 +66,6 @@ TEST_F(LogDatabase, MakesATableForEachModuleOnce) {
     EXPECT_EQ(logs.Modules(), (std::vector<std::string>{"SOAP", "soap"}));
 }
 
-TEST_F(LogDatabase, SwitchesTheFileToWriteAheadLogging) {
-    CVLogSQLiteProcessor logs(path_, true);
-    EXPECT_EQ(Sql("PRAGMA journal_mode;"), "wal");
-}
-
 TEST_F(LogDatabase, TakesNamesAndTextsForNothingButText) {
     CVLogSQLiteProcessor logs(path_, true);
     const std::string evil = "x'; DROP TABLE metatable; --";
@@ -77,10 +73,11 @@ TEST_F(LogDatabase, TakesNamesAndTextsForNothingButText) {
     EXPECT_EQ(Cells(*logs.Query(evil, {.modules = {evil}, .messagePattern = evil, .withTime = false})),
               "1|" + evil + "|" + std::to_string(kTime) + "|3|" + evil + "|-1|" + evil);
     EXPECT_EQ(logs.CountQuery(evil, {.messagePattern = evil})->GetRowCount(), 1);
-    EXPECT_EQ(Failure([&] {
-                  logs.InsertAsText(evil, {"", 1, 1, evil, -1, ""});
-              }),
-              "A text with a quote cannot be inserted as text.");
+    for (const LogRecord& record :
+         {LogRecord{"", 1, 1, evil, -1, ""}, {evil, 1, 1, "", -1, ""}, {"", 1, 1, "", -1, evil}}) {
+        EXPECT_EQ(Failure([&] { logs.InsertAsText(evil, record); }),
+                  "A text with a quote cannot be inserted as text.");
+    }
     EXPECT_TRUE(logs.Drop(evil));
     EXPECT_EQ(Sql("SELECT COUNT(*) FROM metatable;"), "0");
 }
@@ -88,7 +85,8 @@ TEST_F(LogDatabase, TakesNamesAndTextsForNothingButText) {
 TEST_F(LogDatabase, IgnoresRowsOfMetatableThatCouldBendAStatement) {
     CVLogSQLiteProcessor(path_, true).Insert("SOAP", {"", kTime, 3, "kept", -1, ""});
     CVSQLite3Database(path_).ExecuteUpdateQuery(
-        "INSERT INTO metatable VALUES (1,'evil','t; DROP TABLE log_soap'),(2,NULL,'u'),(3,'none',NULL);");
+        "INSERT INTO metatable VALUES (1,'evil','t; DROP TABLE log_soap'),(2,NULL,'u'),(3,'none',NULL),"
+        "(4,'dot','main.log_soap'),(5,'digit','2x'),(6,'empty','');");
     CVLogSQLiteProcessor logs(path_, true);
     EXPECT_EQ(logs.Modules(), std::vector<std::string>{"SOAP"});
     EXPECT_EQ(Failure([&] { logs.Query("evil", {}); }), "Module [evil] has no table.");
@@ -184,10 +182,4 @@ TEST_F(LogDatabase, IsOnlyOpenedForReadingWithoutACreateFlag) {
     EXPECT_EQ(ReadFile(path_), "");
     EXPECT_EQ(Failure([&] { logs.Insert("SOAP", {}); }),
               "Unable to create module [SOAP] table [log_soap]. no such table: metatable");
-}
-
-TEST_F(LogDatabase, RefusesAFileThatIsNoDatabase) {
-    dir_.Write("logs.sdb", std::string(5000, 'x'));
-    EXPECT_EQ(Failure([&] { CVLogSQLiteProcessor(path_, true); }),
-              "Unable to open log database [" + path_ + "]. file is not a database");
 }

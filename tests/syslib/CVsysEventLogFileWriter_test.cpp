@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <future>
 
 #include "syslib/LogLevel.h"
 #include "tests/support/ChildProcess.h"

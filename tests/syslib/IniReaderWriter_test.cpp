@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <vector>
 
-#include "CVException.h"
 #include "CVioFile.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/TempDir.h"
@@ -38,10 +37,7 @@ std::vector<std::string> Keys(IniReaderWriter& ini, const char* section) {
 
 TEST(IniReaderWriter, WritesBackWhatItKeeps) {
     const std::string longValue(600, 'v');
-    const struct {
-        std::string content;
-        std::string saved;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"", ""},
         {"[a]\n", "\n[a]\n"},
         {"\n\n[a]\n\n\n[b]\n", "\n[a]\n\n[b]\n"},
@@ -54,9 +50,9 @@ TEST(IniReaderWriter, WritesBackWhatItKeeps) {
         // Read in pieces of 511 bytes and cut there when written: the two halves make the line whole again.
         {"k=" + longValue + "\n", "k=" + std::string(509, 'v') + std::string(91, 'v') + "\n"},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(SavedAgain(c.content), c.saved);
-        EXPECT_EQ(SavedAgain(c.saved), c.saved) << "changes with each save";
+    for (const auto& [content, saved] : cases) {
+        EXPECT_EQ(SavedAgain(content), saved);
+        EXPECT_EQ(SavedAgain(saved), saved) << "changes with each save";
     }
 }
 

@@ -13,15 +13,13 @@ TEST(LogPaths, NamesLogFilesAfterTheModule) {
 }
 
 TEST(LogPaths, PutsLogsBesideTheConfigurationUnlessADirectoryIsSet) {
-    const struct {
-        const char* configDirectory;
-        const char* path;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"../../config", "../../logs/l.txt"},          {"/srv/site/config/", "/srv/site/logs/l.txt"},
         {"/srv/site", "/srv/site/logs/l.txt"},         {"config", "./logs/l.txt"},
         {"/srv/myconfig", "/srv/myconfig/logs/l.txt"},
     };
-    for (const auto& c : cases) EXPECT_EQ(DefaultLogPath("l.txt", c.configDirectory), c.path);
+    for (const auto& [configDirectory, path] : cases)
+        EXPECT_EQ(DefaultLogPath("l.txt", configDirectory), path);
 }
 
 TEST(LogPaths, PutsLogsIntoTheDirectorySet) {

@@ -10,6 +10,7 @@
 
 #include "CVioFile.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/RunTogether.h"
 #include "tests/support/SystemLogRecorder.h"
 #include "tests/support/TempDir.h"
 
@@ -54,10 +55,7 @@ void Require(bool holds) {
 }  // namespace
 
 TEST(LogSettingsOfAModule, TakesAKeyFromTheSectionThenFromMainThenFromTheDefaults) {
-    const struct {
-        const char* file;
-        const char* settings;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"[SOAP]\nlevel=trace\nfilePath=a\n", "file 1: level=trace filePath=a"},
         {"[soap]\nLEVEL=debug\n", "file 2: filePath=logs/soap_log.txt LEVEL=debug"},
         {"[main]\nlevel=fatal\nnumFiles=3\ncolour=red\n[SOAP]\nnumFiles=4\n",
@@ -68,11 +66,11 @@ TEST(LogSettingsOfAModule, TakesAKeyFromTheSectionThenFromMainThenFromTheDefault
         {"[SOAP]\nlevel = trace\n", "file 3: filePath=logs/soap_log.txt level =trace"},
         {"[SOAP]\nlevel=none\n", "file 4: filePath=logs/soap_log.txt level=none"},
     };
-    for (const auto& c : cases) {
+    for (const auto& [file, settings] : cases) {
         const TempDir dir;
-        dir.Write("cvlogs.ini", c.file);
-        EXPECT_EQ(Rendered(Load(dir).value()), c.settings) << c.file;
-        EXPECT_EQ(ReadFile(dir / "cvlogs.ini"), c.file) << "a section that is there is never rewritten";
+        dir.Write("cvlogs.ini", file);
+        EXPECT_EQ(Rendered(Load(dir).value()), settings) << file;
+        EXPECT_EQ(ReadFile(dir / "cvlogs.ini"), file) << "a section that is there is never rewritten";
     }
 }
 
@@ -196,10 +194,7 @@ TEST(LogSettingsOfAModule, LosesNothingWhenManyProcessesStartForTheFirstTime) {
             const auto settings = LoadLogSettings(dir / "cvlogs.ini", module, "l");
             Require(Rendered(settings.value()).starts_with("file 3: writer=file"));
         };
-        std::vector<pid_t> children;
-        children.reserve(kProcesses);
-        for (int i = 0; i < kProcesses; ++i) children.push_back(StartChild([&, i] { start(i); }));
-        for (const pid_t child : children) EXPECT_EQ(WaitForChild(child), Child::Finished) << "refused";
+        RunTogether(kProcesses, start);
         chmod(dir.Path().c_str(), 0755);
         std::string file = ReadFile(dir / "cvlogs.ini");
         EXPECT_TRUE(file.starts_with(kOthers)) << (inPlace ? "in place" : "replaced");

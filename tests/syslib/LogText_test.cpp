@@ -33,17 +33,15 @@ TEST(LogText, JoinsContextMessageAndSystemError) {
 }
 
 TEST(LogText, DropsAConversionThatTheFormatLimitCutsInTwo) {
-    const struct {
-        std::string format;
-        std::string message;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {std::string(2046, 'f') + "%d", std::string(2046, 'f')},
         {std::string(2044, 'f') + "%-5ld", std::string(2044, 'f')},
         {std::string(2045, 'f') + "%d", std::string(2045, 'f') + "7"},
         {std::string(2046, 'f') + "%%", std::string(2046, 'f')},
         {"%d" + std::string(2046, 'f') + "%d", "7" + std::string(2045, 'f')},
     };
-    for (const auto& c : cases) EXPECT_EQ(Build(nullptr, c.format.c_str(), kNoSystemError, 7), c.message);
+    for (const auto& [format, message] : cases)
+        EXPECT_EQ(Build(nullptr, format.c_str(), kNoSystemError, 7), message);
 }
 
 TEST(LogText, WritesTheMonthFirst) {
@@ -64,10 +62,7 @@ TEST(LogText, WritesTheMonthFirst) {
 }
 
 TEST(LogText, LetsNoMessagePassForAnotherEntry) {
-    const struct {
-        const char* message;
-        const char* line;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"a\n11/21/2026 17:00:00 SOAP [ERROR] forged\n", "a\n 11/21/2026 17:00:00 SOAP [ERROR] forged\n"},
         {"a\r\n11/21/2026 17:00:00", "a\r\n 11/21/2026 17:00:00"},
         {"a\n11/21/2026 17:00\n1/2/2026 17:00:00\n", "a\n11/21/2026 17:00\n1/2/2026 17:00:00\n"},
@@ -75,5 +70,5 @@ TEST(LogText, LetsNoMessagePassForAnotherEntry) {
         {"over\rwritten", "over\\x0dwritten"},
         {"tab\t caf\xC3\xA9 \xFF\r\n", "tab\t caf\xC3\xA9 \xFF\r\n"},
     };
-    for (const auto& c : cases) EXPECT_EQ(SafeLogText(c.message), c.line);
+    for (const auto& [message, line] : cases) EXPECT_EQ(SafeLogText(message), line);
 }

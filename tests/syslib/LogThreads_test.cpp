@@ -28,9 +28,9 @@ void RunThreads(const std::function<void(int thread)>& body) {
     for (auto& thread : threads) thread.join();
 }
 
-void WriteConfig(const TempDir& dir, const std::string& module) {
-    dir.Write("cvlogs.ini", "[" + module + "]\nfilePath=" + dir.Path() +
-                                "/l.txt\nbytesPerFiles=2000\nnumFiles=100\nautoAppend=1\n");
+void WriteConfig(const TempDir& dir, const std::string& module, const std::string& folder = "") {
+    dir.Write(folder + "cvlogs.ini", "[" + module + "]\nfilePath=" + dir.Path() +
+                                         "/l.txt\nbytesPerFiles=2000\nnumFiles=100\nautoAppend=1\n");
 }
 
 // The message of each line, in the order of the files.
@@ -76,11 +76,9 @@ TEST(LogThreads, WriteThroughOneLogWhileItsSettingsChange) {
 // apart.
 TEST(LogThreads, WriteToOneFileThroughLogsOfTheirOwnThatComeAndGo) {
     const TempDir dir;
-    for (int thread = 0; thread < kThreads; ++thread) dir.Write("config" + std::to_string(thread) + "/x", "");
     RunThreads([&](int thread) {
-        const std::string config = "config" + std::to_string(thread);
-        dir.Write(config + "/cvlogs.ini",
-                  "[M]\nfilePath=" + dir.Path() + "/l.txt\nbytesPerFiles=2000\nnumFiles=100\nautoAppend=1\n");
+        const std::string config = "config" + std::to_string(thread) + "/";
+        WriteConfig(dir, "M", config);
         for (int number = 0; number < kEntries; ++number) {
             const auto log = CVsysEventLogInterface::Create("M", LogThreading::Single, dir / config);
             EXPECT_EQ(log->Info(nullptr, "%d %d", thread, number), 1);

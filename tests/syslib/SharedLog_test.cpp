@@ -7,7 +7,7 @@
 #include <sstream>
 
 #include "syslib/CVsysEventLogInterface.h"
-#include "tests/support/ChildProcess.h"
+#include "tests/support/RunTogether.h"
 #include "tests/support/TempDir.h"
 
 using namespace quorbel;
@@ -55,19 +55,8 @@ TEST(SharedLog, HoldsEachEntryOfEveryProgramThatEndedExactlyOnce) {
     const TempDir dir;
     dir.Write("cvlogs.ini", "[SOAP]\nfilePath=" + dir.Path() +
                                 "/soap_log.txt\nbytesPerFiles=300\nnumFiles=1000\nautoAppend=1\n");
-    int start[2];
-    ASSERT_EQ(pipe(start), 0);
-    std::vector<pid_t> children;
-    children.reserve(kProcesses);
-    for (int process = 0; process < kProcesses; ++process) {
-        children.push_back(StartChild([&, process] {
-            char go;
-            if (close(start[1]) != 0 || read(start[0], &go, 1) != 0) throw 0;
-            RunProgram(dir, process);
-        }));
-    }
-    close(start[1]);  // all at once
-    close(start[0]);
+    const std::vector<pid_t> children =
+        StartTogether(kProcesses, [&](int process) { RunProgram(dir, process); });
     std::minstd_rand random(std::random_device{}());
     for (int kills = 0; kills < kProcesses / 4; ++kills) {
         usleep(random() % 5000);

@@ -85,6 +85,22 @@ std::vector<std::string> CgiVariables(const std::string& body, const std::vector
     return variables;
 }
 
+std::string MessageTo(const std::string& url, const std::string& fields) {
+    return "<Envelope><Body><SendStdMessage><szURL>" + url +
+           "</szURL><szRecipientName>oncall</szRecipientName>" + fields +
+           "</SendStdMessage></Body></Envelope>";
+}
+
+std::string SecondUrl(const std::string& url) {
+    return "<szURL2>" + url + "</szURL2>";
+}
+
+std::string DeleteGroupAt(const std::string& url) {
+    return "<DeleteGroup><szURL>" + url +
+           "</szURL><szAdminName>adm</szAdminName><szAdminPassword>secret</szAdminPassword>"
+           "<szGroupName>Ops</szGroupName></DeleteGroup>";
+}
+
 std::string BodyOf(const ProgramResult& result) {
     EXPECT_FALSE(result.timedOut);
     EXPECT_EQ(result.errors, "");

@@ -34,6 +34,13 @@ private:
 /// REQUEST_METHOD=POST and CONTENT_LENGTH with the changes of FrontEnd::Serve.
 std::vector<std::string> CgiVariables(const std::string& body, const std::vector<std::string>& changes);
 
+/// A request for a message to "oncall" by way of the server at `url`, with further elements.
+std::string MessageTo(const std::string& url, const std::string& fields = {});
+/// An element for a second server.
+std::string SecondUrl(const std::string& url);
+/// A request to delete the group "Ops".
+std::string DeleteGroupAt(const std::string& url);
+
 /// What follows the CGI header; fails the test when the header is not the one told.
 std::string BodyOf(const ProgramResult& result);
 /// Fails the test unless the text is empty or one XML document.

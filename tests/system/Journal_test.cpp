@@ -51,7 +51,7 @@ TEST(Journal, TellsAtDebugWhatIsAboutToBeSent) {
     const LoopbackServer server({.body = "OK\r\n"});
     const FrontEnd frontEnd;
     Configure(frontEnd, "debug");
-    frontEnd.Serve(Envelope(server.Url(), "<szRecipientName>night</szRecipientName>"));
+    frontEnd.Serve(MessageTo(server.Url()));
     const std::string journal = frontEnd.Journal();
     EXPECT_LT(journal.find("outcome=sending"), journal.find("outcome=answered"));
     EXPECT_EQ(std::count(journal.begin(), journal.end(), '\n'), 2) << journal;
@@ -82,20 +82,12 @@ TEST(Journal, TellsOnlyTheBeginningOfARecipientAndOfAJob) {
     EXPECT_THAT(frontEnd.Journal(), HasSubstr(" to=" + told + " job=" + told + " server="));
 }
 
-TEST(Journal, OfAHealthCheckIsEmpty) {
-    const FrontEnd frontEnd;
-    const ProgramResult result = frontEnd.Serve("", {"REQUEST_METHOD=GET", "-CONTENT_LENGTH"});
-    EXPECT_THAT(BodyOf(result), HasSubstr("2004 Invalid command"));
-    EXPECT_EQ(frontEnd.Journal(), "");
-    EXPECT_THAT(frontEnd.Log(), HasSubstr("[ERROR] Invalid command"));
-}
-
 TEST(Journal, IsNotKeptWithoutItsSection) {
     const LoopbackServer server({.body = "OK\r\n"});
     const FrontEnd frontEnd;
     Configure(frontEnd, "");
     const std::string ini = ReadFile(frontEnd.Site() / "config/cvlogs.ini");
-    frontEnd.Serve(Envelope(server.Url(), "<szRecipientName>night</szRecipientName>"));
+    frontEnd.Serve(MessageTo(server.Url()));
     EXPECT_EQ(server.Bodies().size(), 1u);
     EXPECT_FALSE(std::filesystem::exists(frontEnd.Site() / "logs/deliveries_log.txt"));
     EXPECT_EQ(ReadFile(frontEnd.Site() / "config/cvlogs.ini"), ini) << "nothing is added to the file";
@@ -105,8 +97,7 @@ TEST(Journal, ThatCannotBeWrittenStopsNoPage) {
     const LoopbackServer server({.body = "OK\r\n"});
     const FrontEnd frontEnd;
     std::filesystem::create_directory(frontEnd.Site() / "logs/deliveries_log.txt");
-    const ProgramResult result =
-        frontEnd.Serve(Envelope(server.Url(), "<szRecipientName>night</szRecipientName>"));
+    const ProgramResult result = frontEnd.Serve(MessageTo(server.Url()));
     EXPECT_THAT(BodyOf(result), HasSubstr("<SendStdMessageResult>OK"));
     EXPECT_EQ(server.Bodies().size(), 1u);
 }

@@ -56,14 +56,9 @@ public:
     }
 
 private:
-    std::string Body() const {
-        return "<Envelope><SendStdMessage><szURL>" + url_ +
-               "</szURL><szRecipientName>night</szRecipientName></SendStdMessage></Envelope>";
-    }
-
     ProgramResult Serve(const std::string& id) {
         const auto start = std::chrono::steady_clock::now();
-        ProgramResult result = frontEnd_.ServeWith(Program(), Body(), {"HTTP_X_REQUEST_ID=" + id});
+        ProgramResult result = frontEnd_.ServeWith(Program(), MessageTo(url_), {"HTTP_X_REQUEST_ID=" + id});
         usual_ = std::chrono::steady_clock::now() - start;
         EXPECT_EQ(result.exitStatus, 0) << id;
         return result;
@@ -71,7 +66,7 @@ private:
 
     ProgramResult ServeAndKill(const std::string& id) {
         const double delay = usual_.count() * std::uniform_real_distribution<>(0.2, 1.2)(random_);
-        return frontEnd_.ServeWith("/usr/bin/timeout", Body(), {"HTTP_X_REQUEST_ID=" + id},
+        return frontEnd_.ServeWith("/usr/bin/timeout", MessageTo(url_), {"HTTP_X_REQUEST_ID=" + id},
                                    {"-s", "KILL", std::to_string(delay), Program()});
     }
 
@@ -98,7 +93,7 @@ std::vector<std::string> LinesOf(const fs::path& logs) {
 std::map<std::string, int> EntriesOf(const fs::path& logs, int& archives) {
     const std::string time = R"(\d\d/\d\d/\d{4} \d\d:\d\d:\d\d )";
     const std::regex whole(time +
-                           R"(Deliveries \[INFO\] at=\S+ id=(p\d+-\d+) method=SendStdMessage to=night )" +
+                           R"(Deliveries \[INFO\] at=\S+ id=(p\d+-\d+) method=SendStdMessage to=oncall )" +
                            R"(server=\S+ via=primary outcome=answered http=200 ms=\d+ bytes=4 reply=OK)");
     const std::regex archiving(time + "Archiving .*");
     std::map<std::string, int> entries;

@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include "tests/support/LoopbackServer.h"
 #include "tests/system/FrontEnd.h"
 #include "tools/wsdl/RequestElements.h"

@@ -14,14 +14,13 @@
 
 #include "tests/support/Eventually.h"
 #include "tests/support/ScgiClient.h"
+#include "tests/system/FrontEnd.h"
 
 namespace quorbel {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr char kHeader[] = "Content-type: text/xml\n\n";
 
 /// The process number is known in the new process only.
 constexpr char kHandOver[] = "exec 3<&0 0</dev/null; LISTEN_PID=$$ LISTEN_FDS=1 exec \"$@\"";
@@ -65,9 +64,9 @@ ResidentProgram::~ResidentProgram() {
 }
 
 std::string ResidentProgram::Ask(const std::string& body, const std::vector<std::string>& variables) const {
-    const std::string answer = AskByScgi(Socket(), body, variables);
-    EXPECT_TRUE(answer.starts_with(kHeader)) << answer;
-    return answer.substr(std::min(answer.size(), sizeof kHeader - 1));
+    ProgramResult result;
+    result.output = AskByScgi(Socket(), body, variables);
+    return BodyOf(result);
 }
 
 std::vector<pid_t> ResidentProgram::Workers() const {

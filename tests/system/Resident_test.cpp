@@ -28,11 +28,6 @@ using testing::Not;
 
 namespace {
 
-std::string Message(const std::string& url, const std::string& recipient) {
-    return "<Envelope><Body><SendStdMessage><szURL>" + url + "</szURL><szRecipientName>" + recipient +
-           "</szRecipientName></SendStdMessage></Body></Envelope>";
-}
-
 /// An AddUser whose every value is a secret that ends in the number.
 std::string SecretRequest(const std::string& url, const std::string& number) {
     const auto element = [&](const std::string& name) {
@@ -64,10 +59,6 @@ long Occurrences(const std::string& text, const std::string& what) {
     return count;
 }
 
-std::string UrlWithNumber(const LoopbackServer& server, int number) {
-    return server.Url() + "?" + std::to_string(number);
-}
-
 }  // namespace
 
 TEST(Resident, NothingOfARequestReachesTheNextOne) {
@@ -75,7 +66,7 @@ TEST(Resident, NothingOfARequestReachesTheNextOne) {
     const FrontEnd frontEnd;
     const ResidentProgram resident(frontEnd.Site().Path(), {"--workers=1", "--spare=1"});
     const std::string followers[] = {
-        Message(server.Url(), "oncall"),
+        MessageTo(server.Url()),
         SecretRequest(server.Url(), "2"),
         SecretRequest(DeadUrl(), "2"),
         "<Envelope><QueryMessage><szURL>" + server.Url() + "</szURL></QueryMessage></Envelope>",
@@ -107,7 +98,7 @@ TEST(Resident, ConfigurationCountsFromTheNextRequestOn) {
         frontEnd.Site().Write("config/cvlogs.ini", "[SOAP]\nwriter=file\nlevel=" + level + "\nfilePath=" +
                                                        frontEnd.Site() / name + "\nautoAppend=1\n");
     };
-    const std::string request = Message(server.Url(), "oncall");
+    const std::string request = MessageTo(server.Url());
     resident.Ask(request);
     EXPECT_THAT(frontEnd.Log(), HasSubstr("REQUEST_METHOD=POST"));
     logIs("logs/other.txt", "trace");
@@ -132,14 +123,13 @@ TEST(Resident, LargeRequestsAndRepliesAreServedWhole) {
     const FrontEnd frontEnd;
     fs::remove(frontEnd.Site() / "config/cvlogs.ini");
     const ResidentProgram resident(frontEnd.Site().Path(), {"--workers=1", "--spare=1"});
-    const std::string large = "<Envelope><Body><SendStdMessage><szURL>" + small.Url() +
-                              "</szURL><szRecipientName>oncall</szRecipientName><szMessage>" +
-                              std::string(16 << 20, 'm') + "</szMessage></SendStdMessage></Body></Envelope>";
+    const std::string large =
+        MessageTo(small.Url(), "<szMessage>" + std::string(16 << 20, 'm') + "</szMessage>");
     EXPECT_TRUE(IsWhole(resident.Ask(large)));
-    const std::string answer = resident.Ask(Message(server.Url(), "oncall"));
+    const std::string answer = resident.Ask(MessageTo(server.Url()));
     EXPECT_GT(answer.size(), std::size_t{99 << 20});
     EXPECT_TRUE(IsWhole(answer));
-    EXPECT_TRUE(IsWhole(resident.Ask(Message(small.Url(), "oncall"))));
+    EXPECT_TRUE(IsWhole(resident.Ask(MessageTo(small.Url()))));
 }
 
 TEST(Resident, AThousandConnectionsAtOnceAreServedInTurn) {
@@ -151,7 +141,7 @@ TEST(Resident, AThousandConnectionsAtOnceAreServedInTurn) {
     clients.reserve(1000);
     for (int i = 0; i < 1000; ++i) clients.emplace_back(resident.Socket());
     for (int i = 0; i < 1000; ++i) {
-        const std::string request = Message(UrlWithNumber(server, i), "oncall");
+        const std::string request = MessageTo(server.Url() + "?" + std::to_string(i));
         ASSERT_TRUE(clients[i].Send(ScgiHeaderText({"REQUEST_METHOD=POST"}, request.size()) + request));
     }
     for (const auto& client : clients) EXPECT_TRUE(IsWhole(client.Receive()));
@@ -188,7 +178,7 @@ TEST(Resident, AKilledWorkerCostsTheRequestInItAndNoOther) {
             for (int i = 0; i < kRequestsEach; ++i) {
                 const std::string id = std::to_string(client * kRequestsEach + i);
                 const std::string answer =
-                    AskByScgi(resident.Socket(), Message(server.Url() + "?" + id, "oncall"), WithId(id));
+                    AskByScgi(resident.Socket(), MessageTo(server.Url() + "?" + id), WithId(id));
                 const std::lock_guard guard(mutex);
                 if (!IsWhole(answer)) failed.insert(id);
             }
@@ -237,7 +227,7 @@ public:
 
 private:
     void Send() {
-        while (!done_) ++(IsWhole(AskByScgi(socket_, Message(url_, "oncall"))) ? answered_ : lost_);
+        while (!done_) ++(IsWhole(AskByScgi(socket_, MessageTo(url_))) ? answered_ : lost_);
     }
 
     const std::string socket_, url_;
@@ -303,7 +293,7 @@ TEST(Resident, StopLetsRunningRequestsEnd) {
     const FrontEnd frontEnd;
     ResidentProgram resident(frontEnd.Site().Path(), {"--spare=2"});
     const ScgiClient client(resident.Socket());
-    const std::string request = Message(url, "oncall");
+    const std::string request = MessageTo(url);
     client.Send(ScgiHeaderText(WithId("slow"), request.size()) + request);
     ASSERT_TRUE(Eventually([&] { return arrived.load(); }));
     kill(resident.Pid(), SIGUSR1);
@@ -320,10 +310,7 @@ TEST(Resident, WrongUsageIsToldInOneLine) {
     const FrontEnd frontEnd;
     const ResidentProgram running(frontEnd.Site().Path(), {"--spare=1"});
     const std::string site = frontEnd.Site().Path();
-    const struct {
-        std::vector<std::string> arguments;
-        const char* message;
-    } cases[] = {
+    const std::pair<std::vector<std::string>, const char*> cases[] = {
         {{}, "--site is required"},
         {{"--site", "/nonexistent"}, "/nonexistent/web/cgi-bin: No such file or directory"},
         {{"--site", site, "--workers", "2", "--spare", "3"}, "--spare is more than --workers"},
@@ -333,10 +320,10 @@ TEST(Resident, WrongUsageIsToldInOneLine) {
         {{"--site", site, "--socket", running.Socket()}, "another instance has it"},
         {{"--site", site, "--socket", "/nonexistent/s"}, "lock file cannot be made: No such file"},
     };
-    for (const auto& c : cases) {
+    for (const auto& [arguments, message] : cases) {
         std::string errors;
-        EXPECT_EQ(ExitStatus(c.arguments, errors), 2) << c.message;
-        EXPECT_THAT(errors, HasSubstr(c.message));
+        EXPECT_EQ(ExitStatus(arguments, errors), 2) << message;
+        EXPECT_THAT(errors, HasSubstr(message));
         EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 1) << errors;
     }
     std::string errors;

@@ -7,7 +7,6 @@
 #include <httplib.h>
 
 #include <atomic>
-#include <filesystem>
 #include <thread>
 
 #include "process/HttpPoster.h"
@@ -17,7 +16,6 @@
 
 using namespace quorbel;
 
-namespace fs = std::filesystem;
 using testing::HasSubstr;
 
 namespace {
@@ -59,26 +57,15 @@ private:
     std::thread thread_;
 };
 
-std::string Message(const std::string& url, const std::string& url2 = {}) {
-    return "<SendStdMessage><szURL>" + url + "</szURL><szRecipientName>oncall</szRecipientName><szURL2>" +
-           url2 + "</szURL2></SendStdMessage>";
-}
-
-std::string Administration(const std::string& url) {
-    return "<DeleteGroup><szURL>" + url +
-           "</szURL><szAdminName>adm</szAdminName><szAdminPassword>pw</szAdminPassword>"
-           "<szGroupName>Ops</szGroupName></DeleteGroup>";
-}
-
 void ExpectAnswers(const FrontEnd& frontEnd, const std::string& url) {
-    EXPECT_THAT(BodyOf(frontEnd.Serve(Message(url))), HasSubstr("Result>OK over TLS"));
-    EXPECT_THAT(BodyOf(frontEnd.Serve(Administration(url))), HasSubstr("Result>OK over TLS"));
+    EXPECT_THAT(BodyOf(frontEnd.Serve(MessageTo(url))), HasSubstr("Result>OK over TLS"));
+    EXPECT_THAT(BodyOf(frontEnd.Serve(DeleteGroupAt(url))), HasSubstr("Result>OK over TLS"));
 }
 
 /// A message that was not sent is told in a response, an administration command in a fault.
 void ExpectRefusals(const FrontEnd& frontEnd, const std::string& url, const std::string& text) {
-    EXPECT_THAT(BodyOf(frontEnd.Serve(Message(url))), HasSubstr("Result>" + text + "</"));
-    EXPECT_EQ(BodyOf(frontEnd.Serve(Administration(url))), FaultDocument("2012 " + text));
+    EXPECT_THAT(BodyOf(frontEnd.Serve(MessageTo(url))), HasSubstr("Result>" + text + "</"));
+    EXPECT_EQ(BodyOf(frontEnd.Serve(DeleteGroupAt(url))), FaultDocument("2012 " + text));
 }
 
 }  // namespace
@@ -105,12 +92,13 @@ TEST(Tls, PostsNothingToAnyOtherServer) {
     const struct {
         const char* what;
         Credential credential;
-        std::string bundle;
+        std::optional<std::string> bundle;
         const char* text;
     } cases[] = {
         {"wrong host", authority.Issue("DNS:pager.example,IP:127.0.0.2"), authority.Pem(), kNotVouchedFor},
         {"expired", authority.Issue(kThisMachine, -1), authority.Pem(), kNotVouchedFor},
         {"unknown authority", unknown.Issue(kThisMachine), authority.Pem(), kNotVouchedFor},
+        {"no bundle", authority.Issue(kThisMachine), std::nullopt, kNoBundle},
         {"empty bundle", authority.Issue(kThisMachine), "", kNoBundle},
         {"damaged bundle", authority.Issue(kThisMachine), authority.Pem().substr(0, 200), kNoBundle},
     };
@@ -118,7 +106,7 @@ TEST(Tls, PostsNothingToAnyOtherServer) {
         SCOPED_TRACE(c.what);
         const TlsServer server(c.credential);
         const FrontEnd frontEnd;
-        frontEnd.Site().Write(kBundle, c.bundle);
+        if (c.bundle) frontEnd.Site().Write(kBundle, *c.bundle);
         ExpectRefusals(frontEnd, server.Url(), c.text);
         EXPECT_EQ(server.Posts(), 0);
     }
@@ -171,15 +159,6 @@ TEST(Tls, OneProcessTakesEachNewBundle) {
     EXPECT_EQ(server.Posts(), 3);
 }
 
-TEST(Tls, PostsNothingWithoutABundle) {
-    const TestAuthority authority;
-    const TlsServer server(authority.Issue(kThisMachine));
-    const FrontEnd frontEnd;
-    ASSERT_FALSE(fs::exists(frontEnd.Site() / kBundle));
-    ExpectRefusals(frontEnd, server.Url(), kNoBundle);
-    EXPECT_EQ(server.Posts(), 0);
-}
-
 TEST(Tls, NeverFallsBackToPlainHttp) {
     const LoopbackServer plain;
     const FrontEnd frontEnd;
@@ -194,7 +173,8 @@ TEST(Tls, FailsOverToAServerThatTheBundleVouchesFor) {
     const TlsServer good(authority.Issue(kThisMachine));
     const FrontEnd frontEnd;
     frontEnd.Site().Write(kBundle, authority.Pem());
-    EXPECT_THAT(BodyOf(frontEnd.Serve(Message(expired.Url(), good.Url()))), HasSubstr("Result>OK over TLS"));
+    EXPECT_THAT(BodyOf(frontEnd.Serve(MessageTo(expired.Url(), SecondUrl(good.Url())))),
+                HasSubstr("Result>OK over TLS"));
     EXPECT_EQ(expired.Posts(), 0);
     EXPECT_EQ(good.Posts(), 1);
 }

@@ -1,6 +1,5 @@
 #include "tools/paging-standin/Store.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace standin {

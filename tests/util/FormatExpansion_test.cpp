@@ -5,10 +5,7 @@
 using namespace quorbel;
 
 TEST(FormatExpansion, PrintsEveryMissingArgumentAsZero) {
-    const struct {
-        const char* text;
-        const char* printed;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"plain", "plain"},
         {"/spool/100%%", "/spool/100%"},
         {"%5%", "%"},
@@ -24,7 +21,7 @@ TEST(FormatExpansion, PrintsEveryMissingArgumentAsZero) {
         {"half %", "half "},
         {"half %-08.3l", "half "},
     };
-    for (const auto& c : cases) EXPECT_EQ(ExpandWithoutArguments(c.text, 255), c.printed) << c.text;
+    for (const auto& [text, printed] : cases) EXPECT_EQ(ExpandWithoutArguments(text, 255), printed) << text;
 }
 
 TEST(FormatExpansion, NeverExceedsItsLimit) {

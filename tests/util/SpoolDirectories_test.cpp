@@ -14,6 +14,7 @@
 #include "CVException.h"
 #include "CVioFile.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/RunTogether.h"
 #include "tests/support/TempDir.h"
 #include "util/BoundedText.h"
 
@@ -56,10 +57,7 @@ constexpr char kQueue[] = "5\tq\t/q\n";
 }  // namespace
 
 TEST_F(SpoolDirectories, StoresWhatFollowsTheLastTab) {
-    const struct {
-        std::string line;
-        std::string value;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"log_dir:\t\t/var/log/x", "/var/log/x"},
         {"log_dir:\t\t /var/log/x \r", "/var/log/x"},
         {"log_dir:\t\t /var/log/x \t", ""},
@@ -72,9 +70,9 @@ TEST_F(SpoolDirectories, StoresWhatFollowsTheLastTab) {
         {"log_dir:\t\t/%n%s", "/(null)"},
         {"log_dir:\t\t/" + std::string(400, 'x'), "/" + std::string(254, 'x')},
     };
-    for (const auto& c : cases) {
-        Load("log_dir:\t\tkept\n" + c.line + "\n" + kQueue);
-        EXPECT_EQ(Slot(DirectorySlot::Log), c.value) << c.line;
+    for (const auto& [line, value] : cases) {
+        Load("log_dir:\t\tkept\n" + line + "\n" + kQueue);
+        EXPECT_EQ(Slot(DirectorySlot::Log), value) << line;
         EXPECT_EQ(Slot(DirectorySlot::Error), "") << "ran into the next slot";
     }
 }
@@ -190,12 +188,9 @@ TEST_F(SpoolDirectories, TurnsAFailedFileIntoTheGeneralException) {
 
 TEST_F(SpoolDirectories, SurvivesManyFirstStartsAtOnce) {
     dir_.Write("dir", "spool_dir:\t\t/spool\nlog_dir:\t\t/log\n");
-    const auto start = [&] {
+    RunTogether(16, [&](int) {
         LoadDirectoryConfig("dir", g_tDir);
         if (Slot(DirectorySlot::Log) != "/log" || Queues() != std::vector<std::string>{"101|Default|/spool"})
             throw 1;
-    };
-    std::vector<pid_t> children(16);
-    for (pid_t& child : children) child = StartChild(start);
-    for (const pid_t child : children) EXPECT_EQ(WaitForChild(child), Child::Finished);
+    });
 }

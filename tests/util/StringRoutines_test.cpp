@@ -8,14 +8,11 @@
 using namespace quorbel;
 
 TEST(StringRoutines, TrimsBothEndsInPlace) {
-    const struct {
-        const char* text;
-        const char* trimmed;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"   a   ", "a"}, {"\t\r\n a b \v\f", "a b"}, {"   ", ""}, {"", ""}, {"\xA0x\xA0", "\xA0x\xA0"}};
-    for (const auto& c : cases) {
-        std::string text = c.text;
-        EXPECT_STREQ(TrimSpaces(text.data()), c.trimmed) << c.text;
+    for (const auto& [untrimmed, trimmed] : cases) {
+        std::string text = untrimmed;
+        EXPECT_STREQ(TrimSpaces(text.data()), trimmed) << untrimmed;
     }
     EXPECT_EQ(TrimChars("\r\n line \ttext\r\n", "\r\n "), "line \ttext");
     EXPECT_EQ(TrimChars("\t\r\n", "\r\n "), "\t") << "a tab is not in that set";
@@ -79,10 +76,7 @@ TEST(VisibleText, ShowsControlBytes) {
 }
 
 TEST(VisibleText, NamesControlCharacters) {
-    const struct {
-        char c;
-        const char* name;
-    } cases[] = {{'\0', "<NUL>"},   {'\t', "<HT>"}, {'\x1F', "<US>"},
-                 {'\x7F', "<DEL>"}, {'a', "a"},     {'\xE9', "<e9>"}};
-    for (const auto& c : cases) EXPECT_STREQ(ControlName(c.c), c.name);
+    const std::pair<char, const char*> cases[] = {{'\0', "<NUL>"},   {'\t', "<HT>"}, {'\x1F', "<US>"},
+                                                  {'\x7F', "<DEL>"}, {'a', "a"},     {'\xE9', "<e9>"}};
+    for (const auto& [c, name] : cases) EXPECT_STREQ(ControlName(c), name);
 }

@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <regex>
+
 #include "tests/tools/operator/OperatorSite.h"
 
 using namespace quorbel;
@@ -19,10 +21,7 @@ ProgramResult Check(const OperatorSite& site) {
 std::string Report(const OperatorSite& site) {
     std::string text = Check(site).output;
     text.erase(0, text.find('\n') + 2);
-    for (std::size_t at; (at = text.find(site.Files().Path())) != text.npos;) {
-        text.replace(at, site.Files().Path().size(), "SITE");
-    }
-    return text;
+    return std::regex_replace(text, std::regex(site.Files().Path()), "SITE");
 }
 
 }  // namespace
@@ -50,10 +49,7 @@ TEST(CheckCommand, ShowsWhatEveryModuleMakesOfTheFile) {
 }
 
 TEST(CheckCommand, SaysWhyALogIsNotReady) {
-    const struct {
-        const char* section;
-        const char* reason;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"writer=fiel", "no: there is no writer \"fiel\""},
         {"filePath={SITE}/none/a.txt", "no: takes no new files: SITE/none: No such file or directory"},
         {"filePath={SITE}/logs", "no: SITE/logs: is a directory"},
@@ -63,20 +59,17 @@ TEST(CheckCommand, SaysWhyALogIsNotReady) {
         // The path before one that cannot be used stays in force.
         {"filePath={SITE}/logs/a.txt\nfilePath={SITE}/none/a.txt", "file      SITE/logs/a.txt\n"},
     };
-    for (const auto& c : cases) {
-        const OperatorSite site("[SOAP]\n" + std::string(c.section) + "\n[CLI]\n");
-        const bool ready = std::string(c.reason).starts_with("file");
-        EXPECT_THAT(Report(site), HasSubstr(c.reason));
+    for (const auto& [section, reason] : cases) {
+        const OperatorSite site("[SOAP]\n" + std::string(section) + "\n[CLI]\n");
+        const bool ready = std::string(reason).starts_with("file");
+        EXPECT_THAT(Report(site), HasSubstr(reason));
         EXPECT_EQ(Check(site).errors, ready ? "" : "cvlogs: not ready: SOAP\n");
         EXPECT_EQ(Check(site).exitStatus, ready ? 0 : 1);
     }
 }
 
 TEST(CheckCommand, WarnsOfWhatIsLikelyAMistake) {
-    const struct {
-        std::string text;
-        const char* warning;
-    } cases[] = {
+    const std::pair<std::string, const char*> cases[] = {
         {"[SOAP]\nlevel = info\n", "[SOAP] the key \"level \" ends in a blank; no program finds it"},
         {"[main]\nlevel=verbose\n", "[main] level=verbose names no level; warn is taken"},
         {"[SOAP]\nwriter=fiel\n", "[SOAP] writer=fiel names no writer; nothing is logged"},
@@ -91,9 +84,9 @@ TEST(CheckCommand, WarnsOfWhatIsLikelyAMistake) {
         {"[SOAP\n", "[SOAP lacks its \"]\"; no program finds the section"},
         {"[SOAP]\nfilePath=/" + std::string(501, 'x') + "\n", "line 2 is longer than 511 characters"},
     };
-    for (const auto& c : cases) {
-        const OperatorSite site(c.text);
-        EXPECT_THAT(Report(site), HasSubstr("warning: " + std::string(c.warning)));
+    for (const auto& [text, warning] : cases) {
+        const OperatorSite site(text);
+        EXPECT_THAT(Report(site), HasSubstr("warning: " + std::string(warning)));
     }
 }
 

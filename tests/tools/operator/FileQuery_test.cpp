@@ -1,12 +1,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
 
 #include "syslib/CVsysEventLogFileWriter.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/Eventually.h"
 #include "tests/tools/operator/OperatorSite.h"
 
@@ -55,19 +55,15 @@ const std::string kFive = Line(5, "SOAP [DEBUG] five");
 class Following {
 public:
     Following(const OperatorSite& site, const std::vector<std::string>& arguments)
-        : output_(site.Files() / "followed") {
-        pid_ = fork();
-        if (pid_ != 0) return;
-        std::vector<char*> argv{const_cast<char*>("cvlogs")};
-        for (const auto& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
-        argv.push_back(nullptr);
-        if (std::freopen(output_.c_str(), "w", stdout) == nullptr) _exit(126);
-        execv(CVLOGS_PROGRAM, argv.data());
-        _exit(127);
-    }
+        : output_(site.Files() / "followed"), pid_(StartChild([&] {
+              std::vector<char*> argv{const_cast<char*>("cvlogs")};
+              for (const auto& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
+              argv.push_back(nullptr);
+              if (std::freopen(output_.c_str(), "w", stdout) != nullptr) execv(CVLOGS_PROGRAM, argv.data());
+          })) {}
     ~Following() {
         kill(pid_, SIGKILL);
-        waitpid(pid_, nullptr, 0);
+        WaitForChild(pid_);
     }
 
     std::string Output() const { return std::filesystem::exists(output_) ? ReadFile(output_) : ""; }
@@ -77,7 +73,7 @@ public:
 
 private:
     const std::string output_;
-    pid_t pid_ = 0;
+    const pid_t pid_;
 };
 
 void WriteNumbers(const std::string& path, const std::string& writer, int count) {
@@ -95,10 +91,7 @@ void WriteNumbers(const std::string& path, const std::string& writer, int count)
 
 TEST(FileQuery, ReadsALogWithItsArchives) {
     RotatedLog log;
-    const struct {
-        std::vector<std::string> options;
-        std::string lines;
-    } cases[] = {
+    const std::pair<std::vector<std::string>, std::string> cases[] = {
         {{}, kOne + kTwo + kThree + kFour + kFive},
         {{"-n", "2"}, kFour + kFive},
         {{"--newest", "--limit", "2"}, kFive + kFour},
@@ -114,9 +107,9 @@ TEST(FileQuery, ReadsALogWithItsArchives) {
         {{"--time", "%:05"}, kFive},
         {{"--by-level"}, kFour + kFive + kOne + kThree + kTwo},
     };
-    for (const auto& c : cases) {
-        const std::string expected = c.lines.empty() ? "1 cvlogs: no such entries\n" : "0 " + c.lines;
-        EXPECT_EQ(log.Query(c.options), expected) << testing::PrintToString(c.options);
+    for (const auto& [options, lines] : cases) {
+        const std::string expected = lines.empty() ? "1 cvlogs: no such entries\n" : "0 " + lines;
+        EXPECT_EQ(log.Query(options), expected) << testing::PrintToString(options);
     }
     EXPECT_EQ(Outcome(log.site.Logs(
                   {"query", "--config-dir", log.site.Config(), "--module", "SOAP", "--limit", "1"})),
@@ -160,12 +153,9 @@ TEST(FileQuery, FollowsOverRotationsWithoutLosingOrDoublingALine) {
     constexpr int kCount = 400;
     std::vector<pid_t> writers;
     for (const char* writer : {"a", "b"}) {
-        writers.push_back(fork());
-        if (writers.back() != 0) continue;
-        WriteNumbers(path, writer, kCount);
-        _exit(0);
+        writers.push_back(StartChild([&] { WriteNumbers(path, writer, kCount); }));
     }
-    for (const pid_t writer : writers) waitpid(writer, nullptr, 0);
+    for (const pid_t writer : writers) EXPECT_EQ(WaitForChild(writer), Child::Finished);
     EXPECT_TRUE(follow.Shows("a" + std::to_string(kCount - 1) + ";"));
     EXPECT_TRUE(follow.Shows("b" + std::to_string(kCount - 1) + ";"));
     const std::string output = follow.Output();

@@ -27,19 +27,16 @@ TEST(Messages, LoadsListsAndGetsTexts) {
 }
 
 TEST(Messages, NamesTheLineOfAConstantsFileThatCannotBeLoaded) {
-    const struct {
-        const char* secondLine;
-        const char* reason;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"#define B 8 x", "messages.h:2: Message comment is too short"},
         {"#define B 7 /* again */", "messages.h:2: number 7 stands in line 1 as well"},
         {"#define B -1 /* below */", "messages.h:2: number -1 is negative"},
     };
     const OperatorSite site;
     LoadAndList(site, "#define OLD 1 /* old */\n");
-    for (const auto& c : cases) {
-        const std::string outcome = LoadAndList(site, "#define A 7 /* a */\n" + std::string(c.secondLine));
-        EXPECT_THAT(outcome, HasSubstr(c.reason));
+    for (const auto& [secondLine, reason] : cases) {
+        const std::string outcome = LoadAndList(site, "#define A 7 /* a */\n" + std::string(secondLine));
+        EXPECT_THAT(outcome, HasSubstr(reason));
         EXPECT_THAT(outcome, testing::EndsWith("; the catalogue is as it was\n0 1 old\n"));
     }
 }

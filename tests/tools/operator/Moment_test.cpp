@@ -9,10 +9,7 @@ using namespace quorbel;
 TEST(Moment, ReadsDatesAndAges) {
     setenv("TZ", "UTC", 1);
     constexpr std::time_t kNow = 1706778303;  // 2024-02-01 09:05:03
-    const struct {
-        const char* text;
-        std::int64_t seconds;
-    } cases[] = {
+    const std::pair<const char*, std::int64_t> cases[] = {
         {"2024-02-01", 1706745600},
         {"2024-02-01 09:05", 1706778300},
         {"2024-02-01 09:05:03", kNow},
@@ -36,7 +33,7 @@ TEST(Moment, ReadsDatesAndAges) {
         {"2024-02-01T10:05:03.123+01:00", kNow},
         {"2024-02-01T09:05:03Z", kNow},
     };
-    for (const auto& c : cases) EXPECT_EQ(ParseMoment(c.text, kNow), c.seconds) << c.text;
+    for (const auto& [text, seconds] : cases) EXPECT_EQ(ParseMoment(text, kNow), seconds) << text;
 }
 
 TEST(Moment, RefusesWhatIsNoMoment) {

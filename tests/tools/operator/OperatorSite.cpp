@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <regex>
 
 #include "syslib/CVLogSQLiteProcessor.h"
 
@@ -15,14 +16,6 @@ namespace {
 
 const std::vector<std::string> kEnvironment = {"TZ=UTC", "PATH=/usr/bin:/bin"};
 
-std::string ReplaceSite(std::string text, const std::string& site) {
-    constexpr std::string_view kPlaceholder = "{SITE}";
-    for (std::size_t at; (at = text.find(kPlaceholder)) != text.npos;) {
-        text.replace(at, kPlaceholder.size(), site);
-    }
-    return text;
-}
-
 ProgramResult Run(const std::string& program, const std::vector<std::string>& arguments,
                   std::vector<std::string> environment = {}) {
     environment.insert(environment.end(), kEnvironment.begin(), kEnvironment.end());
@@ -33,7 +26,8 @@ ProgramResult Run(const std::string& program, const std::vector<std::string>& ar
 
 OperatorSite::OperatorSite(const std::string& configuration) {
     files_.Write("config/dir", "log_dir:\t\t" + files_ / "logs" + "\n");
-    files_.Write("config/cvlogs.ini", ReplaceSite(configuration, files_.Path()));
+    files_.Write("config/cvlogs.ini",
+                 std::regex_replace(configuration, std::regex(R"(\{SITE\})"), files_.Path()));
     fs::create_directory(files_ / "logs");
 }
 

@@ -35,10 +35,7 @@ const std::string kSlow = "02/02/2024 09:05:03 SOAP.Send [WARN] slow\n";
 TEST(QueryCommand, PrintsTheEntriesThatPassEveryFilter) {
     const OperatorSite site;
     StoreSample(site);
-    const struct {
-        std::vector<std::string> options;
-        std::string lines;
-    } cases[] = {
+    const std::pair<std::vector<std::string>, std::string> cases[] = {
         {{}, kStarted + kLost + kDeep + kSlow + kSlow},
         {{"--level", "warn"}, kLost + kSlow + kSlow},
         {{"--sub", "Parse", "--sub", ""}, kStarted + kDeep},
@@ -53,9 +50,9 @@ TEST(QueryCommand, PrintsTheEntriesThatPassEveryFilter) {
         {{"--by-level"}, kDeep + kStarted + kSlow + kSlow + kLost},
         {{"--by-module", "--limit", "2"}, kStarted + kDeep},
     };
-    for (const auto& c : cases) {
-        const std::string expected = c.lines.empty() ? "1 cvlogs: no such entries\n" : "0 " + c.lines;
-        EXPECT_EQ(Query(site, c.options), expected) << testing::PrintToString(c.options);
+    for (const auto& [options, lines] : cases) {
+        const std::string expected = lines.empty() ? "1 cvlogs: no such entries\n" : "0 " + lines;
+        EXPECT_EQ(Query(site, options), expected) << testing::PrintToString(options);
     }
     EXPECT_THAT(Query(site, {"--time", "02/02"}), HasSubstr("a time pattern stands for the whole text"));
 }
@@ -123,19 +120,16 @@ TEST(QueryCommand, CreatesNothingAndSaysWhatIsWrong) {
     const OperatorSite site;
     site.Files().Write("notes.txt", "no database at all");
     const std::string before = site.Listing();
-    const struct {
-        std::string database;
-        const char* reason;
-    } cases[] = {
+    const std::pair<std::string, const char*> cases[] = {
         {site.Files() / "logs/none.sdb", "No such file or directory"},
         {site.Files() / "none/none.sdb", "No such file or directory"},
         {site.Files() / "logs", "no regular file"},
         {site.Files() / "notes.txt", "file is not a database"},
     };
-    for (const auto& c : cases) {
-        const auto result = site.Logs({"query", "--db", c.database, "--module", "SOAP"});
+    for (const auto& [database, reason] : cases) {
+        const auto result = site.Logs({"query", "--db", database, "--module", "SOAP"});
         EXPECT_EQ(result.exitStatus, 1);
-        EXPECT_THAT(result.errors, HasSubstr(c.reason));
+        EXPECT_THAT(result.errors, HasSubstr(reason));
     }
     EXPECT_EQ(site.Listing(), before);
 }

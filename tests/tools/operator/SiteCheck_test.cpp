@@ -1,15 +1,12 @@
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 
+#include "tests/support/LockHolder.h"
 #include "tests/support/LoopbackServer.h"
 #include "tests/tools/operator/OperatorSite.h"
 
@@ -20,27 +17,8 @@ using testing::HasSubstr;
 
 namespace {
 
-constexpr char kAuthority[] =
-    "-----BEGIN CERTIFICATE-----\n"
-    "MIIBdzCCAR2gAwIBAgIUPopQsz4d5PmR3v/HYtoHDrzStOswCgYIKoZIzj0EAwIw\n"
-    "EDEOMAwGA1UEAwwFUGxhbnQwIBcNMjYxMTIxMjAyNjE2WhgPMjEyNjEwMjgyMDI2\n"
-    "MTZaMBAxDjAMBgNVBAMMBVBsYW50MFkwEwYHKoZIzj0CAQYIKoZIzj0DAQcDQgAE\n"
-    "oYQCF8zIo5LohONVa1q88OKF3KAqelXmIvvvSeTZJ+bMF2o9dawOo3YZboCgJOad\n"
-    "iRgaCPjD+PD767hxh4KStqNTMFEwHQYDVR0OBBYEFL79efaSGqSyz+5b1YnHrQ3j\n"
-    "7DptMB8GA1UdIwQYMBaAFL79efaSGqSyz+5b1YnHrQ3j7DptMA8GA1UdEwEB/wQF\n"
-    "MAMBAf8wCgYIKoZIzj0EAwIDSAAwRQIhAMOzrWILBKLT/zVbFdsQgBpyMMCf72Su\n"
-    "ZKcWumqeTpL0AiB2k3hbp84En2UMd23dJ+I5b5nai3Zvcsn9DNr2pFOwCg==\n"
-    "-----END CERTIFICATE-----\n";
-// Its time was over in 2018.
-constexpr char kExpired[] =
-    "-----BEGIN CERTIFICATE-----\n"
-    "MIIBBDCBqgIBATAKBggqhkjOPQQDAjAOMQwwCgYDVQQDDANPbGQwHhcNMTAwMTAx\n"
-    "MDAwMDAwWhcNMTgwMTAxMDAwMDAwWjAOMQwwCgYDVQQDDANPbGQwWTATBgcqhkjO\n"
-    "PQIBBggqhkjOPQMBBwNCAAShhAIXzMijkuiE41VrWrzw4oXcoCp6VeYi++9J5Nkn\n"
-    "5swXaj11rA6jdhlugKAk5p2JGBoI+MP48PvruHGHgpK2MAoGCCqGSM49BAMCA0kA\n"
-    "MEYCIQD5T2iW8n5bgNvdILA0kswrkY1/88pmF3yrnKUvti2/qQIhAMOUXEC6PxkB\n"
-    "sGDrbJqKE+cyrkODd+8PP++X1jctTpL7\n"
-    "-----END CERTIFICATE-----\n";
+const std::string kAuthority = ReadFile(AUTHORITIES_DIR "/authority.pem");
+const std::string kExpired = ReadFile(AUTHORITIES_DIR "/expired.pem");  // its time was over in 2018
 
 /// A whole site in which nothing is wrong.
 struct WholeSite {
@@ -74,34 +52,6 @@ std::string Wrong(const ProgramResult& result) {
     }
     return wrong;
 }
-
-/// Another process that holds the lock on a file.
-class LockHolder {
-public:
-    explicit LockHolder(const std::string& path) {
-        int ready[2];
-        EXPECT_EQ(pipe(ready), 0);
-        pid_ = fork();
-        if (pid_ == 0) {
-            struct flock lock {};
-            lock.l_type = F_WRLCK;
-            const int file = open(path.c_str(), O_RDWR | O_CREAT, 0664);
-            if (fcntl(file, F_SETLK, &lock) != 0 || write(ready[1], "r", 1) != 1) _exit(1);
-            pause();
-        }
-        char got = 0;
-        EXPECT_EQ(read(ready[0], &got, 1), 1);
-        close(ready[0]);
-        close(ready[1]);
-    }
-    ~LockHolder() {
-        kill(pid_, SIGKILL);
-        waitpid(pid_, nullptr, 0);
-    }
-
-private:
-    pid_t pid_ = 0;
-};
 
 }  // namespace
 
@@ -173,7 +123,7 @@ TEST(SiteCheck, TellsWhoHoldsALockForLong) {
 
 TEST(SiteCheck, TellsOfExpiredAuthorities) {
     const WholeSite whole;
-    whole.site.Files().Write("config/ca-bundle.crt", std::string(kAuthority) + kExpired);
+    whole.site.Files().Write("config/ca-bundle.crt", kAuthority + kExpired);
     EXPECT_THAT(Wrong(whole.Check()), HasSubstr("holds 2 authorities, 1 expired: /CN=Old"));
 }
 

@@ -5,10 +5,7 @@
 using namespace quorbel;
 
 TEST(Text, MakesOneValidJsonStringOfAnyBytes) {
-    const struct {
-        std::string text;
-        const char* json;
-    } cases[] = {
+    const std::pair<std::string, const char*> cases[] = {
         {"a \"b\" \\c/", R"("a \"b\" \\c/")"},
         {"tab\t, lines\r\n", R"("tab\t, lines\r\n")"},
         {std::string("\0\x1b[31m\x7f", 7), R"("\u0000\u001b[31m\u007f")"},
@@ -20,7 +17,7 @@ TEST(Text, MakesOneValidJsonStringOfAnyBytes) {
         {"\xED\xA0\x80", R"("\ufffd\ufffd\ufffd")"},            // half a surrogate pair
         {"\xF4\x90\x80\x80", R"("\ufffd\ufffd\ufffd\ufffd")"},  // beyond the last character
     };
-    for (const auto& c : cases) EXPECT_EQ(JsonString(c.text), c.json);
+    for (const auto& [text, json] : cases) EXPECT_EQ(JsonString(text), json);
 }
 
 TEST(Text, KeepsTabsAndLineEndsOutOfAField) {

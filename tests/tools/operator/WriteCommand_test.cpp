@@ -38,30 +38,20 @@ TEST(WriteCommand, WritesFromAWorkerThreadAsServicesDo) {
                 MatchesRegex(".* CLI \\[INFO\\] by the worker\n"));
 }
 
-TEST(WriteCommand, GivesANewModuleItsSection) {
-    const OperatorSite site("[main]\n");
-    EXPECT_EQ(Outcome(Write(site, "LDAP", "info", "first")), "0 ");
-    EXPECT_THAT(ReadFile(site.Config() + "/cvlogs.ini"),
-                HasSubstr("[LDAP]\nwriter=file\nlevel=info\nfilePath=" + site.Files() / "logs/ldap_log.txt"));
-}
-
 TEST(WriteCommand, SaysWhyNothingIsWritten) {
     const OperatorSite site(
         "[SOAP]\nlevel=error\n[CLI]\nwriter=fiel\n[LDAP]\nwriter=sqlite\n[Messenger]\nfilePath={SITE}/none/"
         "main.txt\n");
-    const struct {
-        const char* module;
-        const char* reason;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"SOAP", "not written: [SOAP] takes entries from level ERROR on"},
         {"CLI", "not written: there is no writer \"fiel\""},
         {"LDAP", "not written: there is no dbfilename"},
         {"Messenger", "/none: No such file or directory"},
     };
-    for (const auto& c : cases) {
-        const auto result = Write(site, c.module, "warn", "text");
-        EXPECT_EQ(result.exitStatus, 1) << c.module;
-        EXPECT_THAT(result.errors, HasSubstr(c.reason));
+    for (const auto& [module, reason] : cases) {
+        const auto result = Write(site, module, "warn", "text");
+        EXPECT_EQ(result.exitStatus, 1) << module;
+        EXPECT_THAT(result.errors, HasSubstr(reason));
     }
     EXPECT_EQ(
         site.Logs({"write", "--config-dir", "/none", "--module", "A", "--level", "info", "x"}).exitStatus, 1);
