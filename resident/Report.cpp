@@ -1,6 +1,10 @@
 #include "resident/Report.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 
@@ -28,7 +32,16 @@ std::string Plain(const char* text) {
     return plain;
 }
 
+/// systemd's journal then has the message already, from the system log. It names the stream that it reads.
+bool JournalReadsStandardError() {
+    const char* stream = std::getenv("JOURNAL_STREAM");
+    struct stat status = {};
+    return stream != nullptr && fstat(STDERR_FILENO, &status) == 0 &&
+           std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino) == stream;
+}
+
 void ToStandardError(const std::string& text) {
+    if (JournalReadsStandardError()) return;
     std::fprintf(stderr, "%s: %s\n", kIdentity, text.c_str());
 }
 

@@ -6,7 +6,7 @@
 
 namespace quorbel {
 
-// The service's own messages, each to the system log and as a line to standard error.
+// The service's own messages, each to the system log and as a line to standard error, unless systemd's journal reads both.
 
 void ReportError(const std::string& text);
 void ReportInfo(const std::string& text);

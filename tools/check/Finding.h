@@ -29,13 +29,16 @@ struct Site {
 Findings CheckDirectories(const Site& site);
 /// What each module's log really does, and who holds locks.
 Findings CheckLogs(const Site& site);
-/// The message catalogue, the link of the web folder, the service description, the resident
-/// program.
+/// The message catalogue, the link of the web folder, the service description.
 Findings CheckParts(const Site& site);
 /// The authorities of the CA bundle.
 Findings CheckBundle(const Site& site);
 /// The list of allowed servers, and whether each address is allowed and takes connections, with a certificate
 /// that the bundle vouches for.
 Findings CheckServers(const Site& site, const std::vector<std::string>& urls);
+
+/// The resident program, where it is installed, as the user who looks: its socket is the web server's, and its own
+/// user may not connect.
+Findings CheckResident();
 
 }  // namespace quorbel

@@ -2,6 +2,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -54,6 +55,8 @@ Finding CheckDescription(const Site& site) {
             "clients are told " + text.substr(start, text.find('"', start) - start)};
 }
 
+}  // namespace
+
 Findings CheckResident() {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
@@ -61,19 +64,18 @@ Findings CheckResident() {
     if (access(kResidentSocket, F_OK) != 0) return {};  // not installed
     const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     const bool answers = connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-    const std::string reason = answers ? "" : GetSystemErrorText();
+    const bool isKeptOut = !answers && errno == EACCES;
+    const std::string reason = answers ? " takes requests"
+                               : isKeptOut
+                                   ? " is the web server's; only root can see whether it takes requests"
+                                   : ": " + GetSystemErrorText();
     close(socket);
-    if (answers) return {{State::Ok, "resident program", std::string(kResidentSocket) + " takes requests"}};
-    return {{State::Critical, "resident program", std::string(kResidentSocket) + ": " + reason}};
+    const State state = answers || isKeptOut ? State::Ok : State::Critical;
+    return {{state, "resident program", kResidentSocket + reason}};
 }
 
-}  // namespace
-
 Findings CheckParts(const Site& site) {
-    Findings findings = {CheckCatalogue(site), CheckLink(site), CheckDescription(site)};
-    const Findings resident = CheckResident();
-    findings.insert(findings.end(), resident.begin(), resident.end());
-    return findings;
+    return {CheckCatalogue(site), CheckLink(site), CheckDescription(site)};
 }
 
 }  // namespace quorbel

@@ -41,8 +41,9 @@ void BecomeUser(const std::string& name, const std::string& logs) {
     }
 }
 
-Findings Look(const Site& site, const std::vector<std::string>& urls) {
-    Findings all;
+Findings Look(const Site& site, const std::string& user, const std::vector<std::string>& urls) {
+    Findings all = CheckResident();
+    BecomeUser(user, site.root + "/logs");
     for (const Findings& some : {CheckDirectories(site), CheckLogs(site), CheckParts(site), CheckBundle(site),
                                  CheckServers(site, urls)}) {
         all.insert(all.end(), some.begin(), some.end());
@@ -61,8 +62,7 @@ void Print(const Finding& finding, bool asJson) {
 
 int Check(const Options& options) {
     const Site site{options.site.empty() ? OwnSite() : options.site};
-    BecomeUser(options.user, site.root + "/logs");
-    const Findings findings = Look(site, options.urls);
+    const Findings findings = Look(site, options.user, options.urls);
     for (const Finding& finding : findings) Print(finding, options.asJson);
     return static_cast<int>(findings.front().state);
 }
