@@ -26,3 +26,22 @@ wait_for() {
     done
     return 1
 }
+
+failures=0
+# must WHAT COMMAND...: says how that went, and counts failures.
+must() {
+    if "${@:2}" >>"$work/checks.log" 2>&1; then
+        say "  ok     $1"
+    else
+        say "  WRONG  $1"
+        failures=$((failures + 1))
+    fi
+}
+
+# newer_package PACKAGE TREE NEWER: a package that is newer and comes with other samples, made in the directory TREE.
+newer_package() {
+    dpkg-deb -R "$1" "$2"
+    sed -i 's/^Version: .*/&+newer/' "$2/DEBIAN/control"
+    find "$2/usr/local/corvane/share/deploy" -type f ! -name '*.lua' -exec sed -i '$a # newer' {} +
+    dpkg-deb --root-owner-group -b "$2" "$3" >/dev/null
+}
