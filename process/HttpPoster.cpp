@@ -46,6 +46,7 @@ std::string EncodeFormText(std::string_view text, std::size_t capacity) {
     std::string encoded;
     if (capacity < 5) return encoded;
 
+    encoded.reserve(std::min(text.size(), capacity));
     for (const char c : text) {
         if (encoded.size() + 4 >= capacity) break;  // the server's fields end here
         const auto byte = static_cast<unsigned char>(c);

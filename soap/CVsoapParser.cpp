@@ -119,12 +119,13 @@ Nil NilIn(const XML_Char** attributes) {
 }
 
 void EnvelopeState::Start(std::string_view name, const XML_Char** attributes) {
+    const TagName element(name);
     if (!insideMethod_) {
-        const Method* method = MethodOpenedBy(name);
+        const Method* method = MethodOpenedBy(element);
         if (method == nullptr) return;
         Open(*method);
     }
-    capture_.Start(name, NilIn(attributes));
+    capture_.Start(element, NilIn(attributes));
 }
 
 void EnvelopeState::Open(const Method& method) {
@@ -145,10 +146,11 @@ void EnvelopeState::End(std::string_view name) {
         return;
     }
     if (!insideMethod_) return;
-    if (const Method* method = MethodClosedBy(name); method != nullptr) {
+    const TagName element(name);
+    if (const Method* method = MethodClosedBy(element); method != nullptr) {
         Close(*method);
     } else {
-        capture_.End(name);
+        capture_.End(element);
     }
 }
 

@@ -16,9 +16,9 @@ std::size_t Find(std::span<const Field> fields, Condition holds) {
 }
 
 template <typename Action>
-void ForMatches(std::span<const Field> fields, std::string_view element, Action action) {
+void ForMatches(std::span<const Field> fields, const TagName& element, Action action) {
     for (std::size_t i = 0; i < fields.size(); ++i) {
-        if (EndsWithNoCase(element, fields[i].element)) action(i);
+        if (element.EndsWith(fields[i].element)) action(i);
     }
 }
 
@@ -49,7 +49,7 @@ void FieldCapture::Close() {
     }
 }
 
-void FieldCapture::Start(std::string_view element, Nil nil) {
+void FieldCapture::Start(const TagName& element, Nil nil) {
     if (nil == Nil::Always) return;
     for (Group* group : {&common_, own_}) {
         ForMatches(group->fields, element, [&](std::size_t field) {
@@ -92,7 +92,7 @@ void FieldCapture::KeepPiece(std::string_view text) {
     if (!piece_->Append(text.data(), static_cast<int>(text.size()))) throw std::bad_alloc();
 }
 
-void FieldCapture::End(std::string_view element) {
+void FieldCapture::End(const TagName& element) {
     for (Group* group : {&common_, own_}) {
         ForMatches(group->fields, element, [&](std::size_t field) { EndField(*group, field); });
     }

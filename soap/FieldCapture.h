@@ -30,9 +30,9 @@ public:
 
     /// The method's fields, and the common ones, are looked at until Close.
     void Open(const Method& method);
-    void Start(std::string_view element, Nil nil);
+    void Start(const TagName& element, Nil nil);
     void Data(std::string_view text);
-    void End(std::string_view element);
+    void End(const TagName& element);
     /// Ends the method, or the document in its middle: every field that is still captured gets its text.
     void Close();
 

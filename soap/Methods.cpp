@@ -307,17 +307,19 @@ std::span<const Method> Methods() {
     return kMethods;
 }
 
-const Method* MethodOpenedBy(std::string_view element) {
-    const auto* method = std::find_if(std::begin(kMethods), std::end(kMethods), [element](const Method& row) {
-        return EndsWithNoCase(element, row.name);
-    });
+bool TagName::IsEnd(std::string_view name) const {
+    return EndsWithNoCase(name_, name);
+}
+
+const Method* MethodOpenedBy(const TagName& element) {
+    const auto* method = std::find_if(std::begin(kMethods), std::end(kMethods),
+                                      [&](const Method& row) { return element.EndsWith(row.name); });
     return method == std::end(kMethods) ? nullptr : method;
 }
 
-const Method* MethodClosedBy(std::string_view element) {
-    const auto* match = std::find_if(kEndOrder.begin(), kEndOrder.end(), [element](const Method* row) {
-        return EndsWithNoCase(element, row->name);
-    });
+const Method* MethodClosedBy(const TagName& element) {
+    const auto* match = std::find_if(kEndOrder.begin(), kEndOrder.end(),
+                                     [&](const Method* row) { return element.EndsWith(row->name); });
     return match == kEndOrder.end() ? nullptr : *match;
 }
 

@@ -1,10 +1,50 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <string_view>
 
 namespace quorbel {
+
+/// The last eight letters of a name as one number, letter case aside; a shorter name leaves the upper bytes zero.
+constexpr std::uint64_t LastLetters(std::string_view name) {
+    constexpr unsigned char kWithoutCase = 0xDF;
+    std::uint64_t letters = 0;
+    for (const char c : name.substr(name.size() - std::min<std::size_t>(name.size(), 8))) {
+        letters = letters << 8 | (static_cast<unsigned char>(c) & kWithoutCase);
+    }
+    return letters;
+}
+
+/// The name of a field or method. Each element of a request is compared with all of them, so a name carries what decides
+/// nearly every comparison in one step.
+struct ElementName : std::string_view {
+    constexpr ElementName(const char* text)
+        : std::string_view(text),
+          lastLetters(LastLetters(text)),
+          counted(size() < 8 ? (std::uint64_t{1} << 8 * size()) - 1 : ~std::uint64_t{0}) {}
+
+    std::uint64_t lastLetters;
+    std::uint64_t counted;  ///< which of their bits count
+};
+
+/// The name in a tag of a request, to be compared with the names of fields and methods; borrows its text.
+class TagName {
+public:
+    explicit TagName(std::string_view name) : name_(name), lastLetters_(LastLetters(name)) {}
+    /// True when it ends with the name, letter case aside: a namespace prefix is passed over.
+    bool EndsWith(const ElementName& name) const {
+        return ((lastLetters_ ^ name.lastLetters) & name.counted) == 0 && IsEnd(name);
+    }
+
+private:
+    bool IsEnd(std::string_view name) const;
+
+    std::string_view name_;
+    std::uint64_t lastLetters_;
+};
 
 /// The numbered places of a request record. One place serves several methods where their elements mean alike;
 /// the numbers are fixed, and those left out here are never filled.
@@ -112,7 +152,7 @@ enum class Required { No, Always, ForAdministration };
 
 /// One element that a method, or every method, knows.
 struct Field {
-    std::string_view element;
+    ElementName element;
     Slot slot = {};
     FieldKind kind = FieldKind::Text;
     std::size_t part = 0;
@@ -135,8 +175,8 @@ enum class EndRecords { Nothing, MemberKind, MessagingAction };
 
 /// One SOAP method of the service. Copies share the fields, which live as long as the program.
 struct Method {
-    std::string_view name;  ///< also what g_szCommand and the answer's elements carry
-    int code;               ///< 128 to 155
+    ElementName name;  ///< also what g_szCommand and the answer's elements carry
+    int code;          ///< 128 to 155
     std::string_view
         commandWord;  ///< recorded at the start tag; the server's word of an administration method
     std::span<const Field> fields;  ///< besides the common ones, in the published order
@@ -160,9 +200,9 @@ std::span<const Field> CommonFields();
 std::span<const Method> Methods();
 
 /// The method whose name ends a start tag's name, letter case aside; null when there is none.
-const Method* MethodOpenedBy(std::string_view element);
+const Method* MethodOpenedBy(const TagName& element);
 /// The method whose name ends an end tag's name. The order of these tests differs from that of start tags.
-const Method* MethodClosedBy(std::string_view element);
+const Method* MethodClosedBy(const TagName& element);
 
 /// True when the service refuses the method without this field, or drops an item without it.
 bool IsRequired(const Method& method, const Field& field);

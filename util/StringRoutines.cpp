@@ -16,25 +16,9 @@ namespace {
 
 constexpr std::string_view kLineBlanks = " \t\r\n";
 
-char Fold(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 }  // namespace
 
 namespace quorbel {
-
-bool IsSpace(char c) {
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
-bool IsAlphanumeric(char c) {
-    return (c >= '0' && c <= '9') || (Fold(c) >= 'a' && Fold(c) <= 'z');
-}
-
-bool IsPrintable(char c) {
-    return c >= ' ' && c <= '~';
-}
 
 std::int32_t LeadingNumber(const char* text) {
     using Limits = std::numeric_limits<std::int32_t>;
@@ -80,8 +64,13 @@ int CompareNoCase(const char* left, const char* right, std::size_t count) {
 namespace quorbel {
 
 bool EqualNoCase(std::string_view left, std::string_view right) {
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                      [](char a, char b) { return Fold(a) == Fold(b); });
+    return left == right || std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                                       [](char a, char b) { return Fold(a) == Fold(b); });
+}
+
+bool EndsWithNoCase(std::string_view name, std::string_view key) {
+    return !key.empty() && name.size() >= key.size() &&
+           EqualNoCase(name.substr(name.size() - key.size()), key);
 }
 
 bool HoldsPrintable(std::string_view text) {

@@ -10,9 +10,19 @@ namespace quorbel {
 // The plain text routines that the rest of the program shares. All work on bytes in the C locale, whatever
 // the environment says: bytes above ASCII are never letters, never printable and never white space.
 
-bool IsSpace(char c);
-bool IsAlphanumeric(char c);
-bool IsPrintable(char c);
+constexpr bool IsSpace(char c) {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+/// The small letter of a capital; every other character is itself.
+constexpr char Fold(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+constexpr bool IsAlphanumeric(char c) {
+    return (c >= '0' && c <= '9') || (Fold(c) >= 'a' && Fold(c) <= 'z');
+}
+constexpr bool IsPrintable(char c) {
+    return c >= ' ' && c <= '~';
+}
 
 /// The decimal number that a text begins with, as strtol reads it; the nearest of 32 bits when it is larger.
 std::int32_t LeadingNumber(const char* text);
@@ -39,13 +49,8 @@ namespace quorbel {
 bool EqualNoCase(std::string_view left, std::string_view right);
 
 /// True when neither is empty and `name` ends with `key`, letter case aside. This is how namespace prefixes
-/// of element names are passed over. Every element is compared with every name there is, so the last letter, but for
-/// the bit in which a small one differs from a capital, decides most of it.
-inline bool EndsWithNoCase(std::string_view name, std::string_view key) {
-    constexpr int kCaseBit = 0x20;
-    return !key.empty() && name.size() >= key.size() && ((name.back() ^ key.back()) & ~kCaseBit) == 0 &&
-           EqualNoCase(name.substr(name.size() - key.size()), key);
-}
+/// of element names are passed over.
+bool EndsWithNoCase(std::string_view name, std::string_view key);
 
 /// True when the text holds at least one printable character other than blank and double quote.
 bool HoldsPrintable(std::string_view text);

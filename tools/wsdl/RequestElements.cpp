@@ -15,7 +15,7 @@ Place PlaceOf(const Field& field, bool isCommon) {
     if (isCommon) return field.slot == Slot::Url2 ? Place::SecondUrl : Place::Head;
     if (IsSticky(field)) return Place::Sticky;
     // Its end tag ends the method for the parser, whatever element the name belongs to.
-    if (MethodClosedBy(field.element) != nullptr) return Place::ClosesMethod;
+    if (MethodClosedBy(TagName(field.element)) != nullptr) return Place::ClosesMethod;
     return Place::Own;
 }
 
