@@ -21,11 +21,13 @@ TEST(WriteCommand, WritesToWhatTheConfigurationChooses) {
     const OperatorSite site(
         "[main]\n[SOAP]\nwriter=sqlite\ndbfilename={SITE}/logs/"
         "events.sdb\n[CLI]\nlevel=warn\nautoAppend=1\n");
+    site.Files().Write("config/dir", "log_dir:\t\t" + site.Files() / "elsewhere" + "\n");
+    site.Files().Write("elsewhere/other", "");
     EXPECT_EQ(Outcome(Write(site, "SOAP", "info", "100% of 'it' %s%n")), "0 ");
     EXPECT_EQ(Outcome(Write(site, "CLI", "fatal", "-dash")), "0 ");
     EXPECT_THAT(Outcome(site.Logs({"query", "--db", site.Database(), "--module", "SOAP"})),
                 MatchesRegex("0 .* SOAP \\[INFO\\] 100% of 'it' %s%n\n"));
-    EXPECT_THAT(ReadFile(site.Files() / "logs/cli_log.txt"), MatchesRegex(".* CLI \\[FATAL\\] -dash\n"))
+    EXPECT_THAT(ReadFile(site.Files() / "elsewhere/cli_log.txt"), MatchesRegex(".* CLI \\[FATAL\\] -dash\n"))
         << "without filePath it is log_dir";
 }
 
