@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "process/Translation.h"
 #include "util/BoundedText.h"
 
 // What no SOAP request reaches; the system cases hold the rest.
@@ -153,4 +154,15 @@ TEST(MessageCommands, FormsAddTheirLinesInFrontOfTheRecipient) {
     EXPECT_THAT(
         BuildMessageCommand(parameters, "kim").lines,
         ElementsAre("cmd=Cli", "modid=cli", "content_type=fax", "cover_page=blue", "name=kim", "jobid=7"));
+}
+
+TEST(Translation, GrantsPermissionsByTheNumbersOfTheirSlots) {
+    RequestRecord record;
+    record.Set(static_cast<Slot>(62), "true");
+    record.Set(static_cast<Slot>(63), "false");
+    record.Set(static_cast<Slot>(97), "1");
+    const UserGroupInfo group = TranslateUserGroup(record);
+    ASSERT_EQ(group.permissionCount, 2);
+    EXPECT_STREQ(group.permissions[0].slot, "62");
+    EXPECT_STREQ(group.permissions[1].slot, "97");
 }

@@ -225,21 +225,9 @@ TEST(HttpPoster, RetriesARefusedConnectionInside) {
         << "no address: nothing is tried";
 }
 
-TEST(HttpForm, EncodesEachByteClass) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"a/b_c.d", "a/b_c.d"},        // travels unchanged
-        {"x y&z=1", "x%20y%26z%3d1"},  // space and separators
-        {"a-b@c\n", "a%2db%40c%0a"},
-        {"caf\xC3\xA9", "caf%ff%ff"},  // any byte above ASCII
-        {"", ""},
-    };
-    for (const auto& [text, encoded] : cases) EXPECT_EQ(EncodeFormText(text, 100), encoded) << text;
-}
-
 TEST(HttpForm, CutsWhereTheServersFieldEnds) {
     EXPECT_EQ(EncodeFormText("abc", 4), "");
     EXPECT_EQ(EncodeFormText("abc", 5), "a");
-    EXPECT_EQ(EncodeFormText(std::string(20000, 'x'), 10000).size(), 9996u);
     EXPECT_EQ(EncodeFormText(std::string(20000, ' '), 10000).size(), 3u * 3332);
 }
 
