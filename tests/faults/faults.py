@@ -5,16 +5,16 @@ import os
 from pathlib import Path
 import signal
 import socket
-import subprocess
 import sys
 import tempfile
+from types import SimpleNamespace
 from xml.parsers import expat
 
 sys.path.insert(0, str(Path(__file__).parent.parent / "compare"))
 from pager import Pager  # pylint: disable=wrong-import-position
+from program import Site  # pylint: disable=wrong-import-position
 
 HEADER = b"Content-type: text/xml\n\n"
-PATIENCE = 60  # seconds
 LAST = b"POST /last HTTP/1.0\r\nContent-Length: 0\r\n\r\n"
 ANSWER = b"HTTP/1.0 200 OK\r\nContent-Length: 14\r\n\r\nOK job 1.1 on\n"
 URL = "<szURL>http://{address}/cmd</szURL>"
@@ -25,33 +25,24 @@ REQUESTS = {
                 "<szGroupName>Ops</szGroupName><szDescription>of the night</szDescription></AddGroup>",
     "a fault": "<DeleteGroup>" + URL + "</DeleteGroup>",
 }
-INI = "[main]\n\n[SOAP]\nwriter=file\nlevel=info\nfilePath={site}/logs/soap_log.txt\nautoAppend=1\nbytesPerFiles=50000000\n"
 
 
-class Runner:
-    """One site, one program, one paging server."""
+class Runner(Site):
+    """A site for a program whose allocations fail."""
 
     def __init__(self, directory, program, library, pager):
-        self.site, self.program, self.library, self.pager = Path(directory), program, library, pager
-        for folder in ("config", "logs", "web/cgi-bin"):
-            (self.site / folder).mkdir(parents=True)
-        (self.site / "web/config").symlink_to("../config")
-        (self.site / "config/dir").write_text(f"log_dir:\t\t{directory}/logs\n\n101\tDefault\t{directory}/spool\n")
-        (self.site / "config/cvlogs.ini").write_text(INI.format(site=directory))
-        (self.site / "config/servers").write_text(f"http://{pager.address}/cmd\n")
+        super().__init__(directory, program, pager)
+        self.library = library
+        self._write("config/servers", f"http://{pager.address}/cmd\n")
 
     def run(self, request, **environment):
         """Exit status, output and posts."""
         self.pager.begin([ANSWER])
-        body = self.site / "body"
-        body.write_text("<?xml version='1.0'?><Envelope><Body>" + request.format(address=self.pager.address) +
-                        "</Body></Envelope>")
-        with open(body, "rb") as standard_input:
-            done = subprocess.run([self.program], cwd=self.site / "web/cgi-bin", stdin=standard_input, check=False,
-                                  capture_output=True, timeout=PATIENCE,
-                                  env={"REQUEST_METHOD": "POST", "CONTENT_LENGTH": str(body.stat().st_size),
-                                       "LD_PRELOAD": str(self.library), **environment})
-        return done.returncode, done.stdout, self._take_posts()
+        method = request.format(address=self.pager.address)
+        body = f"<?xml version='1.0'?><Envelope><Body>{method}</Body></Envelope>".encode()
+        variables = {"REQUEST_METHOD": "POST", "CONTENT_LENGTH": str(len(body)), "LD_PRELOAD": str(self.library)}
+        status, output, _ = self._run(SimpleNamespace(body=body, environment=variables | environment))
+        return status, output, self._take_posts()
 
     def _take_posts(self):
         """What was posted, without connections over which nothing came. The pager takes one after the other: once it
@@ -64,7 +55,7 @@ class Runner:
         return [post for post in self.pager.posts if post not in (b"", LAST)]
 
     def allocations(self, request):
-        count = self.site / "count"
+        count = self.directory / "count"
         self.run(request, FAIL_COUNT=str(count))
         return int(count.read_text())
 
@@ -73,8 +64,8 @@ def problem(output, posts, whole_output, whole_posts, status):
     """What is wrong with a run; empty when nothing is."""
     if status == -signal.SIGABRT and not output and not posts:
         return ""  # not even an exception could be made: that needs memory, too
-    if status < 0:
-        return f"signal {-status}"
+    if status == "hangs" or status < 0:
+        return f"status {status}"
     if posts and posts != whole_posts:
         return "posted in part, or twice"
     if output == HEADER[:len(output)]:
@@ -120,7 +111,7 @@ def main():
     arguments = parser.parse_args()
     faulty = 0
     with tempfile.TemporaryDirectory(prefix="quorbel-faults-") as directory:
-        runner = Runner(directory, os.path.abspath(arguments.program), os.path.abspath(arguments.library), Pager())
+        runner = Runner(directory, arguments.program, os.path.abspath(arguments.library), Pager())
         for name, request in REQUESTS.items():
             faulty += try_all(runner, name, request, arguments.every)
     sys.exit(1 if faulty else 0)
