@@ -46,6 +46,38 @@ struct Pauses {
     }
 };
 
+int RowsOf(const std::string& path) {
+    CVSQLite3ResultSet rows;
+    CVSQLite3Database(path).ExecuteSelectQuery("SELECT a FROM t;", rows);
+    return rows.GetRowCount();
+}
+
+void Insert(CVSQLite3Database& database, int from, int to) {
+    for (int number = from; number < to; ++number) {
+        if (!database.ExecuteUpdateQuery("INSERT INTO t VALUES (" + std::to_string(number) + ");"))
+            throw number;
+    }
+}
+
+/// Would wait for minutes, also where it cannot be ended.
+class PatientBody : public CVconDelegate {
+public:
+    explicit PatientBody(const std::string& path) : path_(path) {}
+
+    void DoWork(pthread_t) override {
+        const NoCancellation asInADestructor;
+        CVSQLite3Database database(path_);
+        began = database.BeginImmediateTransaction("", kTryForMinutes);
+        code = database.GetLastErrorCode();
+    }
+
+    std::atomic<bool> began{false};
+    std::atomic<int> code{0};
+
+private:
+    const std::string path_;
+};
+
 }  // namespace
 
 TEST(CVSQLite3Database, TriesAPathItCannotOpenFiftyTimes) {
@@ -104,10 +136,8 @@ TEST(CVSQLite3Database, CreatesAMissingTableAndLeavesAnExistingOne) {
     TempDir dir;
     const TableDescription table{"t", "a INTEGER"};
     ASSERT_TRUE(CVSQLite3Database(dir / "x.sdb", table).ExecuteUpdateQuery("INSERT INTO t VALUES (1);"));
-    CVSQLite3Database again(dir / "x.sdb", table);
-    CVSQLite3ResultSet result;
-    ASSERT_TRUE(again.ExecuteSelectQuery("SELECT a FROM t;", result));
-    EXPECT_EQ(result.GetRowCount(), 1);
+    EXPECT_TRUE(CVSQLite3Database(dir / "x.sdb", table).IsReady());
+    EXPECT_EQ(RowsOf(dir / "x.sdb"), 1);
     EXPECT_EQ(Thrown([&] {
                   CVSQLite3Database(dir / "x.sdb", {"bad", "a,,"});
               }).GetMessage(),
@@ -120,9 +150,7 @@ TEST(CVSQLite3Database, KeepsEveryRowWhenManyProcessesFindTheTableMissing) {
         CVSQLite3Database database(dir / "x.sdb", {"t", "a INTEGER"});
         database.ExecuteUpdateQuery("INSERT INTO t VALUES (" + std::to_string(number) + ");");
     });
-    CVSQLite3ResultSet rows;
-    CVSQLite3Database(dir / "x.sdb").ExecuteSelectQuery("SELECT a FROM t;", rows);
-    EXPECT_EQ(rows.GetRowCount(), 12);
+    EXPECT_EQ(RowsOf(dir / "x.sdb"), 12);
 }
 
 TEST(CVSQLite3Database, TellsBeforehandWhichPathsItCanUse) {
@@ -160,23 +188,6 @@ TEST(CVSQLite3Database, TakesMoreCodesForBusyThanSqliteDoes) {
         EXPECT_FALSE(CountsAsBusy(code)) << code;
     }
 }
-
-namespace {
-
-int RowsOf(const std::string& path) {
-    CVSQLite3ResultSet rows;
-    CVSQLite3Database(path).ExecuteSelectQuery("SELECT a FROM t;", rows);
-    return rows.GetRowCount();
-}
-
-void Insert(CVSQLite3Database& database, int from, int to) {
-    for (int number = from; number < to; ++number) {
-        if (!database.ExecuteUpdateQuery("INSERT INTO t VALUES (" + std::to_string(number) + ");"))
-            throw number;
-    }
-}
-
-}  // namespace
 
 TEST(CVSQLite3Database, LosesNothingWhenItIsCarriedOverForks) {
     for (const char* mode : {"WAL", "DELETE"}) {
@@ -238,29 +249,6 @@ TEST(CVSQLite3Database, SurvivesForksWhileThreadsUseIt) {
     stop = true;
     busy.join();
 }
-
-namespace {
-
-/// Would wait for minutes, also where it cannot be ended.
-class PatientBody : public CVconDelegate {
-public:
-    explicit PatientBody(const std::string& path) : path_(path) {}
-
-    void DoWork(pthread_t) override {
-        const NoCancellation asInADestructor;
-        CVSQLite3Database database(path_);
-        began = database.BeginImmediateTransaction("", kTryForMinutes);
-        code = database.GetLastErrorCode();
-    }
-
-    std::atomic<bool> began{false};
-    std::atomic<int> code{0};
-
-private:
-    const std::string path_;
-};
-
-}  // namespace
 
 TEST(CVSQLite3Database, GivesUpABusyDatabaseWhenItsThreadIsKilled) {
     TempDir dir;

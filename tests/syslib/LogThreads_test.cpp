@@ -46,6 +46,21 @@ std::vector<std::string> MessagesOf(const TempDir& dir) {
     return messages;
 }
 
+/// Logs for as long as it is let.
+class EndlessLogger : public CVconDelegate {
+public:
+    explicit EndlessLogger(CVsysEventLogInterface& log) : log_(log) {}
+
+    void DoWork(pthread_t) override {
+        for (;;) entries += log_.Info(nullptr, "%d", entries.load());
+    }
+
+    std::atomic<int> entries{0};
+
+private:
+    CVsysEventLogInterface& log_;
+};
+
 }  // namespace
 
 TEST(LogThreads, WriteThroughOneLogWhileItsSettingsChange) {
@@ -102,25 +117,6 @@ TEST(LogThreads, StopTheLogOthersAreWritingTo) {
     });
     EXPECT_EQ(MessagesOf(dir).size(), static_cast<std::size_t>(written)) << "told as written, but not there";
 }
-
-namespace {
-
-/// Logs for as long as it is let.
-class EndlessLogger : public CVconDelegate {
-public:
-    explicit EndlessLogger(CVsysEventLogInterface& log) : log_(log) {}
-
-    void DoWork(pthread_t) override {
-        for (;;) entries += log_.Info(nullptr, "%d", entries.load());
-    }
-
-    std::atomic<int> entries{0};
-
-private:
-    CVsysEventLogInterface& log_;
-};
-
-}  // namespace
 
 TEST(LogThreads, AreKilledBetweenTwoEntriesOfAnyWriter) {
     for (const char* writer : {"file", "sqlite"}) {

@@ -28,6 +28,12 @@ void ExpectFault(const ProgramResult& result, const std::string& fault, int exit
     EXPECT_EQ(result.exitStatus, exitStatus);
 }
 
+std::string Attributes(int count) {
+    std::string attributes;
+    for (int i = 0; i < count; ++i) attributes += "x" + std::to_string(i) + "='' ";
+    return attributes;
+}
+
 }  // namespace
 
 TEST(Program, SitesThatCannotLogAreRefused) {
@@ -106,16 +112,6 @@ TEST(Program, FloodsOfItemsAreBounded) {
         EXPECT_EQ(std::count(command.begin(), command.end(), '&') + 1, lines);
     }
 }
-
-namespace {
-
-std::string Attributes(int count) {
-    std::string attributes;
-    for (int i = 0; i < count; ++i) attributes += "x" + std::to_string(i) + "='' ";
-    return attributes;
-}
-
-}  // namespace
 
 TEST(Program, HostileDocumentsEndInTheirFault) {
     constexpr char kMalformed[] = "2030 Invalid SOAP message";

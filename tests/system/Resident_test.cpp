@@ -59,6 +59,40 @@ long Occurrences(const std::string& text, const std::string& what) {
     return count;
 }
 
+/// Clients that send one request after another until they are stopped; each must be answered.
+class Load {
+public:
+    Load(std::string socket, std::string url) : socket_(std::move(socket)), url_(std::move(url)) {
+        for (int i = 0; i < 4; ++i) clients_.emplace_back([this] { Send(); });
+    }
+    /// The number of requests that were answered whole; fails the test when there is another one.
+    int Stop() {
+        done_ = true;
+        for (auto& client : clients_) client.join();
+        EXPECT_EQ(lost_, 0);
+        return answered_;
+    }
+    bool Reaches(int more) const {
+        return Eventually([&, target = answered_ + more] { return answered_ >= target; });
+    }
+
+private:
+    void Send() {
+        while (!done_) ++(IsWhole(AskByScgi(socket_, MessageTo(url_))) ? answered_ : lost_);
+    }
+
+    const std::string socket_, url_;
+    std::atomic<bool> done_{false};
+    std::atomic<int> answered_{0}, lost_{0};
+    std::vector<std::thread> clients_;
+};
+
+int ExitStatus(const std::vector<std::string>& arguments, std::string& errors) {
+    const ProgramResult result = RunProgram({.program = QUORBEL_SOAPD, .arguments = arguments});
+    errors = result.errors;
+    return result.exitStatus;
+}
+
 }  // namespace
 
 TEST(Resident, NothingOfARequestReachesTheNextOne) {
@@ -205,44 +239,6 @@ TEST(Resident, AKilledWorkerCostsTheRequestInItAndNoOther) {
     EXPECT_EQ(resident.Descriptors(), descriptors);
     EXPECT_THAT(messages, Not(HasSubstr("secret"))) << "what a client sent";
 }
-
-namespace {
-
-/// Clients that send one request after another until they are stopped; each must be answered.
-class Load {
-public:
-    Load(std::string socket, std::string url) : socket_(std::move(socket)), url_(std::move(url)) {
-        for (int i = 0; i < 4; ++i) clients_.emplace_back([this] { Send(); });
-    }
-    /// The number of requests that were answered whole; fails the test when there is another one.
-    int Stop() {
-        done_ = true;
-        for (auto& client : clients_) client.join();
-        EXPECT_EQ(lost_, 0);
-        return answered_;
-    }
-    bool Reaches(int more) const {
-        return Eventually([&, target = answered_ + more] { return answered_ >= target; });
-    }
-
-private:
-    void Send() {
-        while (!done_) ++(IsWhole(AskByScgi(socket_, MessageTo(url_))) ? answered_ : lost_);
-    }
-
-    const std::string socket_, url_;
-    std::atomic<bool> done_{false};
-    std::atomic<int> answered_{0}, lost_{0};
-    std::vector<std::thread> clients_;
-};
-
-int ExitStatus(const std::vector<std::string>& arguments, std::string& errors) {
-    const ProgramResult result = RunProgram({.program = QUORBEL_SOAPD, .arguments = arguments});
-    errors = result.errors;
-    return result.exitStatus;
-}
-
-}  // namespace
 
 TEST(Resident, RestartUnderLoadLosesNothingWhereTheSocketStays) {
     const LoopbackServer server;
