@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -70,7 +71,7 @@ TEST_F(BodyReaderTest, ReadsWhatIsAnnouncedAndNoMore) {
 TEST_F(BodyReaderTest, TakesABodyThatComesInPieces) {
     const pid_t sender = StartChild([this] {
         Send("hel");
-        usleep(50000);
+        for (int unread = 1; unread > 0;) ioctl(STDIN_FILENO, FIONREAD, &unread);
         Send("lo world");
     });
     const HeapText body = ReadWithLength("5");
