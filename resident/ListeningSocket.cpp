@@ -128,4 +128,9 @@ void ListeningSocket::Shut() {
     lock_.reset();
 }
 
+void HandOverToThisProcess() {
+    setenv("LISTEN_PID", std::to_string(getpid()).c_str(), 1);
+    setenv("LISTEN_FDS", "1", 1);
+}
+
 }  // namespace quorbel

@@ -36,4 +36,7 @@ private:
     std::unique_ptr<LockFile> lock_;
 };
 
+/// Tells the program that this process runs next that it is handed the socket that this one was handed.
+void HandOverToThisProcess();
+
 }  // namespace quorbel

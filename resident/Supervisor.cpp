@@ -25,12 +25,23 @@ constexpr int kSignals[] = {SIGTERM, SIGINT, SIGHUP, SIGUSR1, SIGCHLD};
 constexpr std::chrono::seconds kPauseAfterFailure{1};
 constexpr int kTick = 1000;  // milliseconds
 
-int BlockedSignals() {
-    std::signal(SIGPIPE, SIG_IGN);
+/// Workers of the program before this one in the same process, too.
+bool HasChildren() {
+    siginfo_t ignored;
+    return waitid(P_ALL, 0, &ignored, WEXITED | WNOHANG | WNOWAIT) == 0;
+}
+
+sigset_t Signals() {
     sigset_t signals;
     sigemptyset(&signals);
     for (const int signal : kSignals) sigaddset(&signals, signal);
-    sigprocmask(SIG_SETMASK, &signals, nullptr);
+    return signals;
+}
+
+int BlockedSignals() {
+    std::signal(SIGPIPE, SIG_IGN);
+    HoldSignals();
+    const sigset_t signals = Signals();
     const int descriptor = signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
     if (descriptor < 0) throw CVException("Supervisor", __LINE__, "no signalfd", GetSystemErrorText());
     return descriptor;
@@ -38,12 +49,18 @@ int BlockedSignals() {
 
 }  // namespace
 
+void HoldSignals() {
+    const sigset_t signals = Signals();
+    sigprocmask(SIG_SETMASK, &signals, nullptr);
+}
+
 Supervisor::Supervisor(const SupervisorSettings& settings, ListeningSocket& socket, Scoreboard& board,
-                       int wake, Work work)
+                       int wake, ProgramStart& start, Work work)
     : settings_(settings),
       socket_(socket),
       board_(board),
       wake_(wake),
+      start_(start),
       work_(std::move(work)),
       signals_(BlockedSignals()),
       children_(settings.workers) {}
@@ -53,7 +70,7 @@ Supervisor::~Supervisor() {
 }
 
 void Supervisor::Run() {
-    while (!stopping_ || Alive() > 0) {
+    while (!stopping_ || HasChildren()) {
         StartMissing();
         pollfd events[] = {{signals_, POLLIN, 0}, {wake_, POLLIN, 0}};
         const int count = poll(events, std::size(events), Timeout());
@@ -79,7 +96,7 @@ void Supervisor::OnSignal(int signal) {
             Reap();
             break;
         case SIGHUP:
-            AskAll();
+            Renew();
             break;
         case SIGUSR1:
             TellCounts();
@@ -146,7 +163,12 @@ void Supervisor::Reap() {
     for (pid_t pid; (pid = waitpid(-1, &status, WNOHANG)) > 0;) {
         const auto child = std::find_if(children_.begin(), children_.end(),
                                         [&](const Child& known) { return known.pid == pid; });
-        if (child == children_.end()) continue;
+        if (child == children_.end()) {
+            if (WIFSIGNALED(status))
+                ReportError("a worker from before the reload was ended by " +
+                            DescribeSignal(WTERMSIG(status)));
+            continue;
+        }
         const auto place = static_cast<std::size_t>(child - children_.begin());
         ReportEnd(place, status);
         *child = {};
@@ -167,6 +189,15 @@ void Supervisor::ReportEnd(std::size_t place, int status) {
     // What ends before it is ready would end again and again.
     if (state == WorkerState::Starting && !children_[place].asked)
         notBefore_ = Clock::now() + kPauseAfterFailure;
+}
+
+/// The running requests end in the workers that were asked, which stay this process's children. A socket of its own
+/// is not given away: its lock file would be open twice.
+void Supervisor::Renew() {
+    AskAll();
+    if (stopping_ || socket_.IsOwn()) return;
+    start_.RepeatWith(socket_.Descriptor());
+    ReportError("cannot start the program again: " + GetSystemErrorText());
 }
 
 void Supervisor::AskAll() {

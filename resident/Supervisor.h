@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "resident/ListeningSocket.h"
+#include "resident/ProgramStart.h"
 #include "resident/Scoreboard.h"
 
 namespace quorbel {
@@ -19,11 +20,15 @@ struct SupervisorSettings {
     std::chrono::seconds patience{660};  ///< for requests that run when it is told to stop
 };
 
+/// Lets the signals of a Supervisor wait until there is one. A reload that comes during the start would end the program.
+void HoldSignals();
+
 /// The parent of the workers. It touches no request: it keeps enough idle workers ready, replaces those that end,
 /// tells the system log of those that crash, and passes signals on.
 ///
-/// SIGTERM and SIGINT stop it once all running requests have ended; SIGHUP replaces every worker after its request;
-/// SIGUSR1 writes one line of counts. One object for a process, which must have a single thread and no other children.
+/// SIGTERM and SIGINT stop it once all running requests have ended; SIGHUP replaces every worker after its request, and
+/// where the socket was handed over the program, too, by what its file holds now; SIGUSR1 writes one line of counts. One
+/// object for a process, which must have a single thread and no children but those of the program before.
 class Supervisor {
 public:
     /// Runs in each new process, as the worker of that place; the process ends behind it.
@@ -31,7 +36,7 @@ public:
 
     /// `wake` is an eventfd that workers write to when few of them are idle.
     Supervisor(const SupervisorSettings& settings, ListeningSocket& socket, Scoreboard& board, int wake,
-               Work work);
+               ProgramStart& start, Work work);
     ~Supervisor();
 
     Supervisor(const Supervisor&) = delete;
@@ -55,6 +60,7 @@ private:
     void RetireSurplus();
     void Reap();
     void ReportEnd(std::size_t place, int status);
+    void Renew();
     void AskAll();
     void Ask(std::size_t place);
     void Stop();
@@ -68,6 +74,7 @@ private:
     ListeningSocket& socket_;
     Scoreboard& board_;
     const int wake_;
+    ProgramStart& start_;
     const Work work_;
     const int signals_;
     std::vector<Child> children_;                            ///< by place

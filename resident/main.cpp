@@ -14,7 +14,6 @@
 #include <filesystem>
 #include <stdexcept>
 #include <string>
-#include <system_error>
 #include <utility>
 
 #include "CVException.h"
@@ -22,6 +21,7 @@
 #include "process/ServeRequest.h"
 #include "resident/Connection.h"
 #include "resident/ListeningSocket.h"
+#include "resident/ProgramStart.h"
 #include "resident/Site.h"
 #include "resident/Supervisor.h"
 #include "resident/Worker.h"
@@ -91,14 +91,12 @@ constexpr const char* kStartSettings[][2] = {
 };
 
 /// Starts this program once more with these settings, unless it runs with them. Goes on when that is not possible.
-void StartWithSettings(char** argv) {
-    std::error_code failure;
-    const std::string program = std::filesystem::read_symlink("/proc/self/exe", failure);
-    if (failure || std::getenv(kStartSettings[0][0]) != nullptr) return;
+void StartWithSettings(ProgramStart& start) {
+    if (!start.IsKnown() || std::getenv(kStartSettings[0][0]) != nullptr) return;
     for (const auto& [name, value] : kStartSettings) {
         if (setenv(name, value, 0) != 0) return;
     }
-    execv(program.c_str(), argv);
+    start.Repeat();
 }
 
 /// Whether the request has used up what a run may wait for its logs.
@@ -116,11 +114,12 @@ Service ServiceNamed(std::string programPath) {
             .forget = ResetRun};
 }
 
-void Serve(const Options& options, ListeningSocket& socket, const std::string& programPath) {
+void Serve(const Options& options, ListeningSocket& socket, ProgramStart& start,
+           const std::string& programPath) {
     const int wake = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     if (wake < 0) throw std::runtime_error("no eventfd: " + GetSystemErrorText());
     Scoreboard board(options.supervisor.workers);
-    Supervisor(options.supervisor, socket, board, wake, [&](std::size_t place) {
+    Supervisor(options.supervisor, socket, board, wake, start, [&](std::size_t place) {
         Worker(socket.Descriptor(), wake, board, place, options.worker, ServiceNamed(programPath)).Run();
     }).Run();
     close(wake);
@@ -137,7 +136,11 @@ int Main(CLI::App& app, int argc, char** argv) {
         throw;
     }
     Complete(options);
-    if (!options.checkOnly) StartWithSettings(argv);
+    ProgramStart start(argv);
+    if (!options.checkOnly) {
+        HoldSignals();
+        StartWithSettings(start);
+    }
     const std::string socketPath = std::filesystem::absolute(options.socket).string();
     EnterSite(options.site);
     if (options.checkOnly) {
@@ -148,7 +151,7 @@ int Main(CLI::App& app, int argc, char** argv) {
     ListeningSocket socket(socketPath);
     PrepareTransfers();
     PrepareRuns();
-    Serve(options, socket, programPath);
+    Serve(options, socket, start, programPath);
     return 0;
 }
 

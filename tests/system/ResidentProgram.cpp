@@ -50,8 +50,8 @@ std::string ProcessFile(pid_t pid, const char* name) {
 }  // namespace
 
 ResidentProgram::ResidentProgram(const std::string& site, const std::vector<std::string>& options,
-                                 int listening) {
-    std::vector<std::string> words = {QUORBEL_SOAPD, "--site", site, "--socket", Socket()};
+                                 int listening, const std::string& program) {
+    std::vector<std::string> words = {program, "--site", site, "--socket", Socket()};
     words.insert(words.end(), options.begin(), options.end());
     pid_ = Start(words, listening, files_ / "messages");
     EXPECT_TRUE(Eventually([&] { return !Workers().empty(); })) << Messages();

@@ -14,7 +14,7 @@ class ResidentProgram {
 public:
     /// With a listening socket it is handed that one, as a service manager does, and Socket() means nothing.
     explicit ResidentProgram(const std::string& site, const std::vector<std::string>& options = {},
-                             int listening = -1);
+                             int listening = -1, const std::string& program = QUORBEL_SOAPD);
     ~ResidentProgram();
 
     ResidentProgram(const ResidentProgram&) = delete;

@@ -87,6 +87,37 @@ private:
     std::vector<std::thread> clients_;
 };
 
+/// A paging server that answers when it is told to, and a client that waits for it.
+class SlowRequest {
+public:
+    explicit SlowRequest(const std::string& socket) : client_(socket) {
+        const std::string url = "http://127.0.0.1:" + std::to_string(server_.Bind(0)) + "/";
+        server_.Start();
+        const std::string request = MessageTo(url);
+        client_.Send(ScgiHeaderText(WithId("slow"), request.size()) + request);
+        EXPECT_TRUE(Eventually([&] { return arrived_.load(); }));
+    }
+    std::string Answer() {
+        go_ = true;
+        return client_.Receive();
+    }
+
+private:
+    std::atomic<bool> arrived_{false}, go_{false};
+    HttpServer server_{[this](const HttpPost&) {
+        arrived_ = true;
+        Eventually([this] { return go_.load(); });
+        return HttpReply{};
+    }};
+    const ScgiClient client_;
+};
+
+bool HasOthersThan(const std::vector<pid_t>& before, const ResidentProgram& resident) {
+    const auto now = resident.Workers();
+    return std::none_of(before.begin(), before.end(),
+                        [&](pid_t pid) { return std::find(now.begin(), now.end(), pid) != now.end(); });
+}
+
 int ExitStatus(const std::vector<std::string>& arguments, std::string& errors) {
     const ProgramResult result = RunProgram({.program = QUORBEL_SOAPD, .arguments = arguments});
     errors = result.errors;
@@ -266,39 +297,52 @@ TEST(Resident, HangUpReplacesEveryWorkerAndLosesNothing) {
         EXPECT_TRUE(load.Reaches(50));
         const auto before = resident.Workers();
         kill(resident.Pid(), SIGHUP);
-        EXPECT_TRUE(Eventually([&] {
-            const auto now = resident.Workers();
-            return std::none_of(before.begin(), before.end(), [&](pid_t pid) {
-                return std::find(now.begin(), now.end(), pid) != now.end();
-            });
-        }));
+        EXPECT_TRUE(Eventually([&] { return HasOthersThan(before, resident); }));
     }
     const auto answered = static_cast<std::size_t>(load.Stop());
     EXPECT_EQ(server.Posts().size(), answered) << "posted twice";
 }
 
+TEST(Resident, ReloadTakesUpTheInstalledProgramAndWaitsForNoRequest) {
+    const LoopbackServer server;
+    const FrontEnd frontEnd;
+    const std::string program = frontEnd.Site() / "quorbel-soapd", path = frontEnd.Site() / "s";
+    fs::copy_file(QUORBEL_SOAPD, program);
+    const ListeningSocket socket(path);
+    ResidentProgram resident(frontEnd.Site().Path(), {"--spare=2"}, socket.Descriptor(), program);
+    SlowRequest slow(path);
+    const auto before = resident.Workers();
+    const std::size_t descriptors = resident.Descriptors();
+    fs::copy_file(QUORBEL_SOAPD, program + ".new");
+    fs::rename(program + ".new", program);
+    kill(resident.Pid(), SIGHUP);
+    kill(resident.Pid(), SIGHUP);
+    EXPECT_TRUE(Eventually([&] {
+        std::error_code none;
+        return fs::read_symlink("/proc/" + std::to_string(resident.Pid()) + "/exe", none) == program;
+    }));
+    EXPECT_TRUE(IsWhole(AskByScgi(path, MessageTo(server.Url()), WithId("quick"))));
+    EXPECT_EQ(resident.Descriptors(), descriptors);
+    EXPECT_TRUE(IsWhole(slow.Answer()));
+    EXPECT_TRUE(Eventually([&] { return HasOthersThan(before, resident) && !resident.HasZombie(); }));
+    SlowRequest last(path);
+    kill(resident.Pid(), SIGHUP);
+    kill(resident.Pid(), SIGTERM);
+    EXPECT_TRUE(Eventually([&] { return resident.Workers().size() == 1; })) << "the idle ones end at once";
+    EXPECT_TRUE(IsWhole(last.Answer()));
+    EXPECT_EQ(resident.Stop(), 0);
+}
+
 TEST(Resident, StopLetsRunningRequestsEnd) {
-    std::atomic<bool> arrived{false}, go{false};
-    HttpServer server([&](const HttpPost&) {
-        arrived = true;
-        Eventually([&] { return go.load(); });
-        return HttpReply{};
-    });
-    const std::string url = "http://127.0.0.1:" + std::to_string(server.Bind(0)) + "/";
-    server.Start();
     const FrontEnd frontEnd;
     ResidentProgram resident(frontEnd.Site().Path(), {"--spare=2"});
-    const ScgiClient client(resident.Socket());
-    const std::string request = MessageTo(url);
-    client.Send(ScgiHeaderText(WithId("slow"), request.size()) + request);
-    ASSERT_TRUE(Eventually([&] { return arrived.load(); }));
+    SlowRequest slow(resident.Socket());
     kill(resident.Pid(), SIGUSR1);
     EXPECT_TRUE(Eventually([&] { return resident.Messages().find("serving 1") != std::string::npos; }));
     kill(resident.Pid(), SIGTERM);
     EXPECT_TRUE(Eventually([&] { return !fs::exists(resident.Socket()); }));
     EXPECT_TRUE(Eventually([&] { return resident.Workers().size() == 1; })) << "the idle ones end at once";
-    go = true;
-    EXPECT_TRUE(IsWhole(client.Receive()));
+    EXPECT_TRUE(IsWhole(slow.Answer()));
     EXPECT_EQ(resident.Stop(), 0);
 }
 
