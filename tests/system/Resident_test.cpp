@@ -322,7 +322,7 @@ TEST(Resident, ReloadTakesUpTheInstalledProgramAndWaitsForNoRequest) {
         return fs::read_symlink("/proc/" + std::to_string(resident.Pid()) + "/exe", none) == program;
     }));
     EXPECT_TRUE(IsWhole(AskByScgi(path, MessageTo(server.Url()), WithId("quick"))));
-    EXPECT_EQ(resident.Descriptors(), descriptors);
+    EXPECT_TRUE(Eventually([&] { return resident.Descriptors() == descriptors; }));
     EXPECT_TRUE(IsWhole(slow.Answer()));
     EXPECT_TRUE(Eventually([&] { return HasOthersThan(before, resident) && !resident.HasZombie(); }));
     SlowRequest last(path);
