@@ -1,5 +1,12 @@
 # What keeps a build from nothing short.
 
+# Several files of a target are compiled as one, so that a header is read once for all of them. The price: names in
+# anonymous namespaces are unique within a folder, and an edit compiles the neighbours, too. For work on one file turn it
+# off: -DCMAKE_UNITY_BUILD=OFF. script/check does, and so proves that each file includes what it uses. A file with
+# compile options of its own stays alone.
+option(CMAKE_UNITY_BUILD "Compile several files of a target as one" ON)
+set(CMAKE_UNITY_BUILD_BATCH_SIZE 12 CACHE STRING "How many files at most")
+
 # The standard library's headers that most files include, compiled once for all layers of a release instead of in each
 # file. A file still includes what it uses: the other builds go without these.
 file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/StandardHeaders.cpp CONTENT "// A target wants a source file.\n")
@@ -21,11 +28,6 @@ function(optimize_little)
   foreach(target ${ARGN})
     target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-Og>)
   endforeach()
-endfunction()
-
-# The same for some files of a folder, where the others have much to read.
-function(optimize_files_little)
-  set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS $<$<CONFIG:Release>:-Og>)
 endfunction()
 
 # For the file that includes CLI11, the most expensive of a program: without optimisation where no fortified

@@ -36,7 +36,7 @@ std::span<const TextTriple> PairsOf(const ExtraSlots& slots) {
 
 namespace {
 
-std::string Line(std::string_view name, std::string_view value) {
+std::string LineText(std::string_view name, std::string_view value) {
     std::string line;
     line.reserve(name.size() + value.size() + 1);
     return line.append(name).append("=").append(value);
@@ -51,7 +51,7 @@ void CommandParameters::AddParameter(std::string_view name, std::string_view val
 void CommandParameters::SetParameter(std::size_t index, std::string_view name, std::string_view value) {
     if (index >= kMaxLines || name.empty() || value.empty()) return;
     if (lines.size() <= index) lines.resize(index + 1);
-    lines[index] = Line(name, value);
+    lines[index] = LineText(name, value);
 }
 
 void CommandParameters::AddParameterPair(std::string_view name1, std::string_view value1,
@@ -72,7 +72,7 @@ void CommandParameters::AddNumber(std::string_view name, int number) {
 void CommandParameters::Add(std::string_view name, std::string_view value) {
     if (IsFull()) return;
     if (lines.size() <= count) lines.resize(count + 1);
-    lines[count++] = Line(name, value.substr(0, valueLimit));
+    lines[count++] = LineText(name, value.substr(0, valueLimit));
 }
 
 }  // namespace quorbel

@@ -20,7 +20,7 @@ std::string_view NameOf(Outcome outcome) {
     return kOutcomeNames[static_cast<std::size_t>(outcome)];
 }
 
-bool IsPlain(char c) {
+bool NeedsNoQuotes(char c) {
     const bool isWord = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
     return isWord || std::string_view("-._:/@+,%[]").find(c) != std::string_view::npos;
 }
@@ -94,7 +94,7 @@ LogLevel LevelOf(const Delivery& delivery) {
 }
 
 std::string LogfmtValue(std::string_view text) {
-    if (!text.empty() && std::all_of(text.begin(), text.end(), IsPlain)) return std::string(text);
+    if (!text.empty() && std::all_of(text.begin(), text.end(), NeedsNoQuotes)) return std::string(text);
     std::string quoted = "\"";
     while (!text.empty()) {
         const auto validSize =

@@ -17,7 +17,7 @@ namespace {
 
 constexpr int kBodyCapacity = 1024;
 
-bool IsPlain(char c) {
+bool TravelsUnchanged(char c) {
     return IsAlphanumeric(c) || c == '/' || c == '_' || c == '.';
 }
 
@@ -50,7 +50,7 @@ std::string EncodeFormText(std::string_view text, std::size_t capacity) {
     for (const char c : text) {
         if (encoded.size() + 4 >= capacity) break;  // the server's fields end here
         const auto byte = static_cast<unsigned char>(c);
-        if (IsPlain(c)) {
+        if (TravelsUnchanged(c)) {
             encoded += c;
         } else if (byte >= 0x80) {
             encoded += "%ff";

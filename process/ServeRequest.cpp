@@ -108,7 +108,6 @@ constexpr int kNotServed = -1;
 constexpr char kConfigDirectory[] = "../../config";  // relative to the directory of CGI programs
 constexpr char kDirectoryFile[] = "dir";
 constexpr char kLogFile[] = "soap_log.txt";
-constexpr char kSource[] = "CVsoap";
 /// Memory of this size goes back to the system when it is freed; else each large value that a request holds for a moment
 /// would count until the end.
 constexpr int kReturnedAtOnce = 1 << 20;
@@ -150,7 +149,7 @@ void ReadHostName() {
 CVsysEventLogInterface* StartLog() {
     MakeConfigPath(m_szPath, sizeof m_szPath, gArguments.logDirectory, kLogFile);
     if (RunLog(g_strConfigDir, gArguments.logDirectory) == nullptr) return nullptr;
-    return CVsysEventLogInterface::GetInstance(__LINE__, kSource);
+    return CVsysEventLogInterface::GetInstance(__LINE__, kRequestSource);
 }
 
 /// A site that cannot be read is reported like one that cannot log: the operator looks at the same place for
@@ -165,7 +164,7 @@ CVsysEventLogInterface* SetUp() {
     }
 }
 
-int Refuse(const char* fault) {
+int AnswerFault(const char* fault) {
     WriteFault(fault);
     return kNotServed;
 }
@@ -173,9 +172,9 @@ int Refuse(const char* fault) {
 /// Fills the record from the request body; kServed when it holds a well-formed envelope.
 int ReadPost(RequestRecord& record, CVLogInterface& log) {
     const HeapText body = ReadRequestBody(log);
-    if (!body) return Refuse("2030 Invalid SOAP envelope length");
+    if (!body) return AnswerFault("2030 Invalid SOAP envelope length");
     log.Trace("", "%s\n", body.get());
-    if (ParseEnvelope(body.get(), record, log) == 0) return Refuse("2030 Invalid SOAP message");
+    if (ParseEnvelope(body.get(), record, log) == 0) return AnswerFault("2030 Invalid SOAP message");
     return kServed;
 }
 
@@ -250,7 +249,7 @@ int ServeRequest(const char* programPath) {
     if (log == nullptr) {
         DropRequestBody();
         ShutDown();
-        return Refuse("2301 Invalid log directory");
+        return AnswerFault("2301 Invalid log directory");
     }
     log->Trace(nullptr, "%s\n", std::string(58, '=').c_str());
     log->Trace(nullptr, "Quorbel SOAP [%s] STARTED \n", programPath);

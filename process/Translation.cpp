@@ -19,7 +19,6 @@ namespace {
 
 constexpr char kRefused[] = "2004";
 constexpr char kNotPermitted[] = "Paging server not permitted";
-constexpr char kSource[] = "CVsoap";
 
 /// Fills one field of a fixed-width record from a slot.
 template <typename Record>
@@ -141,7 +140,7 @@ void FillCustomFields(ExtraSlots& slots, const RequestItems& fields) {
 /// Writes the error entry, with what only the operator is told, and the fault of a request that is not posted.
 void Refuse(const char* reason, DeliveryJournal& journal, const std::string& detail = {}) {
     const std::string entry = detail.empty() ? reason : std::string(reason) + ": " + detail;
-    CVsysEventLogInterface::GetInstance(__LINE__, kSource)->Error(nullptr, "%s\n", entry.c_str());
+    CVsysEventLogInterface::GetInstance(__LINE__, kRequestSource)->Error(nullptr, "%s\n", entry.c_str());
     WriteFault(kRefused, reason);
     journal.Refused(std::string(kRefused) + " " + reason);
 }
@@ -185,7 +184,7 @@ void RunAdministration(DeliveryJournal& journal) {
     if (const char* reason = TakeAddresses(gParameters); reason != nullptr) {
         Refuse(reason, journal);
     } else if (ArePermitted(gArguments, journal)) {
-        soapProcess.SetEventLog(CVsysEventLogInterface::GetInstance(__LINE__, kSource));
+        soapProcess.SetEventLog(CVsysEventLogInterface::GetInstance(__LINE__, kRequestSource));
         Post(RunMode::Administration, journal);
     }
     gParameters = {};

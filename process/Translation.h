@@ -9,6 +9,9 @@
 
 namespace quorbel {
 
+/// What the log names as the source of its entries about a request.
+inline constexpr char kRequestSource[] = "CVsoap";
+
 /// Turns a parsed request into its command record, runs soapProcess and so writes the answer. Returns 1 when
 /// the request was handled, also by a fault about its address, and 0 when it was refused before that. The
 /// event log must exist. Called once per run. `journal` is told what becomes of the request.

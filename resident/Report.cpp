@@ -15,7 +15,6 @@ namespace quorbel {
 
 namespace {
 
-constexpr char kIdentity[] = "quorbel-soapd";
 constexpr char kSource[] = "Supervisor";
 
 /// The system log gives "%" a meaning of its own.
@@ -42,19 +41,19 @@ bool JournalReadsStandardError() {
 
 void ToStandardError(const std::string& text) {
     if (JournalReadsStandardError()) return;
-    std::fprintf(stderr, "%s: %s\n", kIdentity, text.c_str());
+    std::fprintf(stderr, "%s: %s\n", kServiceName, text.c_str());
 }
 
 }  // namespace
 
 void ReportError(const std::string& text) {
     ToStandardError(text);
-    CVsystemLog::WriteError(kSource, kIdentity, "%s", WithoutPercent(text).c_str());
+    CVsystemLog::WriteError(kSource, kServiceName, "%s", WithoutPercent(text).c_str());
 }
 
 void ReportInfo(const std::string& text) {
     ToStandardError(text);
-    CVsystemLog::WriteInfo(kSource, kIdentity, "%s", WithoutPercent(text).c_str());
+    CVsystemLog::WriteInfo(kSource, kServiceName, "%s", WithoutPercent(text).c_str());
 }
 
 std::string DescribeSignal(int signal) {

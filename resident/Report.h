@@ -6,6 +6,9 @@
 
 namespace quorbel {
 
+/// The service, as it names itself in the system log and on standard error.
+inline constexpr char kServiceName[] = "quorbel-soapd";
+
 // The service's own messages, each to the system log and as a line to standard error, unless systemd's journal reads both.
 
 void ReportError(const std::string& text);

@@ -38,7 +38,7 @@ sigset_t Signals() {
     return signals;
 }
 
-int BlockedSignals() {
+int SupervisorSignals() {
     std::signal(SIGPIPE, SIG_IGN);
     HoldSignals();
     const sigset_t signals = Signals();
@@ -62,7 +62,7 @@ Supervisor::Supervisor(const SupervisorSettings& settings, ListeningSocket& sock
       wake_(wake),
       start_(start),
       work_(std::move(work)),
-      signals_(BlockedSignals()),
+      signals_(SupervisorSignals()),
       children_(settings.workers) {}
 
 Supervisor::~Supervisor() {

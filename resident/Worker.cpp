@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "resident/Connection.h"
+#include "resident/Report.h"
 #include "syslib/LogReport.h"
 #include "util/BoundedText.h"
 
@@ -22,7 +23,6 @@ namespace quorbel {
 
 namespace {
 
-constexpr char kIdentity[] = "quorbel-soapd";
 constexpr int kNone = -1;
 
 bool memoryRanOut = false;
@@ -33,7 +33,7 @@ bool memoryRanOut = false;
 }
 
 /// Signals wait while a request is served: none may break into a post or an answer.
-int BlockedSignals() {
+int WorkerSignals() {
     for (const int ignored : {SIGPIPE, SIGINT, SIGHUP, SIGUSR1}) std::signal(ignored, SIG_IGN);
     sigset_t end;
     sigemptyset(&end);
@@ -83,7 +83,7 @@ Worker::~Worker() {
 }
 
 void Worker::Run() {
-    signals_ = BlockedSignals();
+    signals_ = WorkerSignals();
     events_ = Watch(listener_, signals_);
     GiveMemoryBack();
     std::set_new_handler(NoteThatMemoryRanOut);
@@ -150,7 +150,7 @@ bool Worker::CallService() {
     try {
         return service_.serve();
     } catch (...) {
-        ReportCaughtException("Worker", kIdentity, "Unknown Error");
+        ReportCaughtException("Worker", kServiceName, "Unknown Error");
         return false;
     }
 }

@@ -8,7 +8,7 @@ using namespace quorbel;
 
 namespace {
 
-constexpr char kUnit[] = "CVconEvent";
+constexpr char kEventUnit[] = "CVconEvent";
 
 }  // namespace
 
@@ -17,7 +17,7 @@ class CVconEvent::Guard {
 public:
     explicit Guard(pthread_mutex_t& mutex) : mutex_(mutex) {
         if (const int code = pthread_mutex_lock(&mutex_); code != 0) {
-            RaiseConFailure(kUnit, __LINE__, "Lock Failed", code);
+            RaiseConFailure(kEventUnit, __LINE__, "Lock Failed", code);
         }
     }
     ~Guard() { pthread_mutex_unlock(&mutex_); }
@@ -101,7 +101,7 @@ void CVconEvent::Signal() {
     const Guard guard(mutex_);
     wakeUps_ = std::min(wakeUps_ + 1, std::max(waiters_, 1UL));
     if (const int code = pthread_cond_signal(&condition_); code != 0) {
-        RaiseConFailure(kUnit, __LINE__, "Broadcast Event Failed", code);
+        RaiseConFailure(kEventUnit, __LINE__, "Broadcast Event Failed", code);
     }
 }
 
@@ -112,7 +112,7 @@ void CVconEvent::Broadcast() {
     if (waiters_ > 0) wakeUps_ = 0;  // meant for threads that are all freed now
     waiters_ = 0;
     if (const int code = pthread_cond_broadcast(&condition_); code != 0) {
-        RaiseConFailure(kUnit, __LINE__, "Broadcast Event Failed", code);
+        RaiseConFailure(kEventUnit, __LINE__, "Broadcast Event Failed", code);
     }
 }
 

@@ -8,7 +8,7 @@ using namespace quorbel;
 
 namespace {
 
-constexpr char kUnit[] = "CVconLock";
+constexpr char kLockUnit[] = "CVconLock";
 
 /// The pthread calls return their error; it goes where GetSystemErrorText looks.
 bool Succeeded(int code) {
@@ -30,7 +30,7 @@ int InitialiseRecursive(pthread_mutex_t& mutex) {
 
 CVconLock::CVconLock() {
     if (const int code = InitialiseRecursive(mutex_); code != 0) {
-        RaiseConFailure(kUnit, __LINE__, "Create Lock Failed", code);
+        RaiseConFailure(kLockUnit, __LINE__, "Create Lock Failed", code);
     }
 }
 
@@ -59,7 +59,7 @@ namespace quorbel {
 
 ScopedLock::ScopedLock(CVconLock* lock, Start start, Owns owns)
     : lock_(lock), deleteAtEnd_(owns == Owns::Yes) {
-    if (lock_ == nullptr) RaiseConFailure(kUnit, __LINE__, "Create lock failed", 0);
+    if (lock_ == nullptr) RaiseConFailure(kLockUnit, __LINE__, "Create lock failed", 0);
     if (start == Start::Locked) Lock();
 }
 
@@ -70,12 +70,12 @@ ScopedLock::~ScopedLock() {
 }
 
 void ScopedLock::Lock() {
-    if (!lock_->Lock()) RaiseConFailure(kUnit, __LINE__, "Lock failed", errno);
+    if (!lock_->Lock()) RaiseConFailure(kLockUnit, __LINE__, "Lock failed", errno);
     ++locked_;
 }
 
 void ScopedLock::Unlock() {
-    if (!lock_->Unlock()) RaiseConFailure(kUnit, __LINE__, "Unlock failed", errno);
+    if (!lock_->Unlock()) RaiseConFailure(kLockUnit, __LINE__, "Unlock failed", errno);
     if (locked_ > 0) --locked_;
 }
 

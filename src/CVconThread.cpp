@@ -17,7 +17,7 @@ using namespace quorbel;
 
 namespace {
 
-constexpr char kUnit[] = "CVconThread";
+constexpr char kThreadUnit[] = "CVconThread";
 constexpr char kCreateFailed[] = "Create Thread Failed";
 constexpr char kInitializeFailed[] = "Initialize Thread Lib Failed";
 
@@ -105,9 +105,10 @@ CVconThread::CVconThread(CVconDelegate* body, AtEnd atEnd) : body_(body), atEnd_
 CVconThread::~CVconThread() = default;
 
 void CVconThread::Create() {
-    if (IsAlive()) throw CVconException(gettid(), kUnit, __LINE__, kCreateFailed, CreateErrorText(EINVAL));
+    if (IsAlive())
+        throw CVconException(gettid(), kThreadUnit, __LINE__, kCreateFailed, CreateErrorText(EINVAL));
     if (const int code = InstallThreadSignals(); code != 0) {
-        RaiseConFailure(kUnit, __LINE__, kInitializeFailed, code);
+        RaiseConFailure(kThreadUnit, __LINE__, kInitializeFailed, code);
     }
 
     const auto control = std::make_shared<ThreadControl>();
@@ -116,7 +117,7 @@ void CVconThread::Create() {
         Launch{control, body_, atEnd_ == AtEnd::DeleteBodyAndThread ? this : nullptr});
     ControlLock lock(*control);
     if (const int code = StartDetached(control->handle, *launch); code != 0) {
-        throw CVconException(gettid(), kUnit, __LINE__, kCreateFailed, CreateErrorText(code));
+        throw CVconException(gettid(), kThreadUnit, __LINE__, kCreateFailed, CreateErrorText(code));
     }
     static_cast<void>(launch.release());  // the new thread owns it
     control->state = ThreadControl::kRunning;
@@ -129,7 +130,8 @@ void CVconThread::Send(int line, const char* failure, int (*send)(ThreadControl&
         ControlLock lock(*control_);
         if (control_->IsAlive()) code = send(*control_);
     }
-    if (code != 0) RaiseConFailure(kUnit, line, failure, code, control_ ? control_->kernelId.load() : 0);
+    if (code != 0)
+        RaiseConFailure(kThreadUnit, line, failure, code, control_ ? control_->kernelId.load() : 0);
 }
 
 void CVconThread::Kill() {
@@ -169,7 +171,7 @@ bool CVconThread::WaitForEnd(std::chrono::milliseconds limit) const {
 
 void CVconThread::UseSignals(int suspend, int resume) {
     if (const int code = ChooseThreadSignals(suspend, resume); code != 0) {
-        RaiseConFailure(kUnit, __LINE__, kInitializeFailed, code);
+        RaiseConFailure(kThreadUnit, __LINE__, kInitializeFailed, code);
     }
 }
 

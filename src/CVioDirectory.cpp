@@ -20,7 +20,7 @@ struct Closer {
     void operator()(DIR* directory) const noexcept { closedir(directory); }
 };
 
-[[noreturn]] void Fail(const std::string& path, int line, const char* message) {
+[[noreturn]] void RaiseDirectoryFailure(const std::string& path, int line, const char* message) {
     throw CVioException(path, "CVioDirectory", line, message, GetSystemErrorText());
 }
 
@@ -28,7 +28,7 @@ struct Closer {
 const char* NextName(DIR* directory, const std::string& path) {
     errno = 0;
     const dirent* const entry = readdir(directory);
-    if (entry == nullptr && errno != 0) Fail(path, __LINE__, "Read Directory Failed");
+    if (entry == nullptr && errno != 0) RaiseDirectoryFailure(path, __LINE__, "Read Directory Failed");
     return entry == nullptr ? nullptr : entry->d_name;
 }
 
@@ -39,7 +39,7 @@ CVioDirectory::CVioDirectory(std::string path) : path_(std::move(path)) {}
 std::vector<std::string> CVioDirectory::List() const {
     const NoCancellation shield;
     const std::unique_ptr<DIR, Closer> directory(opendir(path_.c_str()));
-    if (directory == nullptr) Fail(path_, __LINE__, "Read Directory Failed");
+    if (directory == nullptr) RaiseDirectoryFailure(path_, __LINE__, "Read Directory Failed");
 
     std::vector<std::string> names;
     while (const char* const name = NextName(directory.get(), path_)) {
@@ -48,7 +48,7 @@ std::vector<std::string> CVioDirectory::List() const {
         if (fstatat(dirfd(directory.get()), name, &status, AT_SYMLINK_NOFOLLOW) == 0) {
             names.emplace_back(name);
         } else if (errno != ENOENT) {  // ENOENT: renamed or deleted since, as happens beside log rotation
-            Fail(path_ + "/" + name, __LINE__, "File Get State Failed");
+            RaiseDirectoryFailure(path_ + "/" + name, __LINE__, "File Get State Failed");
         }
     }
     return names;

@@ -13,6 +13,7 @@
 
 #include "CVException.h"
 #include "CVconThread.h"
+#include "Descriptor.h"
 #include "NoCancellation.h"
 
 using namespace quorbel;
@@ -22,12 +23,13 @@ namespace {
 using Milliseconds = CVioSocket::Milliseconds;
 using Clock = std::chrono::steady_clock;
 
-[[noreturn]] void Fail(int line, const std::string& peer, const char* message, const std::string& reason) {
+[[noreturn]] void RaiseSocketFailure(int line, const std::string& peer, const char* message,
+                                     const std::string& reason) {
     throw CVioException(peer, "CVioSocket", line, message, reason);
 }
 
-[[noreturn]] void Fail(int line, const std::string& peer, const char* message) {
-    Fail(line, peer, message, GetSystemErrorText());
+[[noreturn]] void RaiseSocketFailure(int line, const std::string& peer, const char* message) {
+    RaiseSocketFailure(line, peer, message, GetSystemErrorText());
 }
 
 /// The time that a call may still take.
@@ -80,25 +82,6 @@ ssize_t WhenReady(short ready, int descriptor, const Deadline& deadline, Call ca
         if (!WaitUntil(ready, descriptor, deadline)) return -1;
     }
 }
-
-void CloseKeepingErrno(int descriptor) noexcept {
-    const NoCancellation shield;
-    const int code = errno;
-    if (descriptor >= 0) close(descriptor);
-    errno = code;
-}
-
-/// A socket of its own, closed unless it is handed on.
-struct OwnedSocket {
-    int descriptor = -1;
-
-    explicit OwnedSocket(int number) : descriptor(number) {}
-    ~OwnedSocket() { CloseKeepingErrno(descriptor); }
-    OwnedSocket(const OwnedSocket&) = delete;
-    OwnedSocket& operator=(const OwnedSocket&) = delete;
-
-    int Release() { return std::exchange(descriptor, -1); }
-};
 
 int NewSocket(const addrinfo& address) {
     return socket(address.ai_family, address.ai_socktype | SOCK_NONBLOCK | SOCK_CLOEXEC, address.ai_protocol);
@@ -163,8 +146,8 @@ Addresses Resolve(const std::string& host, const std::string& port, int flags, c
     if (Addresses addresses = Numeric(host, port, flags)) return addresses;
     const std::unique_ptr<Question, AbandonQuestion> question(new Question(host, port, flags));
     const int code = Ask(*question, deadline);
-    if (code == EAI_SYSTEM) Fail(__LINE__, peer, failure);
-    if (code != 0) Fail(__LINE__, peer, failure, gai_strerror(code));
+    if (code == EAI_SYSTEM) RaiseSocketFailure(__LINE__, peer, failure);
+    if (code != 0) RaiseSocketFailure(__LINE__, peer, failure, gai_strerror(code));
     return Addresses(std::exchange(question->request.ar_result, nullptr));
 }
 
@@ -210,14 +193,13 @@ std::size_t Count(const addrinfo* address) {
 /// -1 with `errno` for an address that cannot be used.
 int ListenOn(const addrinfo& address) {
     const NoCancellation shield;
-    OwnedSocket own(NewSocket(address));
+    Descriptor own(NewSocket(address));
     const int on = 1;
     const int off = 0;
-    setsockopt(own.descriptor, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-    if (address.ai_family == AF_INET6)
-        setsockopt(own.descriptor, IPPROTO_IPV6, IPV6_V6ONLY, &off, sizeof off);
-    if (bind(own.descriptor, address.ai_addr, address.ai_addrlen) != 0) return -1;
-    return listen(own.descriptor, SOMAXCONN) == 0 ? own.Release() : -1;
+    setsockopt(own, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+    if (address.ai_family == AF_INET6) setsockopt(own, IPPROTO_IPV6, IPV6_V6ONLY, &off, sizeof off);
+    if (bind(own, address.ai_addr, address.ai_addrlen) != 0) return -1;
+    return listen(own, SOMAXCONN) == 0 ? own.Release() : -1;
 }
 
 }  // namespace
@@ -226,20 +208,20 @@ void CVioSocket::Connect(const std::string& host, const std::string& port, Milli
     constexpr const char* kFailure = "Socket Connect Failed";
     if (IsOpen()) {
         errno = EISCONN;
-        Fail(__LINE__, peer_, "Socket Was Already Open");
+        RaiseSocketFailure(__LINE__, peer_, "Socket Was Already Open");
     }
     const Deadline deadline(limit);
     peer_ = Endpoint(host, port);
     const Addresses addresses = Resolve(host, port, 0, deadline, peer_, kFailure);
     std::size_t left = Count(addresses.get());
     for (const addrinfo* address = addresses.get(); address != nullptr; address = address->ai_next, --left) {
-        OwnedSocket own(NewSocket(*address));
-        if (own.descriptor >= 0 && ConnectTo(own.descriptor, *address, deadline.Part(left))) {
+        Descriptor own(NewSocket(*address));
+        if (own >= 0 && ConnectTo(own, *address, deadline.Part(left))) {
             descriptor_ = own.Release();
             return;
         }
     }
-    Fail(__LINE__, peer_, kFailure);
+    RaiseSocketFailure(__LINE__, peer_, kFailure);
 }
 
 void CVioSocket::Close() noexcept {
@@ -249,7 +231,7 @@ void CVioSocket::Close() noexcept {
 std::size_t CVioSocket::Read(void* buffer, std::size_t size, Milliseconds limit) {
     const ssize_t count =
         WhenReady(POLLIN, descriptor_, Deadline(limit), [&] { return recv(descriptor_, buffer, size, 0); });
-    if (count < 0) Fail(__LINE__, peer_, "Socket Read Failed");
+    if (count < 0) RaiseSocketFailure(__LINE__, peer_, "Socket Read Failed");
     const auto length = static_cast<std::size_t>(count);
     if (trace_ && length > 0) trace_("=> %s", {static_cast<const char*>(buffer), length});
     return length;
@@ -261,7 +243,7 @@ void CVioSocket::Write(std::string_view bytes, Milliseconds limit) {
         const ssize_t count = WhenReady(POLLOUT, descriptor_, deadline, [&] {
             return send(descriptor_, rest.data(), rest.size(), MSG_NOSIGNAL);
         });
-        if (count < 0) Fail(__LINE__, peer_, "Socket Write Failed");
+        if (count < 0) RaiseSocketFailure(__LINE__, peer_, "Socket Write Failed");
         rest.remove_prefix(static_cast<std::size_t>(count));
     }
     if (trace_ && !bytes.empty()) trace_("<= %s", bytes);
@@ -278,7 +260,7 @@ CVioListener::CVioListener(const std::string& host, const std::string& port)
             if (descriptor_ < 0 && address->ai_family == family) descriptor_ = ListenOn(*address);
         }
     }
-    if (descriptor_ < 0) Fail(__LINE__, address_, kFailure);
+    if (descriptor_ < 0) RaiseSocketFailure(__LINE__, address_, kFailure);
     address_ = AddressOf(descriptor_, getsockname);
 }
 
@@ -298,7 +280,7 @@ std::unique_ptr<CVioSocket> CVioListener::Accept(Milliseconds limit, CVioSocket:
         if (connection->descriptor_ < 0 && errno == ECONNABORTED) errno = EAGAIN;  // gone again: the next one
         return connection->descriptor_;
     });
-    if (result < 0) Fail(__LINE__, address_, "Socket Accept Failed");
+    if (result < 0) RaiseSocketFailure(__LINE__, address_, "Socket Accept Failed");
     connection->peer_ = AddressOf(connection->descriptor_, getpeername);
     return connection;
 }

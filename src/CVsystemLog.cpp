@@ -39,7 +39,7 @@ std::string Interpret(const std::string& text) {
     return result;
 }
 
-void Send(int priority, const std::string& identity, const std::string& text) {
+void SendEntry(int priority, const std::string& identity, const std::string& text) {
     // openlog keeps the pointer to the identity and closelog forgets it for the whole process: one thread at
     // a time. Never destroyed: a detached thread may report while the process ends.
     static std::mutex& mutex = *new std::mutex;
@@ -62,8 +62,8 @@ int Write(int priority, const char* source, const char* identity, const char* fo
         const std::string name = named ? identity : program_invocation_short_name;
         const std::string message = Format(format, arguments);
         errno = code;  // what "%m" stands for
-        Send(priority, name,
-             Interpret(name + "-ERROR " + (source == nullptr ? "" : source) + ": " + message));
+        SendEntry(priority, name,
+                  Interpret(name + "-ERROR " + (source == nullptr ? "" : source) + ": " + message));
         written = 1;
     } catch (const std::exception&) {  // no memory
     }

@@ -16,6 +16,7 @@
 #include "CVException.h"
 #include "CVconThread.h"
 #include "CVioDirectory.h"
+#include "Descriptor.h"
 #include "NoCancellation.h"
 #include "PathRoutines.h"
 #include "src/RecordLock.h"
@@ -85,12 +86,6 @@ bool LockedPath::TryTake() {
 namespace {
 
 using std::chrono::microseconds;
-
-void CloseKeepingErrno(int descriptor) {
-    const int code = errno;
-    close(descriptor);
-    errno = code;
-}
 
 int OpenOrCreate(const char* path) {
     constexpr int kFlags = O_RDWR | O_SYNC | O_CLOEXEC;

@@ -5,29 +5,13 @@
 #include <cerrno>
 #include <filesystem>
 
+#include "Descriptor.h"
 #include "NoCancellation.h"
 #include "PathRoutines.h"
 
 namespace quorbel {
 
 namespace {
-
-class Descriptor {
-public:
-    explicit Descriptor(int number) : number_(number) {}
-    ~Descriptor() {
-        const int code = errno;
-        if (number_ >= 0) close(number_);
-        errno = code;
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    operator int() const { return number_; }
-
-private:
-    int number_;
-};
 
 bool WriteAll(int descriptor, std::string_view text) {
     for (off_t at = 0; !text.empty();) {

@@ -110,7 +110,7 @@ int Install() {
     return 0;
 }
 
-int Send(ThreadControl& control, Role role) {
+int SendSignal(ThreadControl& control, Role role) {
     control.asked[role].test_and_set();
     return pthread_kill(control.handle, signals[role]);
 }
@@ -156,19 +156,19 @@ int SendSuspend(ThreadControl& control) {
     static std::mutex oneAtATime;
     const std::lock_guard guard(oneAtATime);
     control.suspendWanted.test_and_set();
-    return Send(control, kSuspend);
+    return SendSignal(control, kSuspend);
 }
 
 int SendResume(ThreadControl& control) {
     control.suspendWanted.clear();
-    if (const int code = Send(control, kSuspend); code != 0) return code;
-    return Send(control, kResume);
+    if (const int code = SendSignal(control, kSuspend); code != 0) return code;
+    return SendSignal(control, kResume);
 }
 
 int SendKill(ThreadControl& control) {
     control.killed.test_and_set();
-    Send(control, kResume);  // a suspended thread must go on to end
-    if (const int code = Send(control, kKill); code != 0) return code;
+    SendSignal(control, kResume);  // a suspended thread must go on to end
+    if (const int code = SendSignal(control, kKill); code != 0) return code;
     return pthread_cancel(control.handle);
 }
 

@@ -17,7 +17,6 @@ namespace {
 using Kind = IniLine::Kind;
 
 /// What a line holds at most, its line feed included, in reading and in writing.
-constexpr std::size_t kLongestLine = 511;
 
 constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
 
@@ -30,7 +29,7 @@ std::string Written(const IniLine& line) {
     std::string text = line.kind == Kind::Header ? "\n" + line.text : line.text;
     if (line.kind == Kind::Entry) text += "=" + line.value;
     text += "\n";
-    return text.substr(0, kLongestLine);
+    return text.substr(0, IniReaderWriter::kLongestLine);
 }
 
 std::string ReadAll(CVioFile& file) {

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <cstddef>
 #include <functional>
 #include <list>
 #include <string>
@@ -35,6 +36,9 @@ class IniReaderWriter {
 public:
     /// Names a header in the list; valid until the next load, whatever is inserted.
     using Section = std::list<quorbel::IniLine>::iterator;
+
+    /// In bytes, with the line end: what survives being read and written back.
+    static constexpr std::size_t kLongestLine = 511;
 
     /// With `lock`, the file is locked while it is read or written, for the other processes. With `retry`, a
     /// lock that another program holds is asked for ten times, rand() milliseconds apart, which can be weeks.

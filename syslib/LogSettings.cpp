@@ -18,7 +18,6 @@ using std::chrono::microseconds;
 
 constexpr std::chrono::seconds kLongestWait{10};
 // Longer lines would be cut, and the next one would stick to what is left.
-constexpr std::size_t kLongestLine = 511;
 
 // Every key that a writer knows; "[main]" may set them for all modules.
 constexpr const char* kSharedKeys[] = {
@@ -49,11 +48,11 @@ bool HasSection(IniReaderWriter& ini, const NewSection& section) {
     return ini.FindSection(section.header) != ini.NoSection();
 }
 
-void Append(IniReaderWriter& ini, const NewSection& section) {
+void AppendSection(IniReaderWriter& ini, const NewSection& section) {
     ini.section("[main]");
     const auto added = ini.section(section.header);
     for (const auto& [key, value] : section.entries) {
-        if (key.size() + value.size() + 2 <= kLongestLine) ini.key(added, key) = value;
+        if (key.size() + value.size() + 2 <= IniReaderWriter::kLongestLine) ini.key(added, key) = value;
     }
 }
 
@@ -81,7 +80,7 @@ bool OpenLocked(CVIniReaderWriterEx& file) {
 bool AddToFile(CVIniReaderWriterEx& file, const NewSection& section) {
     if (!OpenLocked(file) || !file.load()) return false;
     if (!HasSection(file, section)) {
-        Append(file, section);
+        AppendSection(file, section);
         file.save();  // on a full disk the defaults hold without the file
     }
     file.Close();
@@ -137,7 +136,7 @@ std::optional<LogSettings> LoadLogSettings(const std::string& path, const std::s
 
     CVIniReaderWriterEx file(path);
     if (AddToFile(file, section)) return ReadLogSettings(file, section.header, defaultFilePath);
-    Append(ini, section);
+    AppendSection(ini, section);
     return ReadLogSettings(ini, section.header, defaultFilePath);
 }
 

@@ -26,7 +26,8 @@ class Tree:
             target.parent.mkdir(parents=True, exist_ok=True)
             shutil.copy(origin / name, target, follow_symlinks=False)  # with new times: an old build is no help
         self._must(["cmake", "-G", "Ninja", "-S", self.sources, "-B", self.build, "-DCMAKE_BUILD_TYPE=Debug",
-                    "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON"])
+                    "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON",
+                    "-DCMAKE_UNITY_BUILD=OFF"])
         self._must(self._build_command())
 
     def _build_command(self):

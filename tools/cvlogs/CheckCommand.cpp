@@ -30,7 +30,7 @@ std::string WithSize(const std::string& path) {
     return path + (failed ? "" : " (" + std::to_string(size) + " bytes)");
 }
 
-void AddFile(const WriterDescription& file, Rows& rows) {
+void AddFileRows(const WriterDescription& file, Rows& rows) {
     rows.emplace_back("file", WithSize(file.path));
     if (file.perProcessFile) rows.emplace_back("", "entries go to MODULE.txt beside it");
     rows.emplace_back("archives", std::to_string(file.archive.files) + ", one at every " +
@@ -41,7 +41,7 @@ Rows Describe(const ModuleLog& log) {
     Rows rows = {{"writer", log.writer},
                  {"level", std::string(LogLevelName(static_cast<unsigned>(log.level)))}};
     const WriterDescription& destination = log.destination;
-    if (destination.kind == WriterDescription::Kind::File) AddFile(destination, rows);
+    if (destination.kind == WriterDescription::Kind::File) AddFileRows(destination, rows);
     if (destination.kind == WriterDescription::Kind::Database) {
         rows.emplace_back("database", WithSize(destination.path));
     }
@@ -66,7 +66,7 @@ void RequireReady(const std::vector<std::string>& notReady) {
     throw std::runtime_error(text);
 }
 
-std::vector<std::string> Warnings(LogConfig& config, const std::string& unreadDirectories) {
+std::vector<std::string> FindWarnings(LogConfig& config, const std::string& unreadDirectories) {
     auto warnings = FindLikelyMistakes(config.Lines(), config.Path());
     if (!unreadDirectories.empty()) {
         warnings.insert(warnings.begin(),
@@ -88,7 +88,7 @@ void CheckConfiguration(const std::string& configDirectory) {
         // The shared writer matters where a module uses it.
         if (!log.destination.notReady.empty() && !EqualNoCase(module, "common")) notReady.push_back(module);
     }
-    const auto warnings = Warnings(config, unreadDirectories);
+    const auto warnings = FindWarnings(config, unreadDirectories);
     if (!warnings.empty()) PrintLine("");
     for (const auto& warning : warnings) PrintLine("warning: " + warning);
     RequireReady(notReady);

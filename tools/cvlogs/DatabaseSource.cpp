@@ -14,8 +14,8 @@ namespace {
 
 constexpr char kRowsAtATime[] = "1000";
 
-enum Column { kId, kModule, kTimestamp, kLevel, kMessage, kLine, kSourceFile };
-constexpr char kColumns[] = "id, module, timestamp, level, message, line, srcfile";
+enum LogColumn { kId, kModule, kTimestamp, kLevel, kMessage, kLine, kSourceFile };
+constexpr char kLogColumns[] = "id, module, timestamp, level, message, line, srcfile";
 
 std::int64_t Number(std::string_view cell) {
     return std::strtoll(std::string(cell).c_str(), nullptr, 10);
@@ -61,7 +61,7 @@ bool DatabaseSource::Next(LogEntry& entry) {
 
 bool DatabaseSource::ReadRows() {
     std::string sql =
-        std::string("SELECT ") + kColumns + " FROM " + table_ + " WHERE id > " + std::to_string(lastId_);
+        std::string("SELECT ") + kLogColumns + " FROM " + table_ + " WHERE id > " + std::to_string(lastId_);
     if (!like_.empty()) sql += " AND message LIKE '" + CVSQLite3Database::DoubleQuotes(like_) + "'";
     sql += std::string(" ORDER BY id LIMIT ") + kRowsAtATime + ";";
     row_ = 0;

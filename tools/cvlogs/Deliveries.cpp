@@ -12,17 +12,17 @@ namespace {
 constexpr char kSending[] = "sending";
 constexpr std::int64_t kFirstHttpError = 400;
 
-bool Fits(const std::string& value, const std::string& pattern) {
+bool Matches(const std::string& value, const std::string& pattern) {
     return pattern.empty() || fnmatch(pattern.c_str(), value.c_str(), 0) == 0;
 }
 
 bool IsWanted(const DeliveryRecord& record, const DeliveryChoice& choice) {
     const Logfmt& fields = record.fields;
     const std::string server = choice.server.empty() ? "" : "*" + choice.server + "*";
-    return (!choice.failed || record.HasFailed()) && Fits(record.Outcome(), choice.outcome) &&
-           Fits(fields.Value("to"), choice.to) && Fits(fields.Value("server"), server) &&
-           Fits(fields.Value("client"), choice.client) && Fits(fields.Value("method"), choice.method) &&
-           Fits(fields.Value("id"), choice.id);
+    return (!choice.failed || record.HasFailed()) && Matches(record.Outcome(), choice.outcome) &&
+           Matches(fields.Value("to"), choice.to) && Matches(fields.Value("server"), server) &&
+           Matches(fields.Value("client"), choice.client) && Matches(fields.Value("method"), choice.method) &&
+           Matches(fields.Value("id"), choice.id);
 }
 
 // "2026-11-21 17:05:00" of the field `at`, which has a fraction and an offset behind it.

@@ -91,7 +91,7 @@ std::string WhatHappened(const DeliveryRecord& record, const Catalogue& catalogu
     return what;
 }
 
-std::string Text(std::optional<std::int64_t> number) {
+std::string NumberText(std::optional<std::int64_t> number) {
     return number ? std::to_string(*number) : "";
 }
 
@@ -135,9 +135,9 @@ void PrintTsv(const Cells& cells) {
 
 // Lines, or fields between tabs, with the titles before the first.
 template <class Columns>
-class Table {
+class PrintedTable {
 public:
-    Table(const Columns& columns, bool asTsv) : columns_(columns), asTsv_(asTsv) {}
+    PrintedTable(const Columns& columns, bool asTsv) : columns_(columns), asTsv_(asTsv) {}
 
     void Print(const Cells& cells, const char* colour = "") {
         if (!headed_) asTsv_ ? PrintTsvTitles(columns_) : PrintTitles(columns_);
@@ -152,11 +152,11 @@ private:
 };
 
 bool PrintSummary(const DeliveryChoice& choice, const PrintChoice& print) {
-    Table table(kSummaryColumns, print.asTsv);
+    PrintedTable table(kSummaryColumns, print.asTsv);
     const DeliverySummary summary = Summarize(choice);
     for (const auto& [key, group] : summary) {
-        const Cells times = {Text(group.Percentile(50)), Text(group.Percentile(95)),
-                             Text(group.Percentile(100))};
+        const Cells times = {NumberText(group.Percentile(50)), NumberText(group.Percentile(95)),
+                             NumberText(group.Percentile(100))};
         if (!print.asJson) {
             table.Print({std::to_string(group.count), times[0], times[1], times[2], key[1], key[2], key[0]});
             continue;
@@ -172,7 +172,7 @@ bool PrintSummary(const DeliveryChoice& choice, const PrintChoice& print) {
 
 bool PrintTable(const DeliveryChoice& choice, const PrintChoice& print) {
     const Catalogue catalogue(choice.entries.log.configDirectory);
-    Table table(kColumns, print.asTsv);
+    PrintedTable table(kColumns, print.asTsv);
     bool found = false;
     ForEachDelivery(choice, [&](const DeliveryRecord& record) {
         found = true;

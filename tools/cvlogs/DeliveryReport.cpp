@@ -67,7 +67,7 @@ Text Table(std::initializer_list<const char*> columns, const Text& rows) {
 }
 
 /// A table under its title; nothing when it has no rows.
-Text Section(const Text& title, std::initializer_list<const char*> columns, const Text& rows) {
+Text TitledTable(const Text& title, std::initializer_list<const char*> columns, const Text& rows) {
     return rows.empty() ? "" : "<h2>" + title + "</h2>\n" + Table(columns, rows);
 }
 
@@ -161,7 +161,7 @@ Text WholeEntry(const DeliveryRecord& record) {
     return "<details><summary>whole entry</summary><table>" + fields + "</table></details>";
 }
 
-Text WhatHappened(const Logfmt& fields) {
+Text ReasonOf(const Logfmt& fields) {
     for (const char* key : {"fault", "error", "first", "reply"}) {
         if (!fields.Value(key).empty()) return fields.Value(key);
     }
@@ -172,7 +172,7 @@ Text TroubleRow(const DeliveryRecord& record) {
     const Logfmt& fields = record.fields;
     return "<tr>" + Head(record.time) + Cell(record.Outcome()) + Cell(fields.Value("method")) +
            Cell(fields.Value("to")) + Cell(fields.Value("server")) + Cell(fields.Value("client")) +
-           "<td class=\"what\">" + EscapeXml(WhatHappened(fields)) + WholeEntry(record) + "</td></tr>\n";
+           "<td class=\"what\">" + EscapeXml(ReasonOf(fields)) + WholeEntry(record) + "</td></tr>\n";
 }
 
 /// Days in place of hours.
@@ -258,8 +258,8 @@ std::string DeliveryReport::Servers() const {
         rows += "<tr>" + Head(name.empty() ? "no address" : name) + NumberCell(Total(server.counts)) +
                 NumberCell(Total(server.counts) - answered) + TimeCells(server.milliseconds) + "</tr>\n";
     }
-    return Section("Paging servers", {"Server", "Requests", "Failures", "p50 ms", "p95 ms", "Longest ms"},
-                   rows);
+    return TitledTable("Paging servers", {"Server", "Requests", "Failures", "p50 ms", "p95 ms", "Longest ms"},
+                       rows);
 }
 
 std::string DeliveryReport::Recipients() const {
@@ -269,7 +269,7 @@ std::string DeliveryReport::Recipients() const {
     }
     if (otherRecipients_ > 0)
         rows += "<tr>" + Head("names not counted") + NumberCell(otherRecipients_) + "</tr>\n";
-    return Section("Busiest recipients and objects", {"Name", "Requests"}, rows);
+    return TitledTable("Busiest recipients and objects", {"Name", "Requests"}, rows);
 }
 
 std::string DeliveryReport::Refusals() const {
@@ -280,7 +280,7 @@ std::string DeliveryReport::Refusals() const {
     }
     if (otherRefusals_ > 0)
         rows += "<tr>" + Head("others") + Cell("") + NumberCell(otherRefusals_) + "</tr>\n";
-    return Section("Refusals", {"Client", "Reason", "Requests"}, rows);
+    return TitledTable("Refusals", {"Client", "Reason", "Requests"}, rows);
 }
 
 std::string DeliveryReport::Troubles() const {
@@ -291,8 +291,8 @@ std::string DeliveryReport::Troubles() const {
         note = "<p>The newest " + std::to_string(troubles_.size()) + " of " + std::to_string(troubleCount_) +
                ".</p>\n";
     }
-    return Section("Not simply delivered", {"When", "Outcome", "Method", "To", "Server", "Client", "What"},
-                   rows) +
+    return TitledTable("Not simply delivered",
+                       {"When", "Outcome", "Method", "To", "Server", "Client", "What"}, rows) +
            note;
 }
 

@@ -19,9 +19,6 @@ namespace {
 using Warnings = std::vector<std::string>;
 using Section = IniReaderWriter::Section;
 
-// The longest line that survives being read and written back, with its line end.
-constexpr std::size_t kLongestLine = 511;
-
 template <class List>
 bool Lists(const List& list, std::string_view name) {
     return std::any_of(std::begin(list), std::end(list),
@@ -120,7 +117,7 @@ void CheckLineLengths(const std::string& path, Warnings& warnings) {
     std::ifstream file(path);
     std::string line;
     for (int number = 1; std::getline(file, line); ++number) {
-        if (line.size() + 1 <= kLongestLine) continue;
+        if (line.size() + 1 <= IniReaderWriter::kLongestLine) continue;
         warnings.push_back("line " + std::to_string(number) +
                            " is longer than 511 characters; it breaks in two");
     }

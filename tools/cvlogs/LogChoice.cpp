@@ -11,10 +11,10 @@ namespace quorbel {
 
 namespace {
 
-using Kind = WriterDescription::Kind;
+using WriterKind = WriterDescription::Kind;
 
 struct Place {
-    Kind kind;
+    WriterKind kind;
     std::string path;
 };
 
@@ -39,9 +39,9 @@ Place Configured(const LogChoice& choice) {
 }
 
 Place Find(const LogChoice& choice) {
-    if (!choice.file.empty()) return {Kind::File, choice.file};
+    if (!choice.file.empty()) return {WriterKind::File, choice.file};
     if (choice.module.empty()) throw UsageError("which module? --module is required");
-    if (!choice.database.empty()) return {Kind::Database, choice.database};
+    if (!choice.database.empty()) return {WriterKind::Database, choice.database};
     if (choice.configDirectory.empty()) {
         throw UsageError("which log? --file, --db or --config-dir is required");
     }
@@ -52,13 +52,14 @@ Place Find(const LogChoice& choice) {
 
 std::unique_ptr<LogSource> OpenLog(const LogChoice& choice, const SourceHints& hints) {
     const Place place = Find(choice);
-    if (place.kind == Kind::File) return std::make_unique<FileSource>(place.path, hints.search, hints.follow);
+    if (place.kind == WriterKind::File)
+        return std::make_unique<FileSource>(place.path, hints.search, hints.follow);
     OpenForReading(place.path, choice.module);  // says what is wrong with it
     return std::make_unique<DatabaseSource>(place.path, choice.module, hints.like);
 }
 
 bool IsDatabase(const LogChoice& choice) {
-    return Find(choice).kind == Kind::Database;
+    return Find(choice).kind == WriterKind::Database;
 }
 
 }  // namespace quorbel

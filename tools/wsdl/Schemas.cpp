@@ -13,10 +13,6 @@ namespace {
 constexpr char kSequence[] = "xs:sequence";
 constexpr char kTextList[] = "ArrayOfString";
 
-std::string Own(std::string_view name) {
-    return "tns:" + std::string(name);
-}
-
 void WriteNote(XmlWriter& xml, std::string_view note) {
     const XmlElement annotation(xml, "xs:annotation");
     xml.Text("xs:documentation", note);
@@ -34,7 +30,7 @@ void WriteDeclaration(XmlWriter& xml, XmlWriter::Attributes attributes, std::str
 /// An element of a request or of an item. Never nillable: clients would then send a nil element for every
 /// value that they leave out.
 void WriteRequestElement(XmlWriter& xml, const Method& method, const Field& field) {
-    const std::string type = IsItem(field) ? Own(field.element) : std::string(TypeOf(field));
+    const std::string type = IsItem(field) ? OwnName(field.element) : std::string(TypeOf(field));
     const std::string maxOccurs = std::to_string(MaxOccurs(field));
     const std::string_view minOccurs = IsRequired(method, field) ? "1" : "0";
     WriteDeclaration(
@@ -56,7 +52,7 @@ void WriteAnswer(XmlWriter& xml, const Method& method) {
     const XmlElement type(xml, "xs:complexType");
     const XmlElement sequence(xml, kSequence);
     xml.Empty("xs:element",
-              {{"name", name + "Result"}, {"type", isQuery ? Own(kQueryResultType) : "xs:string"}});
+              {{"name", name + "Result"}, {"type", isQuery ? OwnName(kQueryResultType) : "xs:string"}});
 }
 
 void WriteItemTypes(XmlWriter& xml, const Method& method) {
@@ -73,7 +69,7 @@ void WriteQueryResultTypes(XmlWriter& xml) {
         const XmlElement type(xml, "xs:complexType", {{"name", kQueryResultType}});
         const XmlElement sequence(xml, kSequence);
         xml.Empty("xs:element", {{"name", "szResponseMessage"}, {"type", "xs:string"}});
-        xml.Empty("xs:element", {{"minOccurs", "0"}, {"name", "szResult"}, {"type", Own(kTextList)}});
+        xml.Empty("xs:element", {{"minOccurs", "0"}, {"name", "szResult"}, {"type", OwnName(kTextList)}});
     }
     const XmlElement type(xml, "xs:complexType", {{"name", kTextList}});
     const XmlElement sequence(xml, kSequence);
@@ -94,6 +90,10 @@ void WriteFaultDetail(XmlWriter& xml) {
 }
 
 }  // namespace
+
+std::string OwnName(std::string_view name) {
+    return "tns:" + std::string(name);
+}
 
 void WriteSchemas(XmlWriter& xml) {
     {

@@ -26,10 +26,6 @@ struct Names {
     std::string out;
 };
 
-std::string Own(std::string_view name) {
-    return "tns:" + std::string(name);
-}
-
 void WriteMessage(XmlWriter& xml, std::string_view name, std::string_view part, std::string_view element) {
     const XmlElement message(xml, "wsdl:message", {{"name", name}});
     xml.Empty("wsdl:part", {{"name", part}, {"element", element}});
@@ -38,8 +34,8 @@ void WriteMessage(XmlWriter& xml, std::string_view name, std::string_view part, 
 void WriteMessages(XmlWriter& xml) {
     for (const Method& method : Methods()) {
         const Names names(method);
-        WriteMessage(xml, names.in, "parameters", Own(names.operation));
-        WriteMessage(xml, names.out, "parameters", Own(names.answer));
+        WriteMessage(xml, names.in, "parameters", OwnName(names.operation));
+        WriteMessage(xml, names.out, "parameters", OwnName(names.answer));
     }
     WriteMessage(xml, kFaultMessage, "fault", "err:errorInfo");
 }
@@ -50,9 +46,9 @@ void WritePortType(XmlWriter& xml) {
         const Names names(method);
         const XmlElement operation(xml, "wsdl:operation", {{"name", names.operation}});
         xml.Text("wsdl:documentation", NoteOf(method));
-        xml.Empty("wsdl:input", {{"message", Own(names.in)}});
-        xml.Empty("wsdl:output", {{"message", Own(names.out)}});
-        xml.Empty("wsdl:fault", {{"name", kFaultMessage}, {"message", Own(kFaultMessage)}});
+        xml.Empty("wsdl:input", {{"message", OwnName(names.in)}});
+        xml.Empty("wsdl:output", {{"message", OwnName(names.out)}});
+        xml.Empty("wsdl:fault", {{"name", kFaultMessage}, {"message", OwnName(kFaultMessage)}});
     }
 }
 
@@ -73,14 +69,14 @@ void WriteBoundOperation(XmlWriter& xml, const Method& method) {
 }
 
 void WriteBinding(XmlWriter& xml) {
-    const XmlElement binding(xml, "wsdl:binding", {{"name", kPort}, {"type", Own(kPort)}});
+    const XmlElement binding(xml, "wsdl:binding", {{"name", kPort}, {"type", OwnName(kPort)}});
     xml.Empty("soap:binding", {{"style", "document"}, {"transport", kHttpTransport}});
     for (const Method& method : Methods()) WriteBoundOperation(xml, method);
 }
 
 void WriteService(XmlWriter& xml) {
     const XmlElement service(xml, "wsdl:service", {{"name", kService}});
-    const XmlElement port(xml, "wsdl:port", {{"name", kPort}, {"binding", Own(kPort)}});
+    const XmlElement port(xml, "wsdl:port", {{"name", kPort}, {"binding", OwnName(kPort)}});
     xml.Empty("soap:address", {{"location", kEndpointPlaceholder}});
 }
 
