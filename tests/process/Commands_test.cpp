@@ -21,12 +21,12 @@ protected:
         CopyText(admin.password, "pw");
     }
     /// The lines behind the five that every command begins with.
-    std::vector<std::string> Lines(const char* word, std::size_t member = 0) {
+    std::vector<std::string> Lines(const std::string& word, std::size_t member = 0) {
         parameters.Set(Slot::CommandWord, word);
         const auto lines = BuildAdministrationCommand(request, member).lines;
-        EXPECT_THAT(std::vector<std::string>(lines.begin(), lines.begin() + 5),
-                    ElementsAre("cmd=Cli", std::string("subcmd=") + word, "modid=cli", "adminusername=adm",
-                                "adminpassword=pw"));
+        EXPECT_THAT(
+            std::vector<std::string>(lines.begin(), lines.begin() + 5),
+            ElementsAre("cmd=Cli", "subcmd=" + word, "modid=cli", "adminusername=adm", "adminpassword=pw"));
         return {lines.begin() + 5, lines.end()};
     }
     std::string Refusal(const std::string& word, const char* method = "AddGroup") {
@@ -78,17 +78,24 @@ TEST_F(AdministrationCommandsTest, MembershipTakesTheMembersNameAndTheFlagForAll
 }
 
 TEST_F(AdministrationCommandsTest, ObjectsThatNoMethodReachesHaveTheirLinesAndAreRefusedToRequests) {
-    parameters.otherValues = {
-        {"desp", "d"}, {"name", "UTC"}, {"offset", "-60"}, {"flowcontrol", "x"}, {"bkcarr2", "c"}};
-    EXPECT_THAT(Lines("addtimezone"), ElementsAre("name=UTC", "desp=d", "offset=-60"));
-    EXPECT_THAT(Lines("modmessenger"), ElementsAre("name=UTC", "desp=d", "flowcontrol=x"));
-    EXPECT_THAT(Lines("delcarrier"), ElementsAre("name=UTC", "desp=d", "bkcarr2=c"));
-    EXPECT_THAT(Lines("addaction"), ElementsAre("name=UTC", "desp=d"));
-    EXPECT_THAT(Lines("enablegrp"), ElementsAre("name=UTC"));
-    EXPECT_THAT(Lines("unheardof"), ElementsAre());
+    parameters.otherValues = {{"desp", "d"},    {"name", "UTC"},      {"offset", "-60"},
+                              {"dialcmd", "a"}, {"flowcontrol", "x"}, {"bkcarr2", "c"}};
     CopyText(schedule.scheduleName, "night");
     CopyText(schedule.delay, "5");
-    EXPECT_THAT(Lines("addschdtoonduty"), ElementsAre("schdname=night", "delay=5"));
+    for (const std::string verb : {"add", "mod", "del"}) {
+        EXPECT_THAT(Lines(verb + "timezone"), ElementsAre("name=UTC", "desp=d", "offset=-60"));
+        EXPECT_THAT(Lines(verb + "messenger"),
+                    ElementsAre("name=UTC", "desp=d", "dialcmd=a", "flowcontrol=x"));
+        EXPECT_THAT(Lines(verb + "carrier"), ElementsAre("name=UTC", "desp=d", "bkcarr2=c"));
+        EXPECT_THAT(Lines(verb + "action"), ElementsAre("name=UTC", "desp=d"));
+        for (const char* target : {"receiver", "onduty"}) {
+            const std::string word = verb + (verb == "del" ? "schdfrom" : "schdto") + target;
+            EXPECT_THAT(Lines(word), ElementsAre("schdname=night", "delay=5"));
+        }
+    }
+    for (const char* word : {"enablegrp", "enablegrpmem"})
+        EXPECT_THAT(Lines(word), ElementsAre("name=UTC")) << word;
+    EXPECT_THAT(Lines("unheardof"), ElementsAre());
     for (const char* word : {"addtimezone", "addschdtoonduty", "modgroup", "AddGroup", "addgroupx"})
         EXPECT_EQ(Refusal(word), "Unknown command name") << word;
 }
