@@ -30,7 +30,7 @@ Posted Post(CommandParameters command, const std::string& url, const std::string
     return {code, code == -1 ? "" : output.data()};
 }
 
-CommandParameters Command(std::vector<std::string> lines) {
+CommandParameters CommandWith(std::vector<std::string> lines) {
     CommandParameters command;
     command.lines = std::move(lines);
     command.count = command.lines.size();
@@ -45,7 +45,7 @@ std::string Body(const std::vector<std::string>& lines) {
 
 TEST(HttpPoster, PostsAPlainFormRequest) {
     LoopbackServer server({.body = "OK\r\n50%% done\r\n"});
-    const auto posted = Post(Command({"cmd=Cli", "name=p w"}), server.Url());
+    const auto posted = Post(CommandWith({"cmd=Cli", "name=p w"}), server.Url());
     EXPECT_EQ(posted.code, 0);
     EXPECT_EQ(posted.output, "OK\r\n50%% done\r\n");
     const auto posts = server.Posts();
@@ -61,7 +61,7 @@ TEST(HttpPoster, TurnsBackslashesOfTheAddress) {
     LoopbackServer server;
     std::string url = server.Url() + "/x";
     for (char& c : url) c = c == '/' ? '\\' : c;
-    EXPECT_EQ(Post(Command({"a=1"}), url).code, 0);
+    EXPECT_EQ(Post(CommandWith({"a=1"}), url).code, 0);
     EXPECT_EQ(server.Posts().at(0).target, "/cmd/x");
 }
 
@@ -70,7 +70,7 @@ TEST(HttpPoster, FailsOverOnAnyFailure) {
     LoopbackServer second({.body = "second"});
     for (const std::string& first :
          {DeadUrl(), cut.Url(), std::string("no address"), std::string("ftp://x/")}) {
-        const auto posted = Post(Command({"a=1"}), first, second.Url());
+        const auto posted = Post(CommandWith({"a=1"}), first, second.Url());
         EXPECT_EQ(posted.code, 0) << first;
         EXPECT_EQ(posted.output, "second") << first;
     }
@@ -79,17 +79,18 @@ TEST(HttpPoster, FailsOverOnAnyFailure) {
 
 TEST(HttpPoster, TellsTheLastFailure) {
     LoopbackServer cut({.body = "half", .missing = 100});
-    EXPECT_EQ(Post(Command({"a=1"}), cut.Url(), DeadUrl()).output, "Couldn't connect to server");
-    EXPECT_EQ(Post(Command({"a=1"}), DeadUrl(), " ").output, "URL using bad/illegal format or missing URL");
-    EXPECT_EQ(Post(Command({"a=1"}), "").code, -1);
+    EXPECT_EQ(Post(CommandWith({"a=1"}), cut.Url(), DeadUrl()).output, "Couldn't connect to server");
+    EXPECT_EQ(Post(CommandWith({"a=1"}), DeadUrl(), " ").output,
+              "URL using bad/illegal format or missing URL");
+    EXPECT_EQ(Post(CommandWith({"a=1"}), "").code, -1);
 }
 
 TEST(HttpPoster, RefusesAnAddressThatTheTransportDoesNotTake) {
     constexpr char kRefused[] = "A libcurl function was given a bad argument";
     std::string url = DeadUrl() + "/";
     url.resize(8000000, 'x');
-    EXPECT_NE(Post(Command({"a=1"}), url).output, kRefused);
-    EXPECT_EQ(Post(Command({"a=1"}), url + "x").output, kRefused);
+    EXPECT_NE(Post(CommandWith({"a=1"}), url).output, kRefused);
+    EXPECT_EQ(Post(CommandWith({"a=1"}), url + "x").output, kRefused);
 }
 
 TEST(HttpPoster, ReportsWhatHappenedAtEachAddress) {
@@ -110,7 +111,7 @@ TEST(HttpPoster, ReportsWhatHappenedAtEachAddress) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.url + " " + c.url2);
-        CommandParameters command = Command({"a=1"});
+        CommandParameters command = CommandWith({"a=1"});
         PostReport report;
         TextBuffer reply;
         PostForReply(reply, 100, command, {c.url, c.url2, ""}, &report);
@@ -127,7 +128,8 @@ TEST(HttpPoster, ReportsWhatHappenedAtEachAddress) {
 TEST(HttpPoster, SendsOnlyTheCredentialsOfItsAddress) {
     LoopbackServer server;
     const std::string withUser = "http://user:pw@" + server.Url().substr(7);
-    for (const std::string& url : {withUser, server.Url()}) EXPECT_EQ(Post(Command({"a=1"}), url).code, 0);
+    for (const std::string& url : {withUser, server.Url()})
+        EXPECT_EQ(Post(CommandWith({"a=1"}), url).code, 0);
     const auto posts = server.Posts();
     EXPECT_EQ(posts.at(0).authorization, "Basic dXNlcjpwdw==");
     EXPECT_EQ(posts.at(1).authorization, "");
@@ -135,7 +137,7 @@ TEST(HttpPoster, SendsOnlyTheCredentialsOfItsAddress) {
 
 TEST(HttpPoster, WritesNothingIntoAnOutputWithoutRoom) {
     LoopbackServer server;
-    CommandParameters command = Command({"a=1"});
+    CommandParameters command = CommandWith({"a=1"});
     char output = 'x';
     EXPECT_EQ(PostCommand(&output, 0, command, server.Url(), "", ""), 0);
     EXPECT_EQ(output, 'x');
@@ -145,13 +147,13 @@ TEST(HttpPoster, WritesNothingIntoAnOutputWithoutRoom) {
 TEST(HttpPoster, FollowsNoRedirects) {
     LoopbackServer other;
     LoopbackServer redirecting({.body = "moved", .status = 302, .location = other.Url()});
-    EXPECT_EQ(Post(Command({"a=1"}), redirecting.Url()).output, "moved");
+    EXPECT_EQ(Post(CommandWith({"a=1"}), redirecting.Url()).output, "moved");
     EXPECT_TRUE(other.Posts().empty());
 }
 
 TEST(HttpPoster, TakesAnErrorPageForAReplyAndCutsItToFit) {
     LoopbackServer server({.body = std::string(9000, 'y'), .status = 500});
-    const auto posted = Post(Command({"a=1"}), server.Url());
+    const auto posted = Post(CommandWith({"a=1"}), server.Url());
     EXPECT_EQ(posted.code, 0);
     EXPECT_EQ(posted.output, std::string(4095, 'y'));
 }
@@ -159,7 +161,7 @@ TEST(HttpPoster, TakesAnErrorPageForAReplyAndCutsItToFit) {
 TEST(HttpPoster, AttachesAFileAndShowsTheHeaders) {
     TempDir dir;
     LoopbackServer server({.body = "stored"});
-    auto command = Command({"cmd=Cli", "=x", "odd", "name=a=b"});
+    auto command = CommandWith({"cmd=Cli", "=x", "odd", "name=a=b"});
     command.attachment = dir.Write("fax.txt", "page one");
     const auto posted = Post(command, server.Url());
     EXPECT_EQ(posted.code, 0);
@@ -171,7 +173,7 @@ TEST(HttpPoster, AttachesAFileAndShowsTheHeaders) {
 
 TEST(HttpPoster, AttachmentThatCannotBeReadFailsThePost) {
     LoopbackServer server;
-    auto command = Command({"cmd=Cli"});
+    auto command = CommandWith({"cmd=Cli"});
     command.attachment = "/nonexistent/file";
     EXPECT_NE(Post(command, server.Url()).code, 0);
     EXPECT_TRUE(server.Posts().empty());

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "CVException.h"
+#include "tests/src/ConFailure.h"
 
 using namespace quorbel;
 
@@ -16,17 +17,6 @@ bool FreeForOthers(CVconLock& lock) {
     bool taken = false;
     std::thread([&] { taken = lock.TryLock() && lock.Unlock(); }).join();
     return taken;
-}
-
-/// Message and system message of what `action` throws.
-template <typename Action>
-std::string Thrown(Action action) {
-    try {
-        action();
-    } catch (const CVconException& exception) {
-        return exception.GetMessage() + "|" + exception.GetSystemMessage();
-    }
-    return "nothing";
 }
 
 }  // namespace
@@ -79,7 +69,7 @@ TEST(CVconLock, RefusesAnUnlockByAThreadThatDoesNotHoldIt) {
 
 TEST(ScopedLock, ReportsAFailedUnlockFromTheExplicitCallOnly) {
     CVconLock lock;
-    EXPECT_EQ(Thrown([&] {
+    EXPECT_EQ(ConFailureOf([&] {
                   ScopedLock guard(&lock);
                   guard.Unlock();
                   guard.Unlock();

@@ -20,6 +20,7 @@
 #include "CVioFile.h"
 #include "LockFile.h"
 #include "NoCancellation.h"
+#include "tests/src/ConFailure.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/TempDir.h"
@@ -68,15 +69,6 @@ struct Flagging {
 
 bool Ends(const CVconThread& thread) {
     return thread.WaitForEnd(20s);
-}
-
-std::string Thrown(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const CVconException& exception) {
-        return exception.GetMessage() + "|" + exception.GetSystemMessage();
-    }
-    return "nothing";
 }
 
 /// Sleeps in a way that the sanitizers can follow when it is cancelled: the thread sanitizer loses track of
@@ -133,7 +125,7 @@ TEST(CVconThread, IsAliveFromCreateUntilItsBodyHasEnded) {
     thread.Create();
     EXPECT_TRUE(thread.IsAlive());
     EXPECT_FALSE(thread.WaitForEnd(1ms));
-    EXPECT_EQ(Thrown([&] { thread.Create(); }), "Create Thread Failed|Invalid attribute");
+    EXPECT_EQ(ConFailureOf([&] { thread.Create(); }), "Create Thread Failed|Invalid attribute");
 
     go.Signal();
     EXPECT_TRUE(Ends(thread));
@@ -155,11 +147,11 @@ TEST(CVconThread, TellsWhyTheSystemRefusedAThread) {
     CVconThread thread(&body);
     for (const auto& c : cases) {
         createError = c.code;
-        EXPECT_EQ(Thrown([&] { thread.Create(); }), std::string("Create Thread Failed|") + c.text);
+        EXPECT_EQ(ConFailureOf([&] { thread.Create(); }), std::string("Create Thread Failed|") + c.text);
         EXPECT_FALSE(thread.IsAlive());
     }
     createError = 0;
-    EXPECT_EQ(Thrown([&] { thread.Create(); }), "nothing") << "a later attempt is free to succeed";
+    EXPECT_EQ(ConFailureOf([&] { thread.Create(); }), "nothing") << "a later attempt is free to succeed";
     EXPECT_TRUE(Ends(thread));
 }
 
@@ -370,7 +362,7 @@ TEST(CVconThread, IsGoneInAChildWhereLocksAndEventsAreFree) {
     ASSERT_TRUE(Eventually([&] { return !lock.TryLock() || !lock.Unlock(); }));
     const auto inTheChild = [&] {
         if (thread->IsAlive() || !thread->WaitForEnd(20s)) throw 1;
-        if (Thrown([&] { thread->Kill(); }) == "nothing") throw 2;
+        if (ConFailureOf([&] { thread->Kill(); }) == "nothing") throw 2;
         if (!lock.TryLock() || !lock.Unlock()) throw 3;
         if (event.Wait(0) != CVconEvent::Wake::TimedOut) throw 4;
 #ifndef __SANITIZE_THREAD__  // knows no threads started behind such a fork
@@ -430,7 +422,8 @@ void EndWithSignalsOfItsOwn() {
     action.sa_handler = [](int) { _exit(1); };
     for (const int signal : {SIGUSR1, SIGUSR2}) sigaction(signal, &action, nullptr);
     for (const auto& [suspend, resume] : {std::pair{SIGTERM, SIGUSR2}, {SIGUSR1, SIGUSR1}}) {
-        if (Thrown([&, s = suspend, r = resume] { CVconThread::UseSignals(s, r); }) == "nothing") _exit(2);
+        if (ConFailureOf([&, s = suspend, r = resume] { CVconThread::UseSignals(s, r); }) == "nothing")
+            _exit(2);
     }
     CVconThread::UseSignals(SIGRTMIN + 2, SIGRTMIN + 3);
     Counter counter;
@@ -438,7 +431,7 @@ void EndWithSignalsOfItsOwn() {
     if (!Paused(counter.thread)) _exit(3);
     counter.thread.Resume();
     if (!counter.Runs()) _exit(4);
-    if (Thrown([] { CVconThread::UseSignals(SIGUSR1, SIGUSR2); }) == "nothing") _exit(5);
+    if (ConFailureOf([] { CVconThread::UseSignals(SIGUSR1, SIGUSR2); }) == "nothing") _exit(5);
     _exit(7);
 }
 

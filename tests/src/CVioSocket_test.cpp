@@ -28,7 +28,7 @@ constexpr CVioSocket::Milliseconds kEnough = 20s;
 constexpr CVioSocket::Milliseconds kShort = 30ms;
 
 /// Message, peer and system message of what `action` throws.
-std::string Thrown(const std::function<void()>& action) {
+std::string SocketFailureOf(const std::function<void()>& action) {
     try {
         action();
     } catch (const CVioException& failure) {
@@ -108,21 +108,21 @@ TEST(CVioSocket, SpeaksBothKindsOfAddresses) {
 TEST(CVioSocket, NamesThePeerOfAFailure) {
     CVioSocket closed;
     char c;
-    EXPECT_EQ(Thrown([&] { closed.Read(&c, 1, kShort); }), "Socket Read Failed||" + Text(EBADF));
-    EXPECT_EQ(Thrown([&] { closed.Write("x", kShort); }), "Socket Write Failed||" + Text(EBADF));
-    EXPECT_EQ(Thrown([&] { closed.Connect("127.0.0.1", "1", kEnough); }),
+    EXPECT_EQ(SocketFailureOf([&] { closed.Read(&c, 1, kShort); }), "Socket Read Failed||" + Text(EBADF));
+    EXPECT_EQ(SocketFailureOf([&] { closed.Write("x", kShort); }), "Socket Write Failed||" + Text(EBADF));
+    EXPECT_EQ(SocketFailureOf([&] { closed.Connect("127.0.0.1", "1", kEnough); }),
               "Socket Connect Failed|127.0.0.1:1|" + Text(ECONNREFUSED));
 #ifndef __SANITIZE_THREAD__
-    EXPECT_THAT(Thrown([&] { closed.Connect("no such host", "1", kEnough); }),
+    EXPECT_THAT(SocketFailureOf([&] { closed.Connect("no such host", "1", kEnough); }),
                 testing::StartsWith("Socket Connect Failed|no such host:1|"));
 #endif
     Pair pair;
-    EXPECT_EQ(Thrown([&] { CVioListener("127.0.0.1", std::to_string(pair.listener.GetPort())); }),
+    EXPECT_EQ(SocketFailureOf([&] { CVioListener("127.0.0.1", std::to_string(pair.listener.GetPort())); }),
               "Socket Listen Failed|" + pair.listener.GetAddress() + "|" + Text(EADDRINUSE));
-    EXPECT_EQ(Thrown([&] { pair.client.Connect("127.0.0.1", "1", kEnough); }),
+    EXPECT_EQ(SocketFailureOf([&] { pair.client.Connect("127.0.0.1", "1", kEnough); }),
               "Socket Was Already Open|" + pair.listener.GetAddress() + "|" + Text(EISCONN));
     pair.server.reset();
-    EXPECT_THAT(Thrown([&] {
+    EXPECT_THAT(SocketFailureOf([&] {
                     for (;;) pair.client.Write("x", kEnough);  // and no signal ends the process
                 }),
                 testing::StartsWith("Socket Write Failed|" + pair.listener.GetAddress()));
@@ -134,9 +134,9 @@ TEST(CVioSocket, GivesUpWhenItsTimeIsOver) {
     std::string much;
     much.resize(50'000'000, 'm');
     const std::string timedOut = "|" + pair.listener.GetAddress() + "|" + Text(ETIMEDOUT);
-    EXPECT_EQ(Thrown([&] { pair.client.Read(&c, 1, kShort); }), "Socket Read Failed" + timedOut);
-    EXPECT_EQ(Thrown([&] { pair.client.Write(much, kShort); }), "Socket Write Failed" + timedOut);
-    EXPECT_EQ(Thrown([&] { pair.listener.Accept(kShort); }), "Socket Accept Failed" + timedOut);
+    EXPECT_EQ(SocketFailureOf([&] { pair.client.Read(&c, 1, kShort); }), "Socket Read Failed" + timedOut);
+    EXPECT_EQ(SocketFailureOf([&] { pair.client.Write(much, kShort); }), "Socket Write Failed" + timedOut);
+    EXPECT_EQ(SocketFailureOf([&] { pair.listener.Accept(kShort); }), "Socket Accept Failed" + timedOut);
 }
 
 TEST(CVioSocket, EndsItsWaitWhenItsThreadIsKilled) {
@@ -146,7 +146,7 @@ TEST(CVioSocket, EndsItsWaitWhenItsThreadIsKilled) {
         void DoWork(pthread_t) override {
             const NoCancellation asInALibrary;
             char c;
-            thrown = Thrown([&] { pair.client.Read(&c, 1, 1h); });
+            thrown = SocketFailureOf([&] { pair.client.Read(&c, 1, 1h); });
         }
     } body;
     CVconThread thread(&body);

@@ -20,7 +20,7 @@ using testing::MatchesRegex;
 
 namespace {
 
-const std::string kTime = "[0-9]{2}/[0-9]{2}/[0-9]{4} [0-9]{2}:[0-9]{2}:[0-9]{2} ";
+const std::string kTimePattern = "[0-9]{2}/[0-9]{2}/[0-9]{4} [0-9]{2}:[0-9]{2}:[0-9]{2} ";
 
 int Write(CVsysEventLogFileWriter& writer, const std::string& message, const std::string& module = "SOAP",
           LogLevel level = LogLevel::Info) {
@@ -37,8 +37,8 @@ TEST(CVsysEventLogFileWriter, WritesTimeModuleTagAndMessage) {
     EXPECT_EQ(Write(writer, "no level\n", "SOAP", LogLevel::None), 1);
     EXPECT_EQ(writer.DoWork("SOAP", 7, "old\n", -1, nullptr, 86400L * 365), 1);
     EXPECT_THAT(ReadFile(dir / "soap_log.txt"),
-                MatchesRegex(kTime + "SOAP \\[INFO\\] 100%n done\n" + kTime + "SOAP  no level\n" +
-                             "[0-9/]{6}197[01] [0-9:]{8} SOAP \\[FATAL\\] old\n"));
+                MatchesRegex(kTimePattern + "SOAP \\[INFO\\] 100%n done\n" + kTimePattern +
+                             "SOAP  no level\n" + "[0-9/]{6}197[01] [0-9:]{8} SOAP \\[FATAL\\] old\n"));
 }
 
 TEST(CVsysEventLogFileWriter, EndsLinesOnlyWhereAutoAppendIsSetAndTheMessageDoesNot) {
@@ -75,7 +75,7 @@ TEST(CVsysEventLogFileWriter, WritesOneFilePerModuleWhenToldTo) {
     writer.setProperty("perProcessFile", "1");
     EXPECT_EQ(Write(writer, "one\n", "System Attendant"), 1);
     EXPECT_EQ(Write(writer, "two\n", "../up"), 1);
-    EXPECT_THAT(ReadFile(dir / "System_Attendant.txt"), MatchesRegex(kTime + "\\[INFO\\] one\n"));
+    EXPECT_THAT(ReadFile(dir / "System_Attendant.txt"), MatchesRegex(kTimePattern + "\\[INFO\\] one\n"));
     EXPECT_THAT(ReadFile(dir / ".._up.txt"), HasSubstr("two")) << "no module name leads out of the directory";
     EXPECT_EQ(ReadFile(dir / "soap_log.txt"), "");
 }

@@ -112,7 +112,7 @@ std::vector<std::string> CaseNames() {
     return names;
 }
 
-std::string TestName(const testing::TestParamInfo<std::string>& info) {
+std::string NameOfCase(const testing::TestParamInfo<std::string>& info) {
     return ReplaceAll(info.param, "-", "_");
 }
 
@@ -130,7 +130,7 @@ TEST_P(CasesTest, GivesTheToldAnswer) {
     EXPECT_EQ(result.exitStatus, c.Number("exit"));
 }
 
-INSTANTIATE_TEST_SUITE_P(System, CasesTest, testing::ValuesIn(CaseNames()), TestName);
+INSTANTIATE_TEST_SUITE_P(System, CasesTest, testing::ValuesIn(CaseNames()), NameOfCase);
 
 TEST(Resident, OneWorkerServesEveryCaseInAnyOrder) {
     std::vector<std::string> names = CaseNames();

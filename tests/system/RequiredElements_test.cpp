@@ -44,7 +44,7 @@ private:
     FrontEnd frontEnd_;
 };
 
-std::string TestName(const testing::TestParamInfo<Method>& info) {
+std::string NameOfMethod(const testing::TestParamInfo<Method>& info) {
     return std::string(info.param.name);
 }
 
@@ -56,4 +56,4 @@ TEST_P(RequiredElementsTest, AreThoseTheProgramRefusesToDoWithout) {
 }
 
 INSTANTIATE_TEST_SUITE_P(System, RequiredElementsTest, testing::ValuesIn(Methods().begin(), Methods().end()),
-                         TestName);
+                         NameOfMethod);

@@ -34,7 +34,7 @@ std::string Redirected(std::string request, const std::string& url) {
     return ReplaceAll(request, "http://pager2.example/cgi/cmd", DeadUrl());
 }
 
-std::string TestName(const testing::TestParamInfo<Recorded>& info) {
+std::string NameOfRecording(const testing::TestParamInfo<Recorded>& info) {
     const std::string name = info.param.file.substr(0, info.param.file.find('.'));
     return ReplaceAll(name, "-", "_");
 }
@@ -55,7 +55,7 @@ TEST_P(ToolkitsTest, ReachesTheServer) {
     EXPECT_EQ(server.Bodies()[0], GetParam().command);
 }
 
-INSTANTIATE_TEST_SUITE_P(System, ToolkitsTest, testing::ValuesIn(RecordedRequests()), TestName);
+INSTANTIATE_TEST_SUITE_P(System, ToolkitsTest, testing::ValuesIn(RecordedRequests()), NameOfRecording);
 
 TEST(Resident, OneWorkerServesTheRequestsOfAllToolkits) {
     const LoopbackServer server({.body = "OK\r\nitem\r\n"});

@@ -16,8 +16,6 @@ using testing::HasSubstr;
 
 namespace {
 
-constexpr std::time_t kTime = 1706778303;  // 02/01/2024 09:05:03
-
 std::string Line(int second, const char* rest) {
     return "02/01/2024 09:05:0" + std::to_string(second) + " " + rest + "\n";
 }
@@ -169,9 +167,9 @@ TEST(FileQuery, FollowsOverRotationsWithoutLosingOrDoublingALine) {
 
 TEST(FileQuery, FollowsADatabaseToo) {
     const OperatorSite site;
-    site.Store({{.timestamp = kTime, .level = 3, .message = "old"}});
+    site.Store({{.timestamp = kEntryTime, .level = 3, .message = "old"}});
     const Following follow(site, {"follow", "--db", site.Database(), "--module", "SOAP"});
     ASSERT_TRUE(follow.Shows("old\n"));
-    site.Store({{.timestamp = kTime - 9, .level = 3, .message = "new"}});
+    site.Store({{.timestamp = kEntryTime - 9, .level = 3, .message = "new"}});
     EXPECT_TRUE(follow.Shows("new\n"));
 }

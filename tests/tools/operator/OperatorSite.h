@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -34,6 +35,9 @@ public:
 private:
     TempDir files_;
 };
+
+/// When an entry that a test stores was written: 02/01/2024 09:05:03.
+inline constexpr std::int64_t kEntryTime = 1706778303;
 
 /// The exit status and all that a program printed: "0 output" or "1 errors".
 std::string Outcome(const ProgramResult& result);

@@ -10,14 +10,12 @@ using testing::HasSubstr;
 
 namespace {
 
-constexpr std::int64_t kTime = 1706778303;  // 02/01/2024 09:05:03
-
 void StoreSample(const OperatorSite& site) {
-    site.Store({{.module = "", .timestamp = kTime, .level = 3, .message = "started"},
-                {.module = "Send", .timestamp = kTime + 1, .level = 5, .message = "it's 100% lost\n"},
-                {.module = "Parse", .timestamp = kTime + 2, .level = 1, .message = "deep"},
-                {.module = "Send", .timestamp = kTime + 86400, .level = 4, .message = "slow"},
-                {.module = "Send", .timestamp = kTime + 86400, .level = 4, .message = "slow"}});
+    site.Store({{.module = "", .timestamp = kEntryTime, .level = 3, .message = "started"},
+                {.module = "Send", .timestamp = kEntryTime + 1, .level = 5, .message = "it's 100% lost\n"},
+                {.module = "Parse", .timestamp = kEntryTime + 2, .level = 1, .message = "deep"},
+                {.module = "Send", .timestamp = kEntryTime + 86400, .level = 4, .message = "slow"},
+                {.module = "Send", .timestamp = kEntryTime + 86400, .level = 4, .message = "slow"}});
 }
 
 std::string Query(const OperatorSite& site, std::vector<std::string> options, const char* command = "query") {
@@ -59,8 +57,11 @@ TEST(QueryCommand, PrintsTheEntriesThatPassEveryFilter) {
 
 TEST(QueryCommand, PrintsEveryColumnForOtherPrograms) {
     const OperatorSite site;
-    site.Store(
-        {{.module = "S\t", .timestamp = kTime, .level = 5, .message = "\"a\"\n\xFF", .sourceFile = "s.c"}});
+    site.Store({{.module = "S\t",
+                 .timestamp = kEntryTime,
+                 .level = 5,
+                 .message = "\"a\"\n\xFF",
+                 .sourceFile = "s.c"}});
     EXPECT_EQ(
         Query(site, {"--json"}),
         R"(0 {"id":1,"module":"S\t","timestamp":1706778303,"level":5,"message":"\"a\"\n\ufffd","line":-1,)"
@@ -82,7 +83,7 @@ TEST(QueryCommand, CountsEntriesThatAreAlike) {
 
 TEST(QueryCommand, ShowsControlCharactersOnATerminalOnly) {
     const OperatorSite site;
-    site.Store({{.timestamp = kTime, .level = 5, .message = "\x1b[2J\xC3\xA9\a"}});
+    site.Store({{.timestamp = kEntryTime, .level = 5, .message = "\x1b[2J\xC3\xA9\a"}});
     const std::string arguments = "query --module SOAP --db " + site.Database();
     EXPECT_THAT(site.LogsOnTerminal(arguments).output, HasSubstr("[ERROR] <ESC>[2J\xC3\xA9<BEL>\r\n"));
     EXPECT_THAT(site.LogsOnTerminal(arguments + " --tsv").output, HasSubstr("\t<ESC>[2J\xC3\xA9<BEL>\t"));
