@@ -38,8 +38,7 @@ std::optional<std::string> Part(CURLU* url, CURLUPart part, unsigned flags = 0) 
 }
 
 std::string LowerCase(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? char(c | 0x20) : c; });
+    std::transform(text.begin(), text.end(), text.begin(), Fold);
     return text;
 }
 

@@ -8,6 +8,8 @@
 #include <cstdio>
 #include <ctime>
 
+#include "util/StringRoutines.h"
+
 namespace quorbel {
 
 namespace {
@@ -21,8 +23,7 @@ std::string_view NameOf(Outcome outcome) {
 }
 
 bool NeedsNoQuotes(char c) {
-    const bool isWord = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
-    return isWord || std::string_view("-._:/@+,%[]").find(c) != std::string_view::npos;
+    return IsAlphanumeric(c) || std::string_view("-._:/@+,%[]").find(c) != std::string_view::npos;
 }
 
 void AppendHex(std::string& text, unsigned char byte) {

@@ -22,6 +22,7 @@
 #include "resident/Connection.h"
 #include "resident/ListeningSocket.h"
 #include "resident/ProgramStart.h"
+#include "resident/Report.h"
 #include "resident/Site.h"
 #include "resident/Supervisor.h"
 #include "resident/Worker.h"
@@ -31,7 +32,6 @@ using namespace quorbel;
 
 namespace {
 
-constexpr char kName[] = "quorbel-soapd";
 constexpr int kWrongUsage = 2;
 
 struct Options {
@@ -66,7 +66,7 @@ void Declare(CLI::App& app, Options& options) {
         ->check(seconds)
         ->capture_default_str();
     app.add_flag("--check", options.checkOnly, "Look at options and site, then exit");
-    app.set_version_flag("--version", std::string(kName) + " " QUORBEL_VERSION);
+    app.set_version_flag("--version", std::string(kServiceName) + " " QUORBEL_VERSION);
 }
 
 std::chrono::milliseconds Milliseconds(double seconds) {
@@ -160,10 +160,10 @@ int Main(CLI::App& app, int argc, char** argv) {
 int main(int argc, char** argv) {
     try {
         CLI::App app{"Serves SOAP requests that a web server passes on by SCGI, without a start for each.",
-                     kName};
+                     kServiceName};
         return Main(app, argc, argv);
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s: %s\n", kName, error.what());
+        std::fprintf(stderr, "%s: %s\n", kServiceName, error.what());
         return kWrongUsage;
     }
 }

@@ -52,10 +52,7 @@ std::string LogConfigPath(const std::string& configDirectory) {
 
 std::string LogFileName(const std::string& module) {
     std::string name = module;
-    for (char& c : name) {
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-        if (c == ' ' || c == '/') c = '_';
-    }
+    for (char& c : name) c = c == ' ' || c == '/' ? '_' : Fold(c);
     return name + "_log.txt";
 }
 

@@ -129,10 +129,7 @@ std::string CountLogEntries(const std::string& table, const LogCountFilter& filt
 std::string LogTableName(const std::string& module) {
     // The prefix keeps clear of SQL's keywords, of leading digits and of the tables that are not a module's.
     std::string name = "log_";
-    for (const char c : module) {
-        const bool upper = c >= 'A' && c <= 'Z';
-        name += upper ? static_cast<char>(c - 'A' + 'a') : IsAlphanumeric(c) ? c : '_';
-    }
+    for (const char c : module) name += IsAlphanumeric(c) ? Fold(c) : '_';
     return name;
 }
 
