@@ -1,13 +1,12 @@
 // The resident program: serves the requests that a web server passes on by SCGI, each in the same way as the CGI
 // program.
 
-#include <CLI/CLI.hpp>
-
 #include <sys/eventfd.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -27,8 +26,10 @@
 #include "resident/Supervisor.h"
 #include "resident/Worker.h"
 #include "syslib/LogWaits.h"
+#include "tools/operator/CommandLine.h"
 
 using namespace quorbel;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -37,49 +38,51 @@ constexpr int kWrongUsage = 2;
 struct Options {
     std::string site;
     std::string socket = "/run/quorbel/soapd.sock";
-    SupervisorSettings supervisor;
-    WorkerSettings worker;
-    double headerTimeout = 10;
-    double bodyTimeout = 60;
+    std::int64_t workers = 128;
+    std::int64_t spare = 8;
+    std::int64_t requestsPerWorker = 500;
+    std::chrono::milliseconds headerTimeout = 10s;
+    std::chrono::milliseconds bodyTimeout = 60s;
     bool checkOnly = false;
 };
 
-void Declare(CLI::App& app, Options& options) {
-    const auto seconds = CLI::Range(0.001, 86400.0);
-    app.add_option("--site", options.site, "The site's directory")->required()->type_name("DIR");
-    app.add_option("--socket", options.socket, "Unix socket to make, unless one is handed over (LISTEN_FDS)")
-        ->capture_default_str()
-        ->type_name("PATH");
-    app.add_option("--workers", options.supervisor.workers, "Workers at most")
-        ->check(CLI::Range(1, 4096))
-        ->capture_default_str();
-    app.add_option("--spare", options.supervisor.spare, "Idle workers to keep ready")
-        ->check(CLI::Range(1, 4096))
-        ->capture_default_str();
-    app.add_option("--requests-per-worker", options.worker.requests, "Requests before a worker is replaced")
-        ->check(CLI::Range(1, 1000000000))
-        ->capture_default_str();
-    app.add_option("--header-timeout", options.headerTimeout, "Seconds for a request's header")
-        ->check(seconds)
-        ->capture_default_str();
-    app.add_option("--body-timeout", options.bodyTimeout, "Seconds without a byte of a body or for an answer")
-        ->check(seconds)
-        ->capture_default_str();
-    app.add_flag("--check", options.checkOnly, "Look at options and site, then exit");
-    app.set_version_flag("--version", std::string(kServiceName) + " " QUORBEL_VERSION);
+CommandLine CommandLineOf(Options& options) {
+    return {
+        .name = kServiceName,
+        .help = "Serves SOAP requests that a web server passes on by SCGI, without a start for each.",
+        .options =
+            {
+                Required({"--site", "DIR", "The site's directory", &options.site}),
+                {"--socket", "PATH",
+                 "Unix socket to make, unless one is handed over (LISTEN_FDS); default: " + options.socket,
+                 &options.socket},
+                {"--workers", "N", "Workers at most, 1 to 4096; default: 128",
+                 NumberTarget{&options.workers, 1, 4096}},
+                {"--spare", "N", "Idle workers to keep ready; default: 8",
+                 NumberTarget{&options.spare, 1, 4096}},
+                {"--requests-per-worker", "N", "Requests before a worker is replaced; default: 500",
+                 NumberTarget{&options.requestsPerWorker, 1, 1000000000}},
+                {"--header-timeout", "SECONDS", "For a request's header, 0.001 to 86400; default: 10",
+                 SecondsTarget{&options.headerTimeout, 0.001, 86400}},
+                {"--body-timeout", "SECONDS", "Without a byte of a body or for an answer; default: 60",
+                 SecondsTarget{&options.bodyTimeout, 0.001, 86400}},
+                {"--check", "", "Look at options and site, then exit", &options.checkOnly},
+            },
+        .commands = {},
+        .run = {},
+    };
 }
 
-std::chrono::milliseconds Milliseconds(double seconds) {
-    return std::chrono::milliseconds(static_cast<long>(seconds * 1000));
+SupervisorSettings SettingsOfSupervisor(const Options& options) {
+    return {.workers = static_cast<std::size_t>(options.workers),
+            .spare = static_cast<std::size_t>(options.spare)};
 }
 
-void Complete(Options& options) {
-    if (options.supervisor.spare > options.supervisor.workers) {
-        throw std::runtime_error("--spare is more than --workers");
-    }
-    options.worker.spare = options.supervisor.spare;
-    options.worker.headerTimeout = Milliseconds(options.headerTimeout);
-    options.worker.pause = Milliseconds(options.bodyTimeout);
+WorkerSettings SettingsOfWorker(const Options& options) {
+    return {.requests = static_cast<int>(options.requestsPerWorker),
+            .headerTimeout = options.headerTimeout,
+            .pause = options.bodyTimeout,
+            .spare = static_cast<std::size_t>(options.spare)};
 }
 
 /// Settings of the dynamic linker and of the C library that count at the start of a program only.
@@ -118,50 +121,47 @@ void Serve(const Options& options, ListeningSocket& socket, ProgramStart& start,
            const std::string& programPath) {
     const int wake = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     if (wake < 0) throw std::runtime_error("no eventfd: " + GetSystemErrorText());
-    Scoreboard board(options.supervisor.workers);
-    Supervisor(options.supervisor, socket, board, wake, start, [&](std::size_t place) {
-        Worker(socket.Descriptor(), wake, board, place, options.worker, ServiceNamed(programPath)).Run();
+    const SupervisorSettings settings = SettingsOfSupervisor(options);
+    Scoreboard board(settings.workers);
+    Supervisor(settings, socket, board, wake, start, [&](std::size_t place) {
+        Worker(socket.Descriptor(), wake, board, place, SettingsOfWorker(options), ServiceNamed(programPath))
+            .Run();
     }).Run();
     close(wake);
 }
 
-int Main(CLI::App& app, int argc, char** argv) {
+void Run(const Options& options, char** argv) {
     const std::string programPath = argv[0];
-    Options options;
-    Declare(app, options);
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        if (error.get_exit_code() == 0) return app.exit(error);
-        throw;
-    }
-    Complete(options);
     ProgramStart start(argv);
-    if (!options.checkOnly) {
-        HoldSignals();
-        StartWithSettings(start);
-    }
+    HoldSignals();
+    StartWithSettings(start);
     const std::string socketPath = std::filesystem::absolute(options.socket).string();
     EnterSite(options.site);
-    if (options.checkOnly) {
-        CheckSite();
-        return 0;
-    }
     DetachStandardStreams();
     ListeningSocket socket(socketPath);
     PrepareTransfers();
     PrepareRuns();
     Serve(options, socket, start, programPath);
-    return 0;
+}
+
+void Check(const Options& options) {
+    EnterSite(options.site);
+    CheckSite();
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
     try {
-        CLI::App app{"Serves SOAP requests that a web server passes on by SCGI, without a start for each.",
-                     kServiceName};
-        return Main(app, argc, argv);
+        Options options;
+        if (!ReadOptions(CommandLineOf(options), argc, argv)) return 0;
+        if (options.spare > options.workers) throw UsageError("--spare is more than --workers");
+        if (options.checkOnly) {
+            Check(options);
+        } else {
+            Run(options, argv);
+        }
+        return 0;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s: %s\n", kServiceName, error.what());
         return kWrongUsage;

@@ -356,6 +356,8 @@ TEST(Resident, WrongUsageIsToldInOneLine) {
         {{"--site", site, "--workers", "2", "--spare", "3"}, "--spare is more than --workers"},
         {{"--site", site, "--spare", "0"}, "--spare"},
         {{"--site", site, "--header-timeout", "x"}, "--header-timeout"},
+        {{"--site", site, "--header-timeout", "0"}, "is not between 0.001 and 86400 seconds"},
+        {{"--site", site, "--body-timeout", "nan"}, "is not between 0.001 and 86400 seconds"},
         {{"--site", site, "--fork"}, "--fork"},
         {{"--site", site, "--socket", running.Socket()}, "another instance has it"},
         {{"--site", site, "--socket", "/nonexistent/s"}, "lock file cannot be made: No such file"},

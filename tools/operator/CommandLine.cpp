@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <map>
+#include <sstream>
 
 #include "CVException.h"
 #include "cvdblib/sqlite3/src/CVDBexception.h"
@@ -35,6 +36,22 @@ CLI::Option* AddTarget(CLI::App& app, const Option& option, std::vector<std::str
 CLI::Option* AddTarget(CLI::App& app, const Option& option, const NumberTarget& target) {
     return app.add_option(option.names, *target.value, option.help)
         ->check(CLI::Range(target.least, target.most).description(""));
+}
+
+UsageError OutsideLimits(const std::string& names, const SecondsTarget& target) {
+    std::ostringstream text;
+    text << names << " is not between " << target.least << " and " << target.most << " seconds";
+    return UsageError(text.str());
+}
+
+CLI::Option* AddTarget(CLI::App& app, const Option& option, const SecondsTarget& target) {
+    const auto assign = [target, names = option.names](double seconds) {
+        if (!(seconds >= target.least && seconds <= target.most)) {  // nor is "nan" between them
+            throw OutsideLimits(names, target);
+        }
+        *target.value = std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));
+    };
+    return app.add_option_function<double>(option.names, assign, option.help);
 }
 
 CLI::Option* AddTarget(CLI::App& app, const Option& option,
@@ -127,6 +144,19 @@ std::string Reason() {
 std::string OwnSite() {
     std::error_code unknown;
     return std::filesystem::read_symlink("/proc/self/exe", unknown).parent_path().parent_path();
+}
+
+bool ReadOptions(const CommandLine& line, int argc, char** argv) {
+    CLI::App app{line.help, line.name};
+    Declare(app, line);
+    try {
+        app.parse(argc, argv);
+        return true;
+    } catch (const CLI::ParseError& error) {
+        if (error.get_exit_code() != 0) throw UsageError(error.what());
+        app.exit(error);
+        return false;
+    }
 }
 
 int RunTool(const CommandLine& line, int argc, char** argv) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <stdexcept>
@@ -22,9 +23,16 @@ struct NumberTarget {
     std::int64_t most;
 };
 
+/// Seconds within limits, with a fraction or without; what is below a millisecond is dropped.
+struct SecondsTarget {
+    std::chrono::milliseconds* value;
+    double least;
+    double most;
+};
+
 /// Where the value of an option goes. A bool is a switch without a value; a list takes the option more than
 /// once, or any number of values that stand alone; a function may refuse the text by a UsageError.
-using OptionTarget = std::variant<bool*, std::string*, std::vector<std::string>*, NumberTarget,
+using OptionTarget = std::variant<bool*, std::string*, std::vector<std::string>*, NumberTarget, SecondsTarget,
                                   std::function<void(const std::string&)>>;
 
 struct Option {
@@ -68,6 +76,10 @@ struct CommandLine {
 
 /// The directory above the one that this program lies in: its site, when it is installed in one. Empty without /proc.
 std::string OwnSite();
+
+/// Reads the command line of a program without commands and runs nothing. False when --help or --version was asked for
+/// and printed. Throws UsageError.
+bool ReadOptions(const CommandLine& line, int argc, char** argv);
 
 /// Parses the command line and runs what it names. --help and --version are there for every command.
 ///
