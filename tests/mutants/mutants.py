@@ -49,17 +49,17 @@ class Tree:
         return subprocess.run(self._build_command(), capture_output=True).returncode == 0
 
     def killer(self):
-        """The first test program that fails; empty when all pass."""
-        return next((test for test in TESTS if not self._passes(test)), "")
+        """The first test program that fails or does not end; empty when all pass."""
+        return next(filter(None, map(self._failure, TESTS)), "")
 
-    def _passes(self, test):
+    def _failure(self, test):
         try:
             done = subprocess.run([self.build / "bin" / test, "--gtest_brief=1", "--gtest_fail_fast"],
                                   cwd=self.build, timeout=PATIENCE, stdin=subprocess.DEVNULL,
                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         except subprocess.TimeoutExpired:
-            return False
-        return done.returncode == 0
+            return f"{test}, which did not end in {PATIENCE} s"
+        return test if done.returncode else ""
 
 
 def tried(tree, mutant):
@@ -99,7 +99,7 @@ def main():
             results.append(killer)
         if len(results) == options.count:
             break
-    by_system = results.count("system_test")
+    by_system = sum(killer.startswith("system_test") for killer in results)
     print(f"{len(results)} mutants: {sum(map(bool, results))} killed, {by_system} of them by system_test "
           f"(seed {options.seed})")
 
