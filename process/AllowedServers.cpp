@@ -12,6 +12,7 @@
 #include <new>
 
 #include "process/HttpTransfer.h"
+#include "src/Descriptor.h"
 #include "util/FileStamp.h"
 #include "util/SpoolDirectories.h"
 #include "util/StringRoutines.h"
@@ -111,21 +112,14 @@ bool IsPermittedBy(const ServerAddress& prefix, const ServerAddress& address) {
            IsBelow(address.path, prefix.path);
 }
 
-struct Descriptor {
-    int number;
-    ~Descriptor() {
-        if (number >= 0) close(number);
-    }
-};
-
 /// False with `errno` telling why.
 bool ReadWhole(const std::string& path, std::string& text) {
-    const Descriptor file{
-        open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)};  // never waits, whatever stands there
+    const Descriptor file(
+        open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));  // never waits, whatever stands there
     char piece[4096];
-    ssize_t count = file.number < 0 ? -1 : 1;
+    ssize_t count = file < 0 ? -1 : 1;
     while (count > 0) {
-        count = read(file.number, piece, sizeof piece);
+        count = read(file, piece, sizeof piece);
         if (count > 0) text.append(piece, static_cast<std::size_t>(count));
     }
     return count == 0;

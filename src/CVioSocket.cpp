@@ -13,8 +13,8 @@
 
 #include "CVException.h"
 #include "CVconThread.h"
-#include "Descriptor.h"
 #include "NoCancellation.h"
+#include "src/Descriptor.h"
 
 using namespace quorbel;
 

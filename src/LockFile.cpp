@@ -16,9 +16,9 @@
 #include "CVException.h"
 #include "CVconThread.h"
 #include "CVioDirectory.h"
-#include "Descriptor.h"
 #include "NoCancellation.h"
 #include "PathRoutines.h"
+#include "src/Descriptor.h"
 #include "src/RecordLock.h"
 
 using namespace quorbel;

@@ -5,9 +5,9 @@
 #include <cerrno>
 #include <filesystem>
 
-#include "Descriptor.h"
 #include "NoCancellation.h"
 #include "PathRoutines.h"
+#include "src/Descriptor.h"
 
 namespace quorbel {
 

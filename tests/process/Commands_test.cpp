@@ -66,6 +66,23 @@ TEST_F(AdministrationCommandsTest, GroupFlagsCountOnlyWhenExactlyOne) {
                             "isrecipusergrp=YES", "disable=YES"));
 }
 
+TEST_F(AdministrationCommandsTest, CommandsAboutOneKindOfObjectHaveTheSameLines) {
+    for (const Slot slot : {Slot::ObjectName, Slot::Recipient, Slot::Department}) parameters.Set(slot, "ops");
+    const std::pair<const char*, std::vector<const char*>> kinds[] = {
+        {"addgroup", {"modgroup", "delgroup", "querygroup", "addgrpassocdept", "querygroupmem"}},
+        {"addreceiver", {"modreceiver", "delreceiver", "queryreceiver", "addreceiverassocdept"}},
+        {"adddept", {"moddept", "deldept", "querydept"}},
+        {"addusergroup", {"modusergroup", "delusergroup", "queryusergroup"}},
+    };
+    CopyText(department.name, "ops");
+    CopyText(userGroup.name, "ops");
+    for (const auto& [first, others] : kinds) {
+        const auto lines = Lines(first);
+        EXPECT_FALSE(lines.empty()) << first;
+        for (const char* word : others) EXPECT_EQ(Lines(word), lines) << word;
+    }
+}
+
 TEST_F(AdministrationCommandsTest, MembershipTakesTheMembersNameAndTheFlagForAll) {
     parameters.Set(Slot::ObjectName, "ops");
     parameters.memberNames = {"kim", "lee"};

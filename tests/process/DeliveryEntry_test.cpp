@@ -50,6 +50,8 @@ TEST_F(DeliveryEntryTest, TellsAnAnsweredRequestInOneLine) {
         "reply=\"OK job 100001.1 queued for night\"");
     SetZone("<-0330>3:30");
     EXPECT_TRUE(DeliveryEntry(Answered()).starts_with("at=2026-11-21T11:35:00.123-03:30 ")) << "west of UTC";
+    SetZone("UTC0");
+    EXPECT_TRUE(DeliveryEntry(Answered()).starts_with("at=2026-11-21T15:05:00.123+00:00 "));
 }
 
 TEST_F(DeliveryEntryTest, KeepsEveryValueOnOneLineOfValidText) {

@@ -47,6 +47,18 @@ TEST(Journal, TellsOnlyPublicPartsAndFollowsTheWebServersId) {
     EXPECT_THAT(journal, Not(HasSubstr("TOP-SECRET")));
 }
 
+TEST(Journal, ReplacesAnIdThatIsTooLong) {
+    const LoopbackServer server({.body = "OK\r\n"});
+    const FrontEnd frontEnd;
+    const std::string longest(64, '7');
+    for (const std::string& id : {longest, longest + "7"}) {
+        frontEnd.Serve(MessageTo(server.Url()), {"HTTP_X_REQUEST_ID=" + id});
+    }
+    const std::string journal = frontEnd.Journal();
+    EXPECT_THAT(journal, HasSubstr(" id=" + longest + " method="));
+    EXPECT_THAT(journal, testing::ContainsRegex(" id=[0-9a-f]{8} method="));
+}
+
 TEST(Journal, TellsAtDebugWhatIsAboutToBeSent) {
     const LoopbackServer server({.body = "OK\r\n"});
     const FrontEnd frontEnd;
