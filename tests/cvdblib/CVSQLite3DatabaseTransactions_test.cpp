@@ -75,6 +75,21 @@ TEST_F(Transactions, AreRetriedWhileBusyAndThenGivenUp) {
     EXPECT_EQ(pauses_, 4);
 }
 
+TEST_F(Transactions, KeepTheWaitAndTheSynchronousModeWhenTheDatabaseIsReopened) {
+    ASSERT_TRUE(first_.BeginImmediateTransaction("", kTryOnce));
+    int asked = 0;
+    second_.SetBusyWait([&](int) { return ++asked % 3 != 0; });
+    ASSERT_TRUE(second_.SetSynchronous(1));
+    for (const int calls : {3, 6}) {
+        EXPECT_FALSE(second_.BeginImmediateTransaction("", kTryOnce));
+        EXPECT_EQ(asked, calls);
+    }
+    EXPECT_EQ(second_.GetLastErrorCode(), 5);
+    CVSQLite3ResultSet level;
+    ASSERT_TRUE(second_.ExecuteSelectQuery("PRAGMA synchronous;", level));
+    EXPECT_STREQ(level.GetCell(0, 0), "1");
+}
+
 TEST_F(Transactions, ReopenAReadOnlyDatabaseAndBeginAgain) {
     second_.ExecuteUpdateQuery("PRAGMA query_only=1;");  // answers as a file that was replaced does
     EXPECT_TRUE(second_.BeginImmediateTransaction("", kThreeTimes));

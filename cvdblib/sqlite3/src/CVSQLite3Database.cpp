@@ -39,6 +39,10 @@ void SleepFor(milliseconds time) {
     std::this_thread::sleep_for(time);
 }
 
+std::string SynchronousPragma(int level) {
+    return "PRAGMA synchronous=" + std::to_string(level) + ";";
+}
+
 bool IsReadOnly(int code) {
     return (code & 0xFF) == SQLITE_READONLY;  // the extended forms too: a file replaced under us, say
 }
@@ -142,8 +146,23 @@ bool CVSQLite3Database::Initialize(bool force) {
     if (!connection_->IsOpen()) return false;
     // The probe runs before the time-out is set: a locked file passes it, so there is nothing to wait for.
     ready_ = force || Probe();
-    connection_->SetBusyTimeout(kBusyTimeoutMs);
+    if (ready_ && synchronous_) SetSynchronousAgain();
+    UseBusyWait();
     return ready_;
+}
+
+void CVSQLite3Database::SetSynchronousAgain() {
+    // A locked file may refuse it: SQLite's own level, which stays then, is the safer one.
+    connection_->Execute(SynchronousPragma(*synchronous_));
+    ForgetError();
+}
+
+void CVSQLite3Database::UseBusyWait() {
+    if (!busyWait_) return connection_->SetBusyTimeout(kBusyTimeoutMs);
+    const auto ask = [](void* busyWait, int asked) {
+        return (*static_cast<BusyWait*>(busyWait))(asked) ? 1 : 0;
+    };
+    connection_->SetBusyHandler(ask, &busyWait_);
 }
 
 bool CVSQLite3Database::Probe() {
@@ -177,11 +196,7 @@ bool CVSQLite3Database::IsAutoCommit() {
 void CVSQLite3Database::SetBusyWait(BusyWait wait) {
     ForgetError();
     busyWait_ = std::move(wait);
-    if (!connection_->IsOpen()) return;
-    const auto ask = [](void* busyWait, int asked) {
-        return (*static_cast<BusyWait*>(busyWait))(asked) ? 1 : 0;
-    };
-    connection_->SetBusyHandler(ask, &busyWait_);
+    if (connection_->IsOpen()) UseBusyWait();
 }
 
 bool CVSQLite3Database::CreateFunction(const std::string& name, SqlFunction function, int argumentCount,
@@ -269,8 +284,9 @@ bool CVSQLite3Database::CreateMissing(const TableDescription& table) {
 
 bool CVSQLite3Database::SetSynchronous(int level) {
     try {
-        return ExecuteUpdateQuery("PRAGMA synchronous=" + std::to_string(level) + ";") &&
-               GetLastErrorCode() == SQLITE_OK;
+        if (!ExecuteUpdateQuery(SynchronousPragma(level)) || GetLastErrorCode() != SQLITE_OK) return false;
+        synchronous_ = level;
+        return true;
     } catch (const CVDBexception&) {
         return false;
     }

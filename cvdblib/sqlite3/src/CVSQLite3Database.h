@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -56,7 +57,7 @@ bool IsWritableDatabase(const std::string& path);
 /// outside with DoubleQuotes.
 ///
 /// A child process may go on using the object: at the first call it opens a connection of its own, without a
-/// transaction and without what was set on the other one, and leaves the parent's alone.
+/// transaction and without the functions made known to the other one, and leaves the parent's alone.
 ///
 /// A path that cannot be opened takes the constructor and Open 25 s, see IsReadableDatabase. A thread whose end
 /// was asked for (CVconThread::Kill) waits no longer, here or for a busy database.
@@ -83,8 +84,8 @@ public:
     /// Makes statements possible. Unless forced, only when the file can be read as a database; one that is
     /// locked at the moment passes.
     bool Initialize(bool force);
-    /// Loses a transaction in progress, and what was set on the connection (functions, the synchronous mode).
-    /// Throws CVDBexception.
+    /// Loses a transaction in progress and the functions; keeps the busy wait and the synchronous mode. Throws
+    /// CVDBexception.
     void Reopen();
 
     bool IsOpen();
@@ -95,7 +96,7 @@ public:
     /// Asked while another connection holds the database, with how often it was asked for this statement:
     /// waits and answers true, or gives up.
     using BusyWait = std::function<bool(int asked)>;
-    /// Takes the place of the 60 s, until the database is opened again. Must not throw.
+    /// Takes the place of the 60 s, also when the database is opened again. Must not throw.
     void SetBusyWait(BusyWait wait);
 
     /// Makes `function` known to SQL; `encoding` is one of SQLite's text encodings. The function must not
@@ -158,6 +159,8 @@ private:
 
     bool RetryWhileBusy(int (quorbel::SqliteConnection::*attempt)());
     bool Probe();
+    void SetSynchronousAgain();
+    void UseBusyWait();
 
     void Update(int line, const std::string& sql, int* returnedRows);
     bool CreateMissing(const quorbel::TableDescription& table);
@@ -171,7 +174,8 @@ private:
 
     std::unique_ptr<quorbel::SqliteConnection> connection_;
     Sleep sleep_;
-    BusyWait busyWait_;
+    BusyWait busyWait_;               // null: SQLite's own waits
+    std::optional<int> synchronous_;  // null: SQLite's own level
     bool ready_ = false;
     bool inTransaction_ = false;
     bool exclusiveUse_ = false;
