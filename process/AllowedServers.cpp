@@ -76,12 +76,6 @@ constexpr std::string_view kSchemes[] = {"http", "https"};
 /// A server may decode these to what parts or leaves a directory.
 constexpr std::string_view kHidden[] = {"%2e", "%2f", "%5c"};
 
-std::string_view Trimmed(std::string_view line) {
-    const std::size_t first = line.find_first_not_of(kBlanks);
-    if (first == line.npos) return {};
-    return line.substr(first, line.find_last_not_of(kBlanks) - first + 1);
-}
-
 bool HidesSegments(const std::string& path) {
     for (std::size_t at = path.find('%'); at != path.npos; at = path.find('%', at + 1)) {
         const std::string_view code = std::string_view(path).substr(at, 3);
@@ -135,7 +129,7 @@ bool IsAbsent(const std::string& path) {
 AllowedServers::AllowedServers(std::string_view text) : hasFile_(true) {
     for (std::size_t number = 1; !text.empty() && problem_.empty(); ++number) {
         const std::size_t end = std::min(text.find('\n'), text.size());
-        const std::string_view line = Trimmed(text.substr(0, end));
+        const std::string line = TrimChars(text.substr(0, end), kBlanks);
         text.remove_prefix(std::min(end + 1, text.size()));
         if (line.empty() || line.starts_with('#')) continue;
         if (const auto prefix = ReadLine(line)) {

@@ -52,13 +52,14 @@ void CVCProcess::FinishCommand() {}
 
 int CVCProcess::Send(CommandParameters& command, std::string_view url, std::string_view url2,
                      std::string* outputCopy) {
+    ForgetPost();
     TextBuffer reply;
     PostReport report;
     const int result = command.lacksLine
                            ? kOutOfMemory
                            : PostForReply(reply, kOutputSize, command, {url, url2, caFilePath_}, &report);
     const char* output = command.lacksLine ? TransportErrorText(kOutOfMemory) : OutputOf(reply);
-    lastPost_ = report;
+    if (!command.lacksLine && !url.empty()) lastPost_ = report;
     lastOutput_ = std::string_view(output).substr(0, kKeptOutput);
     if (result != 0) {
         ReportFailure(output);

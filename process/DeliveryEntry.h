@@ -13,7 +13,7 @@ namespace quorbel {
 /// How far a request got, in the journal's words.
 enum class Outcome {
     Sending,       ///< about to be posted; followed by an entry of another outcome unless the run ended hard
-    Answered,      ///< a whole HTTP answer came
+    Answered,      ///< an HTTP answer came, whole as far as it tells its length
     NotConnected,  ///< nothing left this machine: safe to send again
     Unknown,       ///< something was sent and no whole answer came: may have been executed
     Refused,       ///< a fault before any post

@@ -48,7 +48,7 @@ std::string EncodeFormText(std::string_view text, std::size_t capacity) {
 
     encoded.reserve(std::min(text.size(), capacity));
     for (const char c : text) {
-        if (encoded.size() + 4 >= capacity) break;  // the server's fields end here
+        if (encoded.size() + 4 >= capacity) break;  // kept for compatibility
         const auto byte = static_cast<unsigned char>(c);
         if (TravelsUnchanged(c)) {
             encoded += c;
@@ -95,9 +95,11 @@ PostAttempt PostOnce(const PostTarget& target, CommandParameters& command, TextB
     return attempt;
 }
 
-/// Memory that is short here is no reason to ask another server: the first may have executed the command.
-bool IsForAnother(int code) {
-    return code != CURLE_OK && code != CURLE_OUT_OF_MEMORY;
+/// Memory that is short here is no reason to ask another server: the first may have executed the command. The transport
+/// library uses the same code for a server that sends too long a line in its header.
+bool IsForAnother(const PostAttempt& attempt, const TextBuffer& reply) {
+    const bool isShortHere = attempt.httpStatus == 0 || reply.LacksMemory();
+    return attempt.code != CURLE_OK && !(attempt.code == CURLE_OUT_OF_MEMORY && isShortHere);
 }
 
 }  // namespace
@@ -140,7 +142,7 @@ int PostForReply(TextBuffer& reply, std::size_t size, CommandParameters& command
     reply.LimitTo(static_cast<int>(std::min<std::size_t>(size + kSpareCapacity, INT_MAX)));
     PostReport did;
     did.primary = PostOnce({to.url, to.caFile}, command, reply);
-    if (IsForAnother(did.primary.code) && !to.url2.empty()) {
+    if (IsForAnother(did.primary, reply) && !to.url2.empty()) {
         did.secondary = PostOnce({to.url2, to.caFile}, command, reply);
     }
     if (report != nullptr) *report = did;

@@ -121,8 +121,8 @@ void BeginAnew(Record& record) {
 }
 
 /// The place for process-wide start-up, and for its counterpart at the end.
-bool StartUp() {
-    return mallopt(M_MMAP_THRESHOLD, kReturnedAtOnce) == 1;
+void StartUp() {
+    [[maybe_unused]] static const int once = mallopt(M_MMAP_THRESHOLD, kReturnedAtOnce);
 }
 void ShutDown() {}
 

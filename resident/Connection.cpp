@@ -35,9 +35,19 @@ void LimitPauses(int connection, milliseconds pause) {
     setsockopt(connection, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
 }
 
-/// /dev/null, open for the rest of the process.
+/// Opens /dev/null above the standard streams. One of them that was closed at the start leads there, too: the next file
+/// that is opened would get its number, and with it what is printed.
+int OpenNowhere() {
+    int descriptor = -1;
+    do {
+        descriptor = open("/dev/null", O_RDWR | O_CLOEXEC);
+    } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
+    return descriptor;
+}
+
+/// For the rest of the process.
 int Nowhere() {
-    static const int descriptor = open("/dev/null", O_RDWR | O_CLOEXEC);
+    static const int descriptor = OpenNowhere();
     return descriptor;
 }
 
@@ -69,7 +79,7 @@ StandardStreams::StandardStreams(int connection, milliseconds pause) {
 }
 
 StandardStreams::~StandardStreams() {
-    std::fflush(stdout);
+    if (std::ferror(stdout) == 0) std::fflush(stdout);
     __fpurge(stdout);  // a failed flush keeps the text, and the next client would get it
     __fpurge(stdin);
     std::clearerr(stdout);

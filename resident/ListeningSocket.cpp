@@ -12,6 +12,7 @@
 #include <stdexcept>
 
 #include "CVException.h"
+#include "src/Descriptor.h"
 
 namespace quorbel {
 
@@ -65,12 +66,13 @@ int NewSocket() {
     return descriptor;
 }
 
-/// Whoever may still listen there holds no lock: another program, or an instance of another mount.
+/// Whoever may still listen there holds no lock: another program, an instance of another mount, or a worker that serves
+/// its last request after its parent was killed. Only a refusal says that nobody does; a socket of another kind or
+/// another user's is alive for all one can tell.
 bool SomebodyListens(const sockaddr_un& address) {
-    const int descriptor = NewSocket();
-    const bool connected = connect(descriptor, Generic(address), sizeof address) == 0 || errno == EAGAIN;
-    close(descriptor);
-    return connected;
+    const Descriptor asking(NewSocket());
+    return connect(asking, Generic(address), sizeof address) == 0 ||
+           (errno != ECONNREFUSED && errno != ENOENT);
 }
 
 /// Deletes the socket file of a dead process.

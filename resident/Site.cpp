@@ -2,11 +2,13 @@
 
 #include <unistd.h>
 
-#include <cstring>
 #include <stdexcept>
 
 #include "CVException.h"
+#include "syslib/LogConfig.h"
+#include "syslib/LogPaths.h"
 #include "util/SpoolDirectories.h"
+#include "util/StringRoutines.h"
 
 namespace quorbel {
 
@@ -15,6 +17,32 @@ namespace {
 constexpr char kPrograms[] = "/web/cgi-bin";
 constexpr char kConfiguration[] = "../../config";
 constexpr char kDirectoryFile[] = "../../config/dir";
+constexpr char kModule[] = "SOAP";
+
+/// Also takes its log directory.
+void CheckDirectoryFile() {
+    DirectoryTable directories = {};
+    try {
+        const std::size_t queues = ReadDirectories(kDirectoryFile, directories);
+        SetDefaultLogPath(DirectoryOf(directories, DirectorySlot::Log));
+        if (queues > 0 || access(kDirectoryFile, R_OK | W_OK) == 0) return;
+    } catch (const CVException& failure) {
+        throw std::runtime_error("config/dir: " + failure.GetMessage() + " " + failure.GetSystemMessage());
+    }
+    throw std::runtime_error("config/dir: names no queue and cannot be written");
+}
+
+/// Why no request could write its log; empty when each can. A section that is missing is what its program adds.
+std::string WhyNoLog() {
+    const std::string path = LogConfigPath(kConfiguration);
+    if (access(path.c_str(), F_OK) != 0)
+        return WhyNotWritable(DefaultLogPath(LogFileName(kModule), kConfiguration));
+    LogConfig config(kConfiguration);
+    for (const std::string& module : config.Modules()) {
+        if (EqualNoCase(module, kModule)) return config.Find(module).destination.notReady;
+    }
+    return WhyNotWritable(DefaultLogPath(LogFileName(kModule), kConfiguration));
+}
 
 }  // namespace
 
@@ -28,16 +56,9 @@ void EnterSite(const std::string& site) {
 }
 
 void CheckSite() {
-    DirectoryTable directories = {};
-    try {
-        ReadDirectories(kDirectoryFile, directories);
-    } catch (const CVException& failure) {
-        throw std::runtime_error("config/dir: " + failure.GetMessage() + " " + failure.GetSystemMessage());
-    }
-    const std::string logs = DirectoryOf(directories, DirectorySlot::Log);
-    if (access(logs.empty() ? "." : logs.c_str(), W_OK | X_OK) != 0) {
-        throw std::runtime_error("log directory " + logs + ": " + GetSystemErrorText());
-    }
+    CheckDirectoryFile();
+    const std::string reason = WhyNoLog();
+    if (!reason.empty()) throw std::runtime_error("log of SOAP: " + reason);
 }
 
 }  // namespace quorbel

@@ -140,7 +140,7 @@ void Supervisor::BecomeWorker(std::size_t place, pid_t parent) noexcept {
     try {
         work_(place);
     } catch (...) {
-        ReportCaughtException("Worker", "quorbel-soapd", "Unknown Error");
+        ReportCaughtException("Worker", kServiceName, "Unknown Error");
         _exit(1);
     }
     _exit(0);
@@ -186,8 +186,9 @@ void Supervisor::ReportEnd(std::size_t place, int status) {
         ReportError("a worker ended with status " + std::to_string(WEXITSTATUS(status)) + " " +
                     DescribeWork(state, board_.Note(place)));
     }
-    // What ends before it is ready would end again and again.
-    if (state == WorkerState::Starting && !children_[place].asked)
+    // What cannot work, or ends before it is ready, would end again and again.
+    const bool cannotWork = WIFEXITED(status) && WEXITSTATUS(status) != 0;
+    if ((state == WorkerState::Starting || cannotWork) && !children_[place].asked)
         notBefore_ = Clock::now() + kPauseAfterFailure;
 }
 

@@ -14,6 +14,7 @@
 #include <new>
 #include <utility>
 
+#include "CVException.h"
 #include "resident/Connection.h"
 #include "resident/Report.h"
 #include "syslib/LogReport.h"
@@ -32,6 +33,12 @@ bool memoryRanOut = false;
     throw std::bad_alloc();
 }
 
+/// A worker that cannot work says so and ends, and the parent waits before it starts the next one.
+int Made(int result, const char* whatFailed) {
+    if (result < 0) throw CVException("Worker", __LINE__, whatFailed, GetSystemErrorText());
+    return result;
+}
+
 /// Signals wait while a request is served: none may break into a post or an answer.
 int WorkerSignals() {
     for (const int ignored : {SIGPIPE, SIGINT, SIGHUP, SIGUSR1}) std::signal(ignored, SIG_IGN);
@@ -39,25 +46,24 @@ int WorkerSignals() {
     sigemptyset(&end);
     sigaddset(&end, SIGTERM);
     sigprocmask(SIG_SETMASK, &end, nullptr);
-    return signalfd(-1, &end, SFD_CLOEXEC | SFD_NONBLOCK);
+    return Made(signalfd(-1, &end, SFD_CLOEXEC | SFD_NONBLOCK), "no descriptor for signals");
 }
 
 /// A large request must not leave a large worker behind.
 void GiveMemoryBack() {
-    constexpr int kFromItsOwnPages = 1 << 20;
-    mallopt(M_MMAP_THRESHOLD, kFromItsOwnPages);
-    mallopt(M_TRIM_THRESHOLD, kFromItsOwnPages);
+    constexpr int kMostKept = 1 << 20;
+    mallopt(M_TRIM_THRESHOLD, kMostKept);
 }
 
 int Watch(int listener, int signals) {
-    const int events = epoll_create1(EPOLL_CLOEXEC);
+    const int events = Made(epoll_create1(EPOLL_CLOEXEC), "no descriptor for events");
     epoll_event event = {};
     event.data.fd = listener;
     event.events = EPOLLIN | EPOLLEXCLUSIVE;  // one connection wakes one worker
-    epoll_ctl(events, EPOLL_CTL_ADD, listener, &event);
+    Made(epoll_ctl(events, EPOLL_CTL_ADD, listener, &event), "cannot watch the socket");
     event.data.fd = signals;
     event.events = EPOLLIN;
-    epoll_ctl(events, EPOLL_CTL_ADD, signals, &event);
+    Made(epoll_ctl(events, EPOLL_CTL_ADD, signals, &event), "cannot watch for signals");
     return events;
 }
 
@@ -90,7 +96,7 @@ void Worker::Run() {
     DetachStandardStreams();
     static char output[1 << 16];
     std::setvbuf(stdout, output, _IOFBF, sizeof output);
-    for (int served = 0; served < settings_.requests; ++served) {
+    for (int served = 0; served < settings_.requests || board_.IsDraining(); ++served) {
         setproctitle("idle, %d served", served);
         board_.SetState(place_, WorkerState::Idle);
         const int connection = NextConnection();
@@ -119,10 +125,10 @@ void Worker::AwaitConnection() {
 
 int Worker::Accept() {
     const int connection = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
-    if (connection < 0 && errno != EAGAIN && errno != EINTR && errno != ECONNABORTED) {
-        asked_ = true;  // the socket was shut, or this process has no descriptor left
-    }
-    return connection;
+    if (connection >= 0 || errno == EAGAIN || errno == EINTR || errno == ECONNABORTED) return connection;
+    if (errno != EINVAL) Made(connection, "cannot take a connection");  // no descriptor is left, for example
+    asked_ = true;                                                      // the socket was shut
+    return kNone;
 }
 
 bool Worker::Serve(int connection) {

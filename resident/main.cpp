@@ -4,12 +4,11 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
-#include <cerrno>
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
@@ -34,17 +33,28 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr int kWrongUsage = 2;
+constexpr std::int64_t kMostWorkers = 4096;
+constexpr std::int64_t kUsualSpare = 8;
 
 struct Options {
     std::string site;
     std::string socket = "/run/quorbel/soapd.sock";
     std::int64_t workers = 128;
-    std::int64_t spare = 8;
+    std::int64_t spare = 0;  ///< not given: eight, or fewer workers
     std::int64_t requestsPerWorker = 500;
     std::chrono::milliseconds headerTimeout = 10s;
     std::chrono::milliseconds bodyTimeout = 60s;
     bool checkOnly = false;
 };
+
+/// With the value that holds when the option is not given.
+std::string Help(const char* help, std::int64_t standard) {
+    return std::string(help) + "; default: " + std::to_string(standard);
+}
+
+std::string Help(const char* help, std::chrono::milliseconds standard) {
+    return Help(help, std::chrono::floor<std::chrono::seconds>(standard).count());
+}
 
 CommandLine CommandLineOf(Options& options) {
     return {
@@ -56,21 +66,29 @@ CommandLine CommandLineOf(Options& options) {
                 {"--socket", "PATH",
                  "Unix socket to make, unless one is handed over (LISTEN_FDS); default: " + options.socket,
                  &options.socket},
-                {"--workers", "N", "Workers at most, 1 to 4096; default: 128",
-                 NumberTarget{&options.workers, 1, 4096}},
-                {"--spare", "N", "Idle workers to keep ready; default: 8",
-                 NumberTarget{&options.spare, 1, 4096}},
-                {"--requests-per-worker", "N", "Requests before a worker is replaced; default: 500",
+                {"--workers", "N", Help("Workers at most, 1 to 4096", options.workers),
+                 NumberTarget{&options.workers, 1, kMostWorkers}},
+                {"--spare", "N", Help("Idle workers to keep ready, at most as many", kUsualSpare),
+                 NumberTarget{&options.spare, 1, kMostWorkers}},
+                {"--requests-per-worker", "N",
+                 Help("Requests before a worker is replaced, 1 to a billion", options.requestsPerWorker),
                  NumberTarget{&options.requestsPerWorker, 1, 1000000000}},
-                {"--header-timeout", "SECONDS", "For a request's header, 0.001 to 86400; default: 10",
+                {"--header-timeout", "SECONDS",
+                 Help("For a request's header, 0.001 to 86400", options.headerTimeout),
                  SecondsTarget{&options.headerTimeout, 0.001, 86400}},
-                {"--body-timeout", "SECONDS", "Without a byte of a body or for an answer; default: 60",
+                {"--body-timeout", "SECONDS",
+                 Help("Without a byte of a body or for an answer, 0.001 to 86400", options.bodyTimeout),
                  SecondsTarget{&options.bodyTimeout, 0.001, 86400}},
                 {"--check", "", "Look at options and site, then exit", &options.checkOnly},
             },
         .commands = {},
         .run = {},
     };
+}
+
+void Complete(Options& options) {
+    if (options.spare == 0) options.spare = std::min(kUsualSpare, options.workers);
+    if (options.spare > options.workers) throw UsageError("--spare is more than --workers");
 }
 
 SupervisorSettings SettingsOfSupervisor(const Options& options) {
@@ -155,15 +173,15 @@ int main(int argc, char** argv) {
     try {
         Options options;
         if (!ReadOptions(CommandLineOf(options), argc, argv)) return 0;
-        if (options.spare > options.workers) throw UsageError("--spare is more than --workers");
+        Complete(options);
         if (options.checkOnly) {
             Check(options);
         } else {
             Run(options, argv);
         }
         return 0;
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s: %s\n", kServiceName, error.what());
+    } catch (...) {
+        std::fprintf(stderr, "%s: %s\n", kServiceName, ReasonOfFailure().c_str());
         return kWrongUsage;
     }
 }

@@ -12,9 +12,10 @@ namespace {
 enum class Answer { None, Response, Fault };
 Answer answer = Answer::None;
 
-/// Output errors go unnoticed: there is no other way to the client.
+/// Output errors go unnoticed: there is no other way to the client. After one nothing is written: each further piece
+/// could wait as long again for a client that takes nothing.
 void Write(std::string_view piece) {
-    std::fwrite(piece.data(), 1, piece.size(), stdout);
+    if (std::ferror(stdout) == 0) std::fwrite(piece.data(), 1, piece.size(), stdout);
 }
 
 }  // namespace

@@ -115,6 +115,14 @@ bool OpenKept(LockedPath& taken, const char* path) {
     return true;
 }
 
+/// A program that becomes a daemon closes every descriptor, and the number may belong to another file by now.
+void ForgetUnlessStillOurs(LockedPath& taken) {
+    struct stat open = {};
+    if (taken.kept < 0) return;
+    if (fstat(taken.kept, &open) != 0 || open.st_dev != taken.device || open.st_ino != taken.number)
+        taken.kept = -1;
+}
+
 void CloseKept(LockedPath& taken) {
     CloseKeepingErrno(taken.kept);
     taken.kept = -1;
@@ -125,6 +133,7 @@ enum class Answer { Granted, Busy, Useless };
 /// Asks the kernel once; `errno` tells the cause unless it grants the lock.
 Answer AskKernel(LockedPath& taken, const char* path) {
     constexpr int kRounds = 100;
+    ForgetUnlessStillOurs(taken);
     for (int round = 0; round < kRounds; ++round) {
         if (taken.kept < 0 && !OpenKept(taken, path)) {
             const bool passing = errno == EINTR || errno == EMFILE || errno == ENFILE;

@@ -13,8 +13,8 @@
 /// size. docs/log-files.md describes the files.
 ///
 /// Every entry takes the lock "<file>.lock", opens the file, writes one whole line and closes it again:
-/// nothing is held between entries, so the file may be moved or deleted at any time, and the writer may be
-/// carried over a fork. An entry waits for the lock as long as LogWaits.h tells.
+/// between entries the log is not open and no lock is held (the lock's file stays open), so the log may be moved
+/// or deleted at any time, and the writer may be carried over a fork. An entry waits for the lock as long as LogWaits.h tells.
 class CVsysEventLogFileWriter : public CVsysEventLogWriterInterface {
 public:
     /// `identity` is the name that failures to set it up are listed under in the system log; failures to write

@@ -1,11 +1,17 @@
 #include "syslib/LogRegistry.h"
 
+#include <pthread.h>
+
 #include <algorithm>
 
 namespace quorbel {
 
 LogRegistry& LogRegistry::OfProcess() {
     static auto* const registry = new LogRegistry;
+    // A thread that is in here while another one forks must not leave the mutex taken in the child.
+    [[maybe_unused]] static const int registered =
+        pthread_atfork([] { registry->mutex_.lock(); }, [] { registry->mutex_.unlock(); },
+                       [] { registry->mutex_.unlock(); });
     return *registry;
 }
 

@@ -9,7 +9,7 @@ namespace quorbel {
 FileStamp::FileStamp(const std::string& path) {
     struct stat status {};
     isReliable_ = true;
-    if (path.empty() || stat(path.c_str(), &status) != 0) return;
+    if (path.empty() || (stat(path.c_str(), &status) != 0 && lstat(path.c_str(), &status) != 0)) return;
     device_ = status.st_dev;
     number_ = status.st_ino;
     size_ = status.st_size;

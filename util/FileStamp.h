@@ -14,7 +14,8 @@ class FileStamp {
 public:
     /// Of nothing that was looked at.
     FileStamp() = default;
-    /// Of what stands at `path`; nothing that can be looked at there has a stamp, too, and any file differs from it.
+    /// Of what stands at `path`: the file, or a link that leads to none. Nothing that can be looked at there has a stamp,
+    /// too, and anything differs from it.
     explicit FileStamp(const std::string& path);
 
     bool operator==(const FileStamp& other) const;

@@ -195,8 +195,8 @@ int LoadDirectoryConfig(const char* fileName, DirectoryTable& table) try {
 
 namespace quorbel {
 
-void ReadDirectories(const std::string& path, DirectoryTable& table) {
-    ReadDirectoryFile(path, table);
+std::size_t ReadDirectories(const std::string& path, DirectoryTable& table) {
+    return ReadDirectoryFile(path, table).size();
 }
 
 }  // namespace quorbel

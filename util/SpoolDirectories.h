@@ -69,8 +69,9 @@ int LoadDirectoryConfig(const char* fileName, quorbel::DirectoryTable& table);
 
 namespace quorbel {
 
-/// Reads the file at `path` into `table` alone: no queue, no rewriting. Throws CVioException.
-void ReadDirectories(const std::string& path, DirectoryTable& table);
+/// Reads the file at `path` into `table` alone: keeps no queue and rewrites nothing. Gives how many queues it names; the
+/// programs complete a file that names none. Throws CVioException.
+std::size_t ReadDirectories(const std::string& path, DirectoryTable& table);
 
 }  // namespace quorbel
 

@@ -152,4 +152,9 @@ TEST(AllowedServers, OfTheSiteFollowItsFile) {
     EXPECT_FALSE(SiteServers().Permits("http://a.example/"));
     fs::remove(dir / "servers");
     EXPECT_TRUE(SiteServers().Permits("http://a.example/"));
+    fs::create_symlink("nowhere", dir / "servers");
+    EXPECT_FALSE(SiteServers().Permits("http://a.example/"))
+        << "a link that leads nowhere is no missing file";
+    fs::remove(dir / "servers");
+    EXPECT_TRUE(SiteServers().Permits("http://a.example/"));
 }

@@ -67,14 +67,15 @@ TEST(HttpPoster, TurnsBackslashesOfTheAddress) {
 
 TEST(HttpPoster, FailsOverOnAnyFailure) {
     LoopbackServer cut({.body = "partial", .missing = 100});
+    LoopbackServer longLine({.location = std::string(150000, 'x')});
     LoopbackServer second({.body = "second"});
     for (const std::string& first :
-         {DeadUrl(), cut.Url(), std::string("no address"), std::string("ftp://x/")}) {
+         {DeadUrl(), cut.Url(), longLine.Url(), std::string("no address"), std::string("ftp://x/")}) {
         const auto posted = Post(CommandWith({"a=1"}), first, second.Url());
         EXPECT_EQ(posted.code, 0) << first;
         EXPECT_EQ(posted.output, "second") << first;
     }
-    EXPECT_THAT(second.Bodies(), ElementsAre("a=1", "a=1", "a=1", "a=1"));
+    EXPECT_THAT(second.Bodies(), ElementsAre("a=1", "a=1", "a=1", "a=1", "a=1"));
 }
 
 TEST(HttpPoster, TellsTheLastFailure) {

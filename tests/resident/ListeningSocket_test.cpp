@@ -21,13 +21,15 @@ namespace fs = std::filesystem;
 namespace {
 
 /// A listening socket as another program makes it.
-int Listen(const std::string& path) {
+int Listen(const std::string& path, int type = SOCK_STREAM) {
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
     path.copy(address.sun_path, sizeof address.sun_path - 1);
-    const int descriptor = socket(AF_UNIX, SOCK_STREAM, 0);
+    const int descriptor = socket(AF_UNIX, type, 0);
     EXPECT_EQ(bind(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-    EXPECT_EQ(listen(descriptor, 5), 0);
+    if (type == SOCK_STREAM) {
+        EXPECT_EQ(listen(descriptor, 5), 0);
+    }
     return descriptor;
 }
 
@@ -50,6 +52,11 @@ TEST(ListeningSocket, ReplacesWhatADeadProcessLeftAndNothingElse) {
     EXPECT_THROW(ListeningSocket{path}, std::runtime_error) << "somebody without the lock listens";
     EXPECT_TRUE(fs::exists(path));
     close(other);
+    fs::remove(path);
+    const int datagrams = Listen(path, SOCK_DGRAM);
+    EXPECT_THROW(ListeningSocket{path}, std::runtime_error) << "a living socket of another kind";
+    EXPECT_TRUE(fs::exists(path));
+    close(datagrams);
     fs::remove(path);
     dir.Write("soapd.sock", "a file");
     EXPECT_THROW(ListeningSocket{path}, std::runtime_error);

@@ -102,6 +102,11 @@ TEST_F(WorkerTest, EndsAfterWhateverMayLeaveSomethingBehind) {
     }
 }
 
+TEST_F(WorkerTest, WithoutASocketToWatchIsAFailureAndNoEnd) {
+    child_ = StartChild([&] { Worker(-1, wake_, board_, 0, {}, {}).Run(); });
+    EXPECT_EQ(WaitForChild(child_), Child::Threw);
+}
+
 TEST_F(WorkerTest, WhatOneClientDidNotTakeIsNotTheNextOnes) {
     Start({.requests = 3});
     {

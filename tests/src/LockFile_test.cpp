@@ -1,5 +1,6 @@
 #include "LockFile.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -42,6 +43,19 @@ TEST(LockFile, KeepsOtherProcessesOutUntilItEnds) {
     }
     EXPECT_EQ(InChildProcess([&] { TakeOnce(path); }), Child::Finished) << "the lock outlived its object";
     EXPECT_TRUE(fs::exists(path)) << "the lock file itself stays in place";
+}
+
+TEST(LockFile, HoldsAlsoWhenItsKeptDescriptorWasGivenToAnotherFile) {
+    const TempDir dir;
+    const std::string path = fs::canonical(dir.Path()) / "a.lock";
+    TakeOnce(path);
+    const int other = open(dir.Write("other", "").c_str(), O_RDWR);
+    for (int kept = 3; kept < other; ++kept) {
+        std::error_code closed;
+        if (fs::read_symlink("/proc/self/fd/" + std::to_string(kept), closed) == path) dup2(other, kept);
+    }
+    const LockFile held(path);
+    EXPECT_EQ(InChildProcess([&] { TakeOnce(path); }), Child::Threw);
 }
 
 TEST(LockFile, KeepsOutThreadsThatSpellThePathOtherwise) {

@@ -2,11 +2,15 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <map>
 #include <random>
 #include <sstream>
+#include <thread>
 
 #include "syslib/CVsysEventLogInterface.h"
+#include "syslib/LogRegistry.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/RunTogether.h"
 #include "tests/support/TempDir.h"
 
@@ -51,6 +55,22 @@ std::map<std::string, int> LinesOf(const TempDir& dir) {
 }  // namespace
 
 // The file is archived every few entries while programs start, end and are killed.
+TEST(SharedLog, IsFoundInAChildThatIsForkedBesideAThreadThatLooksItUp) {
+    std::atomic<bool> done{false};
+    std::thread busy([&] {
+        while (!done) LogRegistry::OfProcess().Default();
+    });
+    for (int i = 0; i < 50; ++i) {
+        EXPECT_EQ(InChildProcess([] {
+                      alarm(5);
+                      LogRegistry::OfProcess().Default();
+                  }),
+                  Child::Finished);
+    }
+    done = true;
+    busy.join();
+}
+
 TEST(SharedLog, HoldsEachEntryOfEveryProgramThatEndedExactlyOnce) {
     const TempDir dir;
     dir.Write("cvlogs.ini", "[SOAP]\nfilePath=" + dir.Path() +

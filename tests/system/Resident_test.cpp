@@ -346,6 +346,39 @@ TEST(Resident, StopLetsRunningRequestsEnd) {
     EXPECT_EQ(resident.Stop(), 0);
 }
 
+TEST(Resident, StopServesWhatWaitsInItsOwnQueueWhateverAWorkersNumberOfRequests) {
+    const LoopbackServer server;
+    const FrontEnd frontEnd;
+    ResidentProgram resident(frontEnd.Site().Path(), {"--workers=1", "--requests-per-worker=1"});
+    SlowRequest slow(resident.Socket());
+    const std::string request = MessageTo(server.Url());
+    std::vector<std::unique_ptr<ScgiClient>> waiting;
+    for (int i = 0; i < 4; ++i) {
+        waiting.push_back(std::make_unique<ScgiClient>(resident.Socket()));
+        waiting.back()->Send(ScgiHeaderText(WithId("waiting"), request.size()) + request);
+    }
+    kill(resident.Pid(), SIGTERM);
+    EXPECT_TRUE(Eventually([&] { return !fs::exists(resident.Socket()); }));
+    EXPECT_TRUE(IsWhole(slow.Answer()));
+    for (const auto& client : waiting) EXPECT_TRUE(IsWhole(client->Receive()));
+    EXPECT_EQ(resident.Stop(), 0);
+}
+
+TEST(Resident, EndsEachAnswerAlsoWhenItWasStartedWithoutStandardStreams) {
+    const LoopbackServer server;
+    const FrontEnd frontEnd;
+    for (const std::string closed : {"<&-", ">&-", "<&- >&-", "2>&-", "<&- >&- 2>&-"}) {
+        SCOPED_TRACE(closed);
+        const std::string program = frontEnd.Site() / "start";
+        frontEnd.Site().Write("start", "#!/bin/sh\nexec " QUORBEL_SOAPD " \"$@\" " + closed + "\n");
+        fs::permissions(program, fs::perms::owner_all);
+        const ResidentProgram resident(frontEnd.Site().Path(), {"--workers=1"}, -1, program);
+        for (int i = 0; i < 2; ++i) {
+            EXPECT_TRUE(IsWhole(AskByScgi(resident.Socket(), MessageTo(server.Url()), WithId("1"))));
+        }
+    }
+}
+
 TEST(Resident, WrongUsageIsToldInOneLine) {
     const FrontEnd frontEnd;
     const ResidentProgram running(frontEnd.Site().Path(), {"--spare=1"});
@@ -358,7 +391,7 @@ TEST(Resident, WrongUsageIsToldInOneLine) {
         {{"--site", site, "--header-timeout", "x"}, "--header-timeout"},
         {{"--site", site, "--header-timeout", "0"}, "is not between 0.001 and 86400 seconds"},
         {{"--site", site, "--body-timeout", "nan"}, "is not between 0.001 and 86400 seconds"},
-        {{"--site", site, "--fork"}, "--fork"},
+        {{"--site", site, "--fork\x1b"}, "--fork<ESC>"},
         {{"--site", site, "--socket", running.Socket()}, "another instance has it"},
         {{"--site", site, "--socket", "/nonexistent/s"}, "lock file cannot be made: No such file"},
     };
@@ -369,8 +402,17 @@ TEST(Resident, WrongUsageIsToldInOneLine) {
         EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 1) << errors;
     }
     std::string errors;
+    EXPECT_EQ(ExitStatus({"--site", site, "--workers", "4", "--check"}, errors), 0) << errors;
+    frontEnd.Site().Write("config/cvlogs.ini", "[SOAP]\nwriter=sqlite\n");
+    EXPECT_EQ(ExitStatus({"--site", site, "--check"}, errors), 2);
+    EXPECT_THAT(errors, HasSubstr("log of SOAP: "));
+    for (const char* ini : {"[SOAP]\nwriter=file\n", ""}) {
+        frontEnd.Site().Write("config/cvlogs.ini", ini);
+        EXPECT_EQ(ExitStatus({"--site", site, "--check"}, errors), 0) << errors;
+    }
+    fs::remove(frontEnd.Site() / "config/cvlogs.ini");
     EXPECT_EQ(ExitStatus({"--site", site, "--check"}, errors), 0) << errors;
     fs::remove_all(frontEnd.Site() / "logs");
     EXPECT_EQ(ExitStatus({"--site", site, "--check"}, errors), 2);
-    EXPECT_THAT(errors, HasSubstr("log directory"));
+    EXPECT_THAT(errors, HasSubstr("log of SOAP: "));
 }

@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <fstream>
 
 #include "CVException.h"
 #include "tools/check/Finding.h"
@@ -22,17 +21,8 @@ bool Allows(const std::string& path, int mode) {
 }
 
 // Without a queue the front end completes the file, and refuses all requests when it may not.
-bool NamesAQueue(const std::string& path) {
-    std::ifstream file(path);
-    for (std::string line; std::getline(file, line);) {
-        const std::size_t digits = line.find_first_not_of("0123456789", line.starts_with('-') ? 1 : 0);
-        if (digits != line.npos && digits > 0 && line[digits] == '\t') return true;
-    }
-    return false;
-}
-
-Finding CheckFile(const std::string& path) {
-    if (NamesAQueue(path) || Allows(path, R_OK | W_OK)) return {State::Ok, "dir", path + " can be used"};
+Finding CheckFile(const std::string& path, std::size_t queues) {
+    if (queues > 0 || Allows(path, R_OK | W_OK)) return {State::Ok, "dir", path + " can be used"};
     return {State::Critical, "dir", path + " names no queue and cannot be written: every request is refused"};
 }
 
@@ -78,14 +68,15 @@ Finding CheckRoom(const std::string& point, const std::string& path) {
 Findings CheckDirectories(const Site& site) {
     const std::string path = site.config + "/dir";
     DirectoryTable table = {};
+    std::size_t queues = 0;
     try {
-        ReadDirectories(path, table);
+        queues = ReadDirectories(path, table);
     } catch (const CVioException& failure) {
         return {{State::Critical, "dir",
                  failure.GetIoPath() + ": " + failure.GetSystemMessage() + ": every request is refused"}};
     }
     const std::string logs = DirectoryOf(table, DirectorySlot::Log);
-    Findings findings = {CheckFile(path), CheckDirectory("logs", logs, /*isPrivate=*/true)};
+    Findings findings = {CheckFile(path, queues), CheckDirectory("logs", logs, /*isPrivate=*/true)};
     if (findings.back().state != State::Critical) findings.push_back(CheckRoom("room for logs", logs));
     const std::string spool = DirectoryOf(table, DirectorySlot::Spool);
     if (spool.empty()) return findings;  // known by its queue only

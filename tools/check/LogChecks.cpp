@@ -6,10 +6,10 @@
 #include <stdexcept>
 #include <thread>
 
+#include "syslib/LogConfig.h"
 #include "syslib/LogPaths.h"
 #include "tools/check/Finding.h"
 #include "tools/cvlogs/LikelyMistakes.h"
-#include "tools/cvlogs/LogConfig.h"
 #include "util/StringRoutines.h"
 
 namespace quorbel {

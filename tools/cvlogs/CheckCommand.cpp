@@ -7,9 +7,9 @@
 #include <utility>
 #include <vector>
 
+#include "syslib/LogConfig.h"
 #include "tools/cvlogs/Commands.h"
 #include "tools/cvlogs/LikelyMistakes.h"
-#include "tools/cvlogs/LogConfig.h"
 #include "tools/operator/Output.h"
 #include "util/StringRoutines.h"
 

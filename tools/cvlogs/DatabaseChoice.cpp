@@ -11,7 +11,7 @@
 #include "cvdblib/sqlite3/src/CVSQLite3Database.h"
 #include "syslib/CVDBProcessorFatalException.h"
 #include "syslib/CVLogSQLiteProcessor.h"
-#include "tools/cvlogs/LogConfig.h"
+#include "syslib/LogConfig.h"
 #include "tools/operator/CommandLine.h"
 
 namespace quorbel {

@@ -1,10 +1,10 @@
 #include "tools/cvlogs/LogChoice.h"
 
+#include "syslib/LogConfig.h"
 #include "syslib/LogPaths.h"
 #include "tools/cvlogs/DatabaseChoice.h"
 #include "tools/cvlogs/DatabaseSource.h"
 #include "tools/cvlogs/FileSource.h"
-#include "tools/cvlogs/LogConfig.h"
 #include "tools/operator/CommandLine.h"
 
 namespace quorbel {

@@ -3,8 +3,8 @@
 
 #include "PathRoutines.h"
 #include "syslib/CVsysEventLogInterface.h"
+#include "syslib/LogConfig.h"
 #include "tools/cvlogs/Commands.h"
-#include "tools/cvlogs/LogConfig.h"
 #include "tools/operator/CommandLine.h"
 #include "tools/operator/Text.h"
 

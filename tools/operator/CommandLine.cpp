@@ -124,8 +124,8 @@ std::string Joined(const std::string& message, const std::string& cause) {
     return cause.empty() ? message : message + ": " + cause;
 }
 
-/// What the exception that is being handled tells an operator.
-std::string Reason() {
+/// In its own words.
+std::string WordsOfFailure() {
     try {
         throw;
     } catch (const CVioException& failure) {
@@ -146,6 +146,10 @@ std::string OwnSite() {
     return std::filesystem::read_symlink("/proc/self/exe", unknown).parent_path().parent_path();
 }
 
+std::string ReasonOfFailure() {
+    return Visible(WordsOfFailure());
+}
+
 bool ReadOptions(const CommandLine& line, int argc, char** argv) {
     CLI::App app{line.help, line.name};
     Declare(app, line);
@@ -155,6 +159,7 @@ bool ReadOptions(const CommandLine& line, int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() != 0) throw UsageError(error.what());
         app.exit(error);
+        FlushOutput();
         return false;
     }
 }
@@ -166,7 +171,7 @@ int RunTool(const CommandLine& line, int argc, char** argv) {
         return Parse(app, argc, argv);
     } catch (...) {
         FinishOutput();  // what was printed before it failed comes first
-        std::fprintf(stderr, "%s: %s\n", line.name, Visible(Reason()).c_str());
+        std::fprintf(stderr, "%s: %s\n", line.name, ReasonOfFailure().c_str());
         return kFailed;
     }
 }

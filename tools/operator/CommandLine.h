@@ -81,6 +81,9 @@ std::string OwnSite();
 /// and printed. Throws UsageError.
 bool ReadOptions(const CommandLine& line, int argc, char** argv);
 
+/// What the exception that is being handled tells an operator, in one line without control characters.
+std::string ReasonOfFailure();
+
 /// Parses the command line and runs what it names. --help and --version are there for every command.
 ///
 /// Gives the program's exit status: 0 done, 1 when the command threw, with the reason on standard error, 2

@@ -42,11 +42,12 @@ void LeaveRecordsOfParent(pid_t self) {
     system->xSetSystemCall(system, "fstat", reinterpret_cast<sqlite3_syscall_ptr>(MarkedFstat));
 }
 
-// The library's own locks in the order in which it takes them. Held over a fork, none is left taken in the
-// child by a thread that does not run there.
-constexpr int kLibraryLocks[] = {SQLITE_MUTEX_STATIC_MAIN, SQLITE_MUTEX_STATIC_OPEN, SQLITE_MUTEX_STATIC_VFS1,
-                                 SQLITE_MUTEX_STATIC_VFS2, SQLITE_MUTEX_STATIC_VFS3, SQLITE_MUTEX_STATIC_LRU,
-                                 SQLITE_MUTEX_STATIC_PMEM, SQLITE_MUTEX_STATIC_PRNG, SQLITE_MUTEX_STATIC_MEM};
+// The library's own locks in the order in which it takes them: the generator of random numbers, for one, asks for the
+// file layer while it holds its own. Held over a fork, none is left taken in the child by a thread that does not run
+// there.
+constexpr int kLibraryLocks[] = {SQLITE_MUTEX_STATIC_OPEN, SQLITE_MUTEX_STATIC_VFS1, SQLITE_MUTEX_STATIC_VFS2,
+                                 SQLITE_MUTEX_STATIC_VFS3, SQLITE_MUTEX_STATIC_PRNG, SQLITE_MUTEX_STATIC_MAIN,
+                                 SQLITE_MUTEX_STATIC_LRU,  SQLITE_MUTEX_STATIC_PMEM, SQLITE_MUTEX_STATIC_MEM};
 
 void BeforeFork() {
     for (const int lock : kLibraryLocks) sqlite3_mutex_enter(sqlite3_mutex_alloc(lock));

@@ -1,4 +1,4 @@
-#include "tools/cvlogs/LogConfig.h"
+#include "syslib/LogConfig.h"
 
 #include <cerrno>
 #include <stdexcept>
