@@ -9,6 +9,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <semaphore>
 #include <thread>
 
 #include "CVconThread.h"
@@ -58,6 +59,32 @@ void Insert(CVSQLite3Database& database, int from, int to) {
             throw number;
     }
 }
+
+/// A thread that holds one of SQLite's locks for a moment, and then does nothing until it is destroyed: its
+/// end, or any other use of memory, could leave the allocator's locks taken in a child process as well.
+class LockHolder {
+public:
+    explicit LockHolder(int lock) : thread_([this, lock] { Hold(sqlite3_mutex_alloc(lock)); }) {
+        held_.acquire();
+    }
+    ~LockHolder() {
+        mayEnd_.release();
+        thread_.join();
+    }
+
+private:
+    void Hold(sqlite3_mutex* mutex) {
+        sqlite3_mutex_enter(mutex);
+        held_.release();
+        std::this_thread::sleep_for(milliseconds(30));
+        sqlite3_mutex_leave(mutex);
+        mayEnd_.acquire();
+    }
+
+    std::binary_semaphore held_{0};
+    std::binary_semaphore mayEnd_{0};
+    std::thread thread_;
+};
 
 /// Would wait for minutes, also where it cannot be ended.
 class PatientBody : public CVconDelegate {
@@ -232,22 +259,24 @@ TEST(CVSQLite3Database, LeavesATransactionOverAForkToTheParent) {
     EXPECT_EQ(RowsOf(dir / "x.sdb"), 1);
 }
 
-TEST(CVSQLite3Database, SurvivesForksWhileThreadsUseIt) {
+TEST(CVSQLite3Database, SurvivesForksWhileThreadsHoldTheLibrarysLocks) {
     TempDir dir;
     const CVSQLite3Database creator(dir / "x.sdb", {"t", "a"});
-    std::atomic<bool> stop{false};
-    std::thread busy([&] {
-        while (!stop) RowsOf(dir / "x.sdb");
-    });
-    for (int number = 0; number < 30; ++number) {
+    for (const int lock : {SQLITE_MUTEX_STATIC_MAIN, SQLITE_MUTEX_STATIC_MEM, SQLITE_MUTEX_STATIC_OPEN,
+                           SQLITE_MUTEX_STATIC_PRNG, SQLITE_MUTEX_STATIC_LRU, SQLITE_MUTEX_STATIC_PMEM,
+                           SQLITE_MUTEX_STATIC_VFS1, SQLITE_MUTEX_STATIC_VFS2, SQLITE_MUTEX_STATIC_VFS3}) {
+        LockHolder holder(lock);
         EXPECT_EQ(InChildProcess([&] {
+                      alarm(5);
+                      sqlite3_mutex* const mutex = sqlite3_mutex_alloc(lock);
+                      if (sqlite3_mutex_try(mutex) != SQLITE_OK) throw lock;
+                      sqlite3_mutex_leave(mutex);
                       CVSQLite3Database own(dir / "x.sdb");
-                      Insert(own, number, number + 1);
+                      Insert(own, lock, lock + 1);
                   }),
-                  Child::Finished);
+                  Child::Finished)
+            << lock;
     }
-    stop = true;
-    busy.join();
 }
 
 TEST(CVSQLite3Database, GivesUpABusyDatabaseWhenItsThreadIsKilled) {
