@@ -42,6 +42,7 @@ void WriteFault(std::string_view text) {
 
 void BeginAnswer() {
     answer = Answer::None;
+    std::clearerr(stdout);
 }
 
 }  // namespace quorbel
