@@ -78,11 +78,7 @@ const MessageCommand& MessageCommandOf(int code);
 /// Any letter case; an action without a row of its own is a standard send.
 const MessageCommand& MessageCommandOf(std::string_view action);
 
-}  // namespace quorbel
-
 // The loop over the tables: which requests are refused, and the commands of those that are not.
-
-namespace quorbel {
 
 /// Why an administration request may not be posted, as the text of a fault "2004"; null when it may. `method`
 /// is the SOAP method's name; messaging methods pass with any valid command word.

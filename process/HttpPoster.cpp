@@ -9,8 +9,6 @@
 
 #include "util/StringRoutines.h"
 
-using namespace quorbel;
-
 namespace quorbel {
 
 namespace {
@@ -72,8 +70,6 @@ TextBuffer BuildFormBody(std::span<const std::string> lines) {
     return body;
 }
 
-}  // namespace quorbel
-
 namespace {
 
 constexpr char kAttachmentField[] = "attach";
@@ -103,19 +99,6 @@ bool IsForAnother(const PostAttempt& attempt, const TextBuffer& reply) {
 }
 
 }  // namespace
-
-std::size_t Curl_GetCallBackResult(void* data, std::size_t, std::size_t count, void* user) noexcept {
-    if (data == nullptr || count == 0) return 0;
-    const char* bytes = static_cast<const char*>(data);
-    if (user == nullptr) {
-        std::fwrite(bytes, 1, count, stdout);
-    } else {
-        static_cast<TextBuffer*>(user)->Append(bytes, static_cast<int>(count));
-    }
-    return count;
-}
-
-namespace quorbel {
 
 const char* TransportErrorText(int code) {
     return curl_easy_strerror(static_cast<CURLcode>(code));
@@ -158,3 +141,14 @@ int PostCommand(char* output, std::size_t size, CommandParameters& command, std:
 }
 
 }  // namespace quorbel
+
+std::size_t Curl_GetCallBackResult(void* data, std::size_t, std::size_t count, void* user) noexcept {
+    if (data == nullptr || count == 0) return 0;
+    const char* bytes = static_cast<const char*>(data);
+    if (user == nullptr) {
+        std::fwrite(bytes, 1, count, stdout);
+    } else {
+        static_cast<TextBuffer*>(user)->Append(bytes, static_cast<int>(count));
+    }
+    return count;
+}
