@@ -59,19 +59,39 @@ std::string_view FileSource::Text(std::size_t from, std::size_t to) const {
 }
 
 bool FileSource::TakeEntry(LogEntry& entry) {
-    if (search_ != nullptr) {
-        const std::string_view text = Text(begin_, complete_);
-        const std::size_t found = search_->Find(text);
-        if (found == Pattern::kNone) {
-            begin_ = complete_;
-            return false;
-        }
-        begin_ += LastBeginning(text.substr(0, std::min(text.size(), text.find('\n', found))));
-    }
+    if (search_ != nullptr && !SkipToMatch()) return false;
     const std::size_t end = EntryEnd(begin_);
     entry = ParseLogEntry(WithoutLineEnds(Text(begin_, end)));
+    if (!entry.time.empty()) entry.timestamp = clock_.Tell(entry.time);
     begin_ = end;
     return !entry.text.empty() && !ClosesArchive(entry);
+}
+
+bool FileSource::SkipToMatch() {
+    const std::string_view text = Text(begin_, complete_);
+    const std::size_t found = search_->Find(text);
+    if (found == Pattern::kNone) {
+        PassOver(complete_);
+        return false;
+    }
+    const std::size_t match =
+        begin_ + LastBeginning(text.substr(0, std::min(text.size(), text.find('\n', found))));
+    if (IsRepeatedHour(Text(match, complete_))) PassOver(match);
+    begin_ = match;
+    return true;
+}
+
+bool FileSource::IsRepeatedHour(std::string_view text) {
+    return BeginsLogEntry(text) && clock_.IsRepeated(text);
+}
+
+// Tells the clock of what is left out: the last entry is enough, unless the order of all tells the hour.
+void FileSource::PassOver(std::size_t end) {
+    const std::size_t last = begin_ + LastBeginning(Text(begin_, end));
+    if (!IsRepeatedHour(Text(last, end))) begin_ = last;
+    for (; begin_ < end; begin_ = EntryEnd(begin_)) {
+        if (const auto text = Text(begin_, end); BeginsLogEntry(text)) clock_.Tell(text);
+    }
 }
 
 std::size_t FileSource::EntryEnd(std::size_t start) const {

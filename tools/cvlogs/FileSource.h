@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tools/cvlogs/EntryClock.h"
 #include "tools/cvlogs/LogEntry.h"
 #include "tools/cvlogs/LogFile.h"
 #include "tools/cvlogs/Pattern.h"
@@ -25,6 +26,9 @@ public:
 
 private:
     bool TakeEntry(LogEntry& entry);
+    bool SkipToMatch();
+    void PassOver(std::size_t end);
+    bool IsRepeatedHour(std::string_view text);
     bool Fill();
     bool TakeRest();
     bool NextFile();
@@ -35,6 +39,7 @@ private:
     const std::string path_;
     const Pattern* const search_;
     const bool follow_;
+    EntryClock clock_;
     std::deque<std::unique_ptr<LogFile>> files_;  // the first is being read
     std::int64_t bytesDone_ = 0;                  // of the files before
     std::int64_t bytesInAll_ = 0;

@@ -1,7 +1,6 @@
 #include "tools/cvlogs/LogEntry.h"
 
 #include <algorithm>
-#include <ctime>
 
 #include "syslib/LogLevel.h"
 
@@ -11,35 +10,10 @@ namespace {
 
 constexpr std::string_view kTimeForm = "00/00/0000 00:00:00 ";
 constexpr std::size_t kTimeLength = kTimeForm.size() - 1;
-constexpr std::size_t kMinuteLength = kTimeLength - 3;             // less the seconds
 constexpr std::size_t kLongestHead = 255 + sizeof " [CRITICAL] ";  // with the longest name of a module
 
 bool Fits(char form, char c) {
     return form == '0' ? c >= '0' && c <= '9' : c == form;
-}
-
-int NumberAt(std::string_view text, std::size_t at, std::size_t digits) {
-    int number = 0;
-    for (const char c : text.substr(at, digits)) number = number * 10 + (c - '0');
-    return number;
-}
-
-// The C library takes a microsecond for it, so a minute is converted once.
-std::int64_t SecondsOf(std::string_view time) {
-    thread_local std::string minute;
-    thread_local std::int64_t start = 0;
-    if (time.substr(0, kMinuteLength) != minute) {
-        minute = time.substr(0, kMinuteLength);
-        std::tm local{};
-        local.tm_mon = NumberAt(time, 0, 2) - 1;
-        local.tm_mday = NumberAt(time, 3, 2);
-        local.tm_year = NumberAt(time, 6, 4) - 1900;
-        local.tm_hour = NumberAt(time, 11, 2);
-        local.tm_min = NumberAt(time, 14, 2);
-        local.tm_isdst = -1;
-        start = std::mktime(&local);
-    }
-    return start + NumberAt(time, 17, 2);
 }
 
 // The level whose tag, with a blank behind it, the text begins with; 0 when there is none.
@@ -92,7 +66,6 @@ LogEntry ParseLogEntry(std::string_view text) {
     entry.message = text;
     if (!BeginsLogEntry(text)) return entry;
     entry.time = text.substr(0, kTimeLength);
-    entry.timestamp = SecondsOf(entry.time);
     SplitHead(text.substr(kTimeForm.size()), entry);
     return entry;
 }

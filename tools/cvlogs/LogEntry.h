@@ -37,7 +37,7 @@ public:
     virtual bool Next(LogEntry& entry) = 0;
 };
 
-/// Reads one entry from the text of a log file, less its line ends.
+/// Reads one entry, less its timestamp, from the text of a log file, less its line ends.
 LogEntry ParseLogEntry(std::string_view text);
 /// Whether the text begins as an entry of a log file does: with a date and a time.
 bool BeginsLogEntry(std::string_view text);
