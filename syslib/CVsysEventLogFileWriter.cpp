@@ -60,8 +60,8 @@ bool CVsysEventLogFileWriter::setFilePath(const std::string& value) {
     if (value.empty()) return false;
     try {
         OpenOnce(value);
-        path_ = value;
-        directory_ = LogDirectoryOf(value);
+        path_ = mode_ == WriterMode::Write ? AbsolutePath(value) : value;
+        directory_ = LogDirectoryOf(path_);
         notReady_.clear();
         return true;
     } catch (...) {

@@ -3,7 +3,6 @@
 #include <pthread.h>
 
 #include <cstdio>
-#include <filesystem>
 #include <utility>
 
 #include "NoCancellation.h"
@@ -32,12 +31,6 @@ std::unique_ptr<CVsysEventLogInterface> MakeForm(LogThreading threading, const s
             return std::make_unique<CVsysEventLogMultiThreaded>(module, configDirectory, furtherName);
     }
     return nullptr;
-}
-
-std::string AbsolutePath(const std::string& path) {
-    std::error_code failed;
-    const auto absolute = std::filesystem::absolute(path, failed);
-    return failed ? path : absolute.string();
 }
 
 // Handlers catch a character string, which has to outlive every frame between here and there.

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
 #include <mutex>
 #include <optional>
 #include <string_view>
@@ -48,6 +49,12 @@ bool Allows(const std::string& path, int mode) {
 
 std::string LogConfigPath(const std::string& configDirectory) {
     return configDirectory + (configDirectory.ends_with('/') ? "cvlogs.ini" : "/cvlogs.ini");
+}
+
+std::string AbsolutePath(const std::string& path) {
+    std::error_code failed;
+    const auto absolute = std::filesystem::absolute(path, failed);
+    return failed ? path : absolute.string();
 }
 
 std::string LogFileName(const std::string& module) {

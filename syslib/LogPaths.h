@@ -7,6 +7,9 @@ namespace quorbel {
 /// The path of the logging configuration in a configuration directory.
 std::string LogConfigPath(const std::string& configDirectory);
 
+/// The same file after the process has changed its directory; the path itself when its directory is unknown.
+std::string AbsolutePath(const std::string& path);
+
 /// "soap_log.txt" for "SOAP": lower case, blanks and slashes as "_".
 std::string LogFileName(const std::string& module);
 

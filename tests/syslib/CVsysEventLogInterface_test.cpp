@@ -203,14 +203,18 @@ TEST(CVsysEventLogInterface, TellsFailuresOfTheCommonWriterUnderTheModule) {
 
 TEST(CVsysEventLogInterface, FindsARelativeConfigurationAfterAChangeOfDirectory) {
     const TempDir dir;
-    dir.Write("config/cvlogs.ini", "[M]\nfilePath=" + dir.Path() + "/m.txt\n");
-    EXPECT_EQ(InChildProcess([&] {
-                  if (chdir(dir.Path().c_str()) != 0) throw 0;
-                  const auto log = CVsysEventLogInterface::Create("M", LogThreading::Multi, "config");
-                  if (chdir("/") != 0 || !log->Start() || log->Info(nullptr, "found") != 1) throw 0;
-              }),
-              Child::Finished);
+    dir.Write("config/cvlogs.ini", "[M]\nfilePath=" + dir.Path() + "/m.txt\n[N]\nwriter=file\n");
+    dir.Write("logs/n_log.txt", "");
+    const auto logsFromElsewhere = [&](const char* module, bool startsThere) {
+        if (chdir(dir.Path().c_str()) != 0) throw 0;
+        const auto log = CVsysEventLogInterface::Create(module, LogThreading::Multi, "config");
+        if ((!startsThere && !log->Start()) || chdir("/") != 0) throw 0;
+        if ((startsThere && !log->Start()) || log->Info(nullptr, "found") != 1) throw 0;
+    };
+    EXPECT_EQ(InChildProcess([&] { logsFromElsewhere("M", true); }), Child::Finished);
+    EXPECT_EQ(InChildProcess([&] { logsFromElsewhere("N", false); }), Child::Finished);
     EXPECT_THAT(ReadFile(dir / "m.txt"), HasSubstr("found"));
+    EXPECT_THAT(ReadFile(dir / "logs/n_log.txt"), HasSubstr("found")) << "its place is relative, too";
 }
 
 TEST(CVsysEventLogInterface, TellsThatTheConfigurationCannotBeRead) {
