@@ -1,6 +1,5 @@
 #include "tools/cvlogs/EntryClock.h"
 
-#include <algorithm>
 #include <ctime>
 
 namespace quorbel {

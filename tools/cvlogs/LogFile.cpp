@@ -49,6 +49,11 @@ std::optional<int> NumberOf(std::string_view left) {
     return number;
 }
 
+bool LeadsNowhere(const std::filesystem::directory_entry& entry) {
+    std::error_code failed;
+    return entry.is_symlink(failed) && !entry.exists(failed);
+}
+
 Archives FindArchives(const std::filesystem::path& path) {
     const std::string stem = path.filename().string() + ".";
     const std::filesystem::path directory = path.has_parent_path() ? path.parent_path() : ".";
@@ -57,7 +62,7 @@ Archives FindArchives(const std::filesystem::path& path) {
     for (std::filesystem::directory_iterator entry(directory, failed), end; !failed && entry != end;
          entry.increment(failed)) {
         const std::string name = entry->path().filename();
-        if (!name.starts_with(stem)) continue;
+        if (!name.starts_with(stem) || LeadsNowhere(*entry)) continue;
         std::string_view left = std::string_view(name).substr(stem.size());
         const bool gzip = left.ends_with(kGzipSuffix);
         if (gzip) left.remove_suffix(kGzipSuffix.size());
@@ -92,11 +97,22 @@ bool IsCopy(const std::string& plain, const std::string& gzip) {
 
 using Files = std::vector<std::unique_ptr<LogFile>>;
 
-void AddFile(const std::string& path, Files& files) {
-    if (auto file = LogFile::Open(path)) files.push_back(std::move(file));
+// False when the file was gone.
+bool AddFile(const std::string& path, Files& files) {
+    auto file = LogFile::Open(path);
+    if (!file) return false;
+    files.push_back(std::move(file));
+    return true;
 }
 
-Files OpenOnce(const std::string& path) {
+// The program that writes the log does not count up what somebody compressed.
+void SortByTime(Files& files) {
+    std::stable_sort(files.begin(), files.end(),
+                     [](const auto& a, const auto& b) { return a->LastWritten() < b->LastWritten(); });
+}
+
+// Nothing when a name was gone before it was opened: somebody compresses the archive, or deletes it.
+std::optional<Files> OpenOnce(const std::string& path) {
     Files files;
     bool gzip = false;
     const Archives archives = FindArchives(path);
@@ -105,17 +121,13 @@ Files OpenOnce(const std::string& path) {
         const std::string plain = path + "." + std::to_string(number);
         const std::string packed = plain + std::string(kGzipSuffix);
         if (forms.gzip && !(forms.plain && IsCopy(plain, packed))) {
-            AddFile(packed, files);
+            if (!AddFile(packed, files)) return std::nullopt;
             gzip = true;
         }
-        if (forms.plain) AddFile(plain, files);
+        if (forms.plain && !AddFile(plain, files)) return std::nullopt;
     }
     AddFile(path, files);
-    // The program that writes the log does not count up what somebody compressed.
-    if (gzip) {
-        std::stable_sort(files.begin(), files.end(),
-                         [](const auto& a, const auto& b) { return a->LastWritten() < b->LastWritten(); });
-    }
+    if (gzip) SortByTime(files);
     return files;
 }
 
@@ -201,10 +213,10 @@ Files OpenLogFiles(const std::string& path) {
     // Names move while a program archives its log: what was opened counts when they stood still.
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         const auto before = NewestFiles(path);
-        Files files = OpenOnce(path);
-        if (NewestFiles(path) != before) continue;
-        if (files.empty()) throw std::runtime_error("no log file " + path);
-        return files;
+        auto files = OpenOnce(path);
+        if (!files || NewestFiles(path) != before) continue;
+        if (files->empty()) throw std::runtime_error("no log file " + path);
+        return std::move(*files);
     }
     throw std::runtime_error("the archives of " + path + " change too fast to be read");
 }

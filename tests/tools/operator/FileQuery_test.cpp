@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -9,9 +10,11 @@
 #include "tests/support/ChildProcess.h"
 #include "tests/support/Eventually.h"
 #include "tests/tools/operator/OperatorSite.h"
+#include "tools/cvlogs/LogFile.h"
 
 using namespace quorbel;
 
+namespace fs = std::filesystem;
 using testing::HasSubstr;
 
 namespace {
@@ -163,6 +166,27 @@ TEST(FileQuery, FollowsOverRotationsWithoutLosingOrDoublingALine) {
             EXPECT_THAT(output, HasSubstr(writer + std::to_string(number) + ";"));
         }
     }
+}
+
+TEST(FileQuery, FindsAnArchiveThatTakesItsOtherNameMeanwhile) {
+    constexpr int kArchives = 20;
+    const TempDir dir;
+    const std::string path = dir.Write("a.txt", Line(1, "A [INFO] end"));
+    for (int number = 1; number <= kArchives; ++number) {
+        dir.Write("a.txt." + std::to_string(number), Line(0, "A [INFO] archive"));
+    }
+    fs::create_symlink("nowhere", path + ".99");
+    const pid_t renaming = StartChild([&] {
+        for (int step = 0; step < 600; ++step) {
+            const std::string plain = path + "." + std::to_string(step / 2 % kArchives + 1);
+            const std::string packed = plain + ".gz";
+            fs::rename(step % 2 == 0 ? plain : packed, step % 2 == 0 ? packed : plain);
+            usleep(500);
+        }
+    });
+    int incomplete = 0;
+    while (waitpid(renaming, nullptr, WNOHANG) == 0) incomplete += OpenLogFiles(path).size() != kArchives + 1;
+    EXPECT_EQ(incomplete, 0);
 }
 
 TEST(FileQuery, FollowsADatabaseToo) {
