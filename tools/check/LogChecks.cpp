@@ -1,11 +1,13 @@
 #include <fcntl.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
+#include <map>
+#include <set>
 #include <stdexcept>
 #include <thread>
 
+#include "src/Descriptor.h"
 #include "syslib/LogConfig.h"
 #include "syslib/LogPaths.h"
 #include "tools/check/Finding.h"
@@ -37,36 +39,40 @@ Finding CheckModule(const ModuleLog& log) {
 
 /// The process that holds a lock on the file; 0 when nobody does.
 pid_t HolderOf(const std::string& path) {
-    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0) return 0;
+    // Without waiting: a pipe of that name has nobody at its other end.
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct flock lock {};
     lock.l_type = F_WRLCK;
     lock.l_whence = SEEK_SET;
-    const bool asked = fcntl(descriptor, F_GETLK, &lock) == 0;
-    close(descriptor);
-    return asked && lock.l_type != F_UNLCK ? lock.l_pid : 0;
+    return fcntl(file, F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK ? lock.l_pid : 0;
 }
 
-Findings CheckLock(const std::string& path) {
-    const pid_t holder = HolderOf(path);
-    if (holder == 0) return {};
-    const auto end = std::chrono::steady_clock::now() + kLong;
-    while (std::chrono::steady_clock::now() < end) {
-        std::this_thread::sleep_for(kPause);
-        if (HolderOf(path) != holder) return {};
+/// Who holds which lock file at this moment.
+std::map<std::string, pid_t> HeldLocks(const std::set<std::string>& directories) {
+    std::map<std::string, pid_t> held;
+    for (const auto& directory : directories) {
+        std::error_code failed;
+        for (const auto& entry : std::filesystem::directory_iterator(directory, failed)) {
+            if (entry.path().extension() != ".lock") continue;
+            if (const pid_t holder = HolderOf(entry.path()); holder != 0) held[entry.path()] = holder;
+        }
     }
-    return {{State::Critical, "lock",
-             path + " has been held for more than a second by process " + std::to_string(holder) +
-                 ": requests wait for it"}};
+    return held;
 }
 
-Findings CheckLocks(const std::string& directory) {
+/// Takes a second, however many locks are held.
+Findings CheckLocks(const std::set<std::string>& directories) {
+    auto held = HeldLocks(directories);
+    const auto end = std::chrono::steady_clock::now() + kLong;
+    while (!held.empty() && std::chrono::steady_clock::now() < end) {
+        std::this_thread::sleep_for(kPause);
+        std::erase_if(held, [](const auto& lock) { return HolderOf(lock.first) != lock.second; });
+    }
     Findings findings;
-    std::error_code failed;
-    for (const auto& entry : std::filesystem::directory_iterator(directory, failed)) {
-        if (entry.path().extension() != ".lock") continue;
-        const Findings held = CheckLock(entry.path());
-        findings.insert(findings.end(), held.begin(), held.end());
+    for (const auto& [path, holder] : held) {
+        findings.push_back({State::Critical, "lock",
+                            path + " has been held for more than a second by process " +
+                                std::to_string(holder) + ": what writes there waits for it"});
     }
     return findings;
 }
@@ -75,6 +81,7 @@ Findings CheckLocks(const std::string& directory) {
 
 Findings CheckLogs(const Site& site) {
     Findings findings;
+    std::set<std::string> directories = {site.config};
     try {
         UseLogDirectory(site.config);
         LogConfig config(site.config);
@@ -82,8 +89,8 @@ Findings CheckLogs(const Site& site) {
             if (EqualNoCase(module, "common")) continue;
             const ModuleLog log = config.Find(module);
             findings.push_back(CheckModule(log));
-            const Findings locks = CheckLocks(LogDirectoryOf(log.destination.path));
-            if (EqualNoCase(module, kFrontEnd)) findings.insert(findings.end(), locks.begin(), locks.end());
+            const std::string& file = log.destination.path;
+            if (!file.empty()) directories.insert(LogDirectoryOf(file));
         }
         for (const auto& mistake : FindLikelyMistakes(config.Lines(), config.Path())) {
             findings.push_back({State::Warning, "cvlogs.ini", mistake});
@@ -91,7 +98,7 @@ Findings CheckLogs(const Site& site) {
     } catch (const std::runtime_error& failure) {
         findings.push_back({State::Critical, "cvlogs.ini", failure.what()});
     }
-    const Findings locks = CheckLocks(site.config);
+    const Findings locks = CheckLocks(directories);
     findings.insert(findings.end(), locks.begin(), locks.end());
     return findings;
 }

@@ -117,8 +117,19 @@ TEST(SiteCheck, TellsOfServersThatCannotBeReached) {
 
 TEST(SiteCheck, TellsWhoHoldsALockForLong) {
     const WholeSite whole;
+    const std::string other = whole.root + "/other";
+    fs::create_directory(other);
+    whole.site.Files().Write("config/cvlogs.ini",
+                             "[main]\n[SOAP]\n[Jobs]\nfilePath=" + other + "/jobs.txt\n");
+    ASSERT_EQ(mkfifo((whole.root + "/logs/pipe.lock").c_str(), 0600), 0);
     const LockHolder holder(whole.root + "/logs/soap_log.txt.lock");
-    EXPECT_THAT(Wrong(whole.Check()), HasSubstr("held for more than a second by process "));
+    const LockHolder otherHolder(other + "/jobs.txt.lock");
+    const std::string wrong = Wrong(whole.Check());
+    for (const char* lock : {"/logs/soap_log.txt.lock", "/other/jobs.txt.lock"}) {
+        const std::string told = whole.root + lock + " has been held for more than a second by process ";
+        EXPECT_EQ(wrong.find(told), wrong.rfind(told));
+        EXPECT_THAT(wrong, HasSubstr(told));
+    }
 }
 
 TEST(SiteCheck, TellsOfExpiredAuthorities) {
