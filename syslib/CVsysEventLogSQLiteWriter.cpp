@@ -2,13 +2,17 @@
 
 #include <cxxabi.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
+#include <optional>
 #include <utility>
 
+#include "CVException.h"
 #include "CVconThread.h"
+#include "LockFile.h"
 #include "cvdblib/sqlite3/src/CVSQLite3Database.h"
 #include "syslib/CVDBProcessorFatalException.h"
 #include "syslib/LogLevel.h"
@@ -41,6 +45,19 @@ std::string WhyNoDatabase(const std::string& path) {
     return refusal.empty() ? path + ": is no file" : refusal;
 }
 
+constexpr std::pair<dev_t, ino_t> kNoFile{};
+
+std::pair<dev_t, ino_t> IdOf(const std::string& path) {
+    struct stat status {};
+    return stat(path.c_str(), &status) == 0 ? std::pair(status.st_dev, status.st_ino) : kNoFile;
+}
+
+// Programs may still have a removed database open. Its "-shm" is theirs: whoever took it into the new one might
+// drop their locks on it, and cut it short under their eyes. It is unlinked, and so stays what it is for them.
+void RemoveLeftOvers(const std::string& path) {
+    for (const char* end : {"-wal", "-shm"}) unlink((path + end).c_str());
+}
+
 // SQLite would spend 25 s on such a path, at every start of the program.
 void RequireUsable(const std::string& path) {
     if (IsWritableDatabase(path)) return;
@@ -63,6 +80,8 @@ bool CVsysEventLogSQLiteWriter::Reporting(const std::string& identity, const Ope
         throw;  // a thread's forced end is no error
     } catch (const CVDBProcessorFatalException& failure) {
         ReportLogFailure(operation.source, identity, failure.what());
+    } catch (const CVException& failure) {
+        ReportLogFailure(operation.source, identity, failure.ToString());
     } catch (...) {
         ReportLogFailure(operation.source, identity, operation.unknown);
     }
@@ -113,18 +132,51 @@ void CVsysEventLogSQLiteWriter::BeginWaits() {
 
 void CVsysEventLogSQLiteWriter::OpenAnew() {
     RequireUsable(path_);
-    auto opened = std::make_unique<CVLogSQLiteProcessor>(path_, true,
-                                                         [this](int asked) { return WaitWhileBusy(asked); });
+    const std::string lockPath = path_ + ".lock";
+    std::optional<LockFile> lock;
+    // A log is worth more than its order: where there is no lock to be had, it is opened without.
+    if (IsLockUsable(lockPath)) {
+        lock.emplace(lockPath, LockRetry{.sleep = [this](auto time) { WaitForLock(time); }});
+    }
+    constexpr int kRounds = 10;
+    for (int round = 0; round < kRounds; ++round) {
+        const FileId before = IdOf(path_);
+        // In a later round SQLite may have made the new file, beside what was left.
+        if (lock && (before == kNoFile || round > 0)) RemoveLeftOvers(path_);
+        if (Open(before)) return;
+    }
+    throw CVDBProcessorFatalException("Log database [" + path_ + "] is replaced again and again.");
+}
+
+void CVsysEventLogSQLiteWriter::WaitForLock(std::chrono::microseconds time) {
+    if (std::chrono::steady_clock::now() >= deadline_) {
+        throw CVDBProcessorFatalException("Another program holds [" + path_ + ".lock].");
+    }
+    WaitForLog(time, identity_);
+}
+
+// False when the file was replaced meanwhile: parts of two databases may be open then.
+bool CVsysEventLogSQLiteWriter::Open(const FileId& before) {
+    const auto replaced = [&] {
+        const FileId now = IdOf(path_);
+        return now == kNoFile || (before != kNoFile && before != now);
+    };
+    std::unique_ptr<CVLogSQLiteProcessor> opened;
+    try {
+        opened = std::make_unique<CVLogSQLiteProcessor>(path_, true,
+                                                        [this](int asked) { return WaitWhileBusy(asked); });
+    } catch (const CVDBProcessorFatalException&) {
+        if (!replaced()) throw;
+    }
+    if (opened == nullptr || replaced()) return false;
     process_.Claim([] {});
-    struct stat status {};
-    stat(path_.c_str(), &status);
-    file_ = {status.st_dev, status.st_ino};
+    file_ = IdOf(path_);
     processor_ = std::move(opened);
+    return true;
 }
 
 bool CVsysEventLogSQLiteWriter::IsStillThere() const {
-    struct stat status {};
-    return stat(path_.c_str(), &status) == 0 && file_ == std::pair(status.st_dev, status.st_ino);
+    return file_ == IdOf(path_);
 }
 
 // SQLite's own waits grow to a tenth of a second, in which a hundred others come and go.

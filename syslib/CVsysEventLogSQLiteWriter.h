@@ -18,7 +18,8 @@
 /// outside 1 to 7 are stored as 0.
 ///
 /// An entry waits for a database that another program holds as long as LogWaits.h tells. One that finds the
-/// file removed or replaced, or this a child of the process that opened it, opens the database anew.
+/// file removed or replaced, or this a child of the process that opened it, opens the database anew. That is
+/// done under a LockFile beside it, so that no program takes parts of a removed database for the new one's.
 class CVsysEventLogSQLiteWriter : public CVsysEventLogWriterInterface {
 public:
     /// `identity` is the name that failures are listed under in the system log.
@@ -51,8 +52,12 @@ private:
         const char* unknown;
     };
 
+    using FileId = std::pair<dev_t, ino_t>;
+
     void BeginWaits();
     void OpenAnew();
+    bool Open(const FileId& before);
+    void WaitForLock(std::chrono::microseconds time);
     bool IsStillThere() const;
     bool WaitWhileBusy(int asked);
 
@@ -66,6 +71,6 @@ private:
     quorbel::LogPatience patience_;
     std::chrono::steady_clock::time_point deadline_;  // of the wait that is going on
     quorbel::ProcessMark process_;
-    std::pair<dev_t, ino_t> file_{};                        // the database that is open
+    FileId file_{};                                         // the database that is open
     std::unique_ptr<CVLogDBProcessorInterface> processor_;  // null: not ready
 };

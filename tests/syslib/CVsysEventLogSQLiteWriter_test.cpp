@@ -1,6 +1,7 @@
 #include "syslib/CVsysEventLogSQLiteWriter.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <syslog.h>
 #include <unistd.h>
 
@@ -9,6 +10,7 @@
 #include <filesystem>
 #include <vector>
 
+#include "LockFile.h"
 #include "cvdblib/sqlite3/src/CVSQLite3ResultSet.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/SystemLogRecorder.h"
@@ -17,6 +19,11 @@
 using namespace quorbel;
 
 namespace {
+
+ino_t NumberOf(const std::string& path) {
+    struct stat status {};
+    return stat(path.c_str(), &status) == 0 ? status.st_ino : 0;
+}
 
 class SQLiteWriter : public testing::Test {
 protected:
@@ -123,6 +130,36 @@ TEST_F(SQLiteWriter, OpensADatabaseAnewThatWasRemoved) {
     for (const char* end : {"", "-wal", "-shm"}) std::filesystem::remove(path_ + end);
     EXPECT_EQ(writer_("SOAP", 3, "in the new one", -1, nullptr, 5), 1);
     EXPECT_EQ(Row("SELECT COUNT(*),message FROM log_soap;"), "1|in the new one");
+}
+
+TEST_F(SQLiteWriter, SharesNothingWithADatabaseThatWasRemovedAlone) {
+    ASSERT_TRUE(writer_.setDbFileName(path_));
+    CVsysEventLogSQLiteWriter other("CLI");
+    ASSERT_TRUE(other.setDbFileName(path_));
+    ASSERT_EQ(other("CLI", 3, "gone", -1, nullptr, 5), 1);
+    const auto memory = NumberOf(path_ + "-shm");
+    std::filesystem::remove(path_);
+    EXPECT_EQ(writer_("SOAP", 3, "in the new one", -1, nullptr, 5), 1);
+    EXPECT_NE(NumberOf(path_ + "-shm"), memory) << "the other writer still uses it";
+    EXPECT_EQ(other("CLI", 3, "there, too", -1, nullptr, 5), 1);
+    EXPECT_EQ(Row("SELECT (SELECT COUNT(*) FROM log_soap),(SELECT COUNT(*) FROM log_cli);"), "1|1");
+    EXPECT_TRUE(TakeSystemLog().empty());
+}
+
+TEST_F(SQLiteWriter, OpensADatabaseUnderItsLockWhereThatCanBeHad) {
+    {
+        const LockFile lock(path_ + ".lock");
+        EXPECT_EQ(InChildProcess([this] {
+                      BeginLogRun();
+                      CountLogWait(std::chrono::milliseconds(59'900), "SOAP");
+                      if (writer_.setDbFileName(path_)) throw 0;
+                  }),
+                  Child::Finished);
+    }
+    EXPECT_FALSE(std::filesystem::exists(path_));
+    EXPECT_TRUE(writer_.setDbFileName(path_));
+    ASSERT_TRUE(std::filesystem::create_directory(dir_ / "other.sdb.lock"));
+    EXPECT_TRUE(writer_.setDbFileName(dir_ / "other.sdb"));
 }
 
 TEST_F(SQLiteWriter, LosesNothingWhenItIsCarriedOverAFork) {
