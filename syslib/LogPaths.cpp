@@ -1,6 +1,5 @@
 #include "syslib/LogPaths.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -41,10 +40,6 @@ std::string LogsBeside(std::string_view configDirectory) {
     return std::string(configDirectory) + "/logs/";
 }
 
-bool Allows(const std::string& path, int mode) {
-    return faccessat(AT_FDCWD, path.c_str(), mode, AT_EACCESS) == 0;
-}
-
 }  // namespace
 
 std::string LogConfigPath(const std::string& configDirectory) {
@@ -83,7 +78,7 @@ std::string LogDirectoryOf(const std::string& path) {
 
 std::string WhyNotWritable(const std::string& path) {
     const std::string directory = LogDirectoryOf(path);
-    if (!Allows(directory, W_OK | X_OK)) {
+    if (!MayAccess(directory, W_OK | X_OK)) {
         return "takes no new files: " + directory + ": " + GetSystemErrorText();
     }
     return WhyRefused(path);
@@ -91,10 +86,10 @@ std::string WhyNotWritable(const std::string& path) {
 
 std::string WhyRefused(const std::string& path) {
     if (IsDirectory(path)) return path + ": is a directory";
-    if (Allows(path, R_OK | W_OK)) return "";
+    if (MayAccess(path, R_OK | W_OK)) return "";
     const bool isMissing = errno == ENOENT;  // another program may be archiving it, and make it anew at once
     const std::string reason = GetSystemErrorText();
-    return !isMissing && Allows(path, F_OK) ? path + ": " + reason : "";
+    return !isMissing && MayAccess(path, F_OK) ? path + ": " + reason : "";
 }
 
 }  // namespace quorbel

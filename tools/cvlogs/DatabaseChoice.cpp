@@ -1,6 +1,5 @@
 #include "tools/cvlogs/DatabaseChoice.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -8,6 +7,7 @@
 #include <stdexcept>
 
 #include "CVException.h"
+#include "PathRoutines.h"
 #include "cvdblib/sqlite3/src/CVSQLite3Database.h"
 #include "syslib/CVDBProcessorFatalException.h"
 #include "syslib/CVLogSQLiteProcessor.h"
@@ -38,9 +38,9 @@ std::set<std::string> ConfiguredDatabases(LogConfig& config) {
     return paths;
 }
 
-std::string WhyRefused(const std::string& path, int mode) {
-    const bool allowed = faccessat(AT_FDCWD, path.c_str(), mode, AT_EACCESS) == 0;
-    return allowed ? "it is no regular file, or its directory takes no new files" : GetSystemErrorText();
+std::string WhyNotOpened(const std::string& path, int mode) {
+    return MayAccess(path, mode) ? "it is no regular file, or its directory takes no new files"
+                                 : GetSystemErrorText();
 }
 
 [[noreturn]] void FailToOpen(const std::string& path, const std::string& reason) {
@@ -98,13 +98,13 @@ std::string OnlyDatabase(const DatabaseChoice& choice) {
 }
 
 OpenDatabase OpenForReading(const std::string& path, const std::string& module) {
-    if (!IsReadableDatabase(path)) FailToOpen(path, WhyRefused(path, R_OK));
+    if (!IsReadableDatabase(path)) FailToOpen(path, WhyNotOpened(path, R_OK));
     return Open(path, module);
 }
 
 OpenDatabase OpenForChanging(const std::string& path, const std::string& module) {
-    if (!IsReadableDatabase(path)) FailToOpen(path, WhyRefused(path, R_OK));
-    if (!IsWritableDatabase(path)) FailToOpen(path, WhyRefused(path, W_OK));
+    if (!IsReadableDatabase(path)) FailToOpen(path, WhyNotOpened(path, R_OK));
+    if (!IsWritableDatabase(path)) FailToOpen(path, WhyNotOpened(path, W_OK));
     return Open(path, module);
 }
 
