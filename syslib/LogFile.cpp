@@ -5,12 +5,12 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <ctime>
 #include <utility>
 
 #include "CVException.h"
 #include "PathRoutines.h"
 #include "syslib/LogReport.h"
+#include "syslib/LogText.h"
 #include "util/StringRoutines.h"
 
 namespace quorbel {
@@ -123,19 +123,13 @@ bool Exists(const std::string& path) {
     return access(path.c_str(), F_OK) == 0;
 }
 
-std::string LocalTime() {
-    const std::time_t now = std::time(nullptr);
-    std::tm local{};
-    localtime_r(&now, &local);
-    char text[64];
-    return {text, std::strftime(text, sizeof text, "%m/%d/%Y %H:%M:%S", &local)};
-}
-
 void WriteClosingLine(OpenLog& file, TornLine tornLine, const std::string& path,
                       const std::string& identity) {
     try {
         const bool newLine = tornLine == TornLine::StartNewLine && file.EndsInsideALine();
-        file.Append((newLine ? "\n" : "") + LocalTime() + " Archiving " + path + "\n");
+        std::string time;
+        FormatLogTime(0, &time);
+        file.Append((newLine ? "\n" : "") + time + " Archiving " + path + "\n");
     } catch (const CVException&) {
         // Archive all the same: on a full disk, dropping the oldest archive makes room.
         ReportCaughtException(kArchiveSource, identity, "Unknown Error");
