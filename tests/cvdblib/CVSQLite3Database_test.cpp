@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -277,6 +278,27 @@ TEST(CVSQLite3Database, SurvivesForksWhileThreadsHoldTheLibrarysLocks) {
                   Child::Finished)
             << lock;
     }
+}
+
+// A thread that makes the random numbers start anew takes the lock of the list of file layers inside theirs.
+TEST(CVSQLite3Database, TakesTheLibrarysLocksForAForkInTheLibrarysOrder) {
+    TempDir dir;
+    const CVSQLite3Database opened(dir / "x.sdb");
+    EXPECT_EQ(InChildProcess([] {
+                  alarm(10);
+                  std::atomic<bool> stop{false};
+                  std::thread random([&] {
+                      for (char byte = 0; !stop; sqlite3_randomness(1, &byte)) sqlite3_randomness(0, nullptr);
+                  });
+                  for (int number = 0; number < 100; ++number) {
+                      const pid_t child = fork();
+                      if (child == 0) _exit(0);
+                      waitpid(child, nullptr, 0);
+                  }
+                  stop = true;
+                  random.join();
+              }),
+              Child::Finished);
 }
 
 TEST(CVSQLite3Database, GivesUpABusyDatabaseWhenItsThreadIsKilled) {
