@@ -75,10 +75,8 @@ void ForEachDelivery(const DeliveryChoice& choice, const std::function<void(cons
 
 std::optional<std::int64_t> DeliveryGroup::Percentile(unsigned percent) const {
     if (milliseconds.empty()) return std::nullopt;
-    std::vector<std::int64_t> sorted = milliseconds;
-    std::sort(sorted.begin(), sorted.end());
-    const std::size_t rank = (sorted.size() * percent + 99) / 100;
-    return sorted[std::max<std::size_t>(rank, 1) - 1];
+    std::vector<std::int64_t> values = milliseconds;
+    return PercentileOf(values, percent);
 }
 
 DeliverySummary Summarize(const DeliveryChoice& choice) {

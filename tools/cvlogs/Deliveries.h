@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -39,6 +41,14 @@ struct DeliveryRecord {
 /// Calls `use` for each wanted request, in the order of their outcomes. A request that was about to be posted
 /// and has no outcome comes last, with the outcome "sending": its run was cut off, or is still going on.
 void ForEachDelivery(const DeliveryChoice& choice, const std::function<void(const DeliveryRecord&)>& use);
+
+/// The value that so many percent of the values do not exceed; there must be one. Changes their order.
+template <class Number>
+Number PercentileOf(std::vector<Number>& values, unsigned percent) {
+    const std::size_t rank = std::max<std::size_t>((values.size() * percent + 99) / 100, 1) - 1;
+    std::nth_element(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(rank), values.end());
+    return values[rank];
+}
 
 /// How many requests of one kind there were, and how long they took.
 struct DeliveryGroup {

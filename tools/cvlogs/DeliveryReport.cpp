@@ -140,12 +140,6 @@ Text Legend() {
     return "<ul class=\"legend\">" + items + "</ul>\n";
 }
 
-std::int64_t PercentileOf(std::vector<std::int32_t>& values, unsigned percent) {
-    const std::size_t rank = std::max<std::size_t>((values.size() * percent + 99) / 100, 1) - 1;
-    std::nth_element(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(rank), values.end());
-    return values[rank];
-}
-
 Text TimeCells(std::vector<std::int32_t> milliseconds) {
     if (milliseconds.empty()) return "<td></td><td></td><td></td>";
     return NumberCell(PercentileOf(milliseconds, 50)) + NumberCell(PercentileOf(milliseconds, 95)) +
