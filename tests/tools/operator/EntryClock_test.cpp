@@ -20,6 +20,7 @@ constexpr std::int64_t kSecondPass = 1792890000;                       // 2026-1
 std::vector<std::int64_t> Minutes(const std::vector<const char*>& times) {
     EntryClock clock;
     std::vector<std::int64_t> minutes;
+    minutes.reserve(times.size());
     for (const std::string time : times) minutes.push_back((clock.Tell(time) - kSecondPass) / 60);
     return minutes;
 }
@@ -68,5 +69,5 @@ TEST(EntryClock, TellsTheHourAlsoWhereASearchLeavesEntriesOut) {
         RunProgram({.program = CVLOGS_PROGRAM,
                     .arguments = {"query", "--file", path, "--level", "error", "--json"},
                     .environment = {std::string("TZ=") + kEndsSummerTime, "PATH=/usr/bin:/bin"}});
-    EXPECT_THAT(result.output, testing::HasSubstr(std::to_string(kSecondPass + 40 * 60)));
+    EXPECT_THAT(result.output, testing::HasSubstr(std::to_string(kSecondPass + std::int64_t{40} * 60)));
 }
