@@ -158,6 +158,7 @@ TEST(Resident, NothingOfARequestReachesTheNextOne) {
 TEST(Resident, ConfigurationCountsFromTheNextRequestOn) {
     const LoopbackServer server;
     const FrontEnd frontEnd;
+    std::this_thread::sleep_for(std::chrono::milliseconds(2100));  // files that old are read once
     const ResidentProgram resident(frontEnd.Site().Path(), {"--workers=1", "--spare=1"});
     const auto logIs = [&](const std::string& name, const std::string& level) {
         frontEnd.Site().Write("config/cvlogs.ini", "[SOAP]\nwriter=file\nlevel=" + level + "\nfilePath=" +
