@@ -34,12 +34,11 @@ void CheckDirectoryFile() {
 
 /// Why no request could write its log; empty when each can. A section that is missing is what its program adds.
 std::string WhyNoLog() {
-    const std::string path = LogConfigPath(kConfiguration);
-    if (access(path.c_str(), F_OK) != 0)
-        return WhyNotWritable(DefaultLogPath(LogFileName(kModule), kConfiguration));
-    LogConfig config(kConfiguration);
-    for (const std::string& module : config.Modules()) {
-        if (EqualNoCase(module, kModule)) return config.Find(module).destination.notReady;
+    if (access(LogConfigPath(kConfiguration).c_str(), F_OK) == 0) {
+        LogConfig config(kConfiguration);
+        for (const std::string& module : config.Modules()) {
+            if (EqualNoCase(module, kModule)) return config.Find(module).destination.notReady;
+        }
     }
     return WhyNotWritable(DefaultLogPath(LogFileName(kModule), kConfiguration));
 }

@@ -14,7 +14,8 @@
 ///
 /// Every entry takes the lock "<file>.lock", opens the file, writes one whole line and closes it again:
 /// between entries the log is not open and no lock is held (the lock's file stays open), so the log may be moved
-/// or deleted at any time, and the writer may be carried over a fork. An entry waits for the lock as long as LogWaits.h tells.
+/// or deleted at any time, and the writer may be carried over a fork. An entry waits for the lock as long as
+/// LogWaits.h tells.
 class CVsysEventLogFileWriter : public CVsysEventLogWriterInterface {
 public:
     /// `identity` is the name that failures to set it up are listed under in the system log; failures to write
